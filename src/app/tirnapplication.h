@@ -1,0 +1,146 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include <QApplication>
+#include <QPointer>
+#include <QProgressDialog>
+#include <QSettings>
+#include <QStackedWidget>
+
+#include "app/commandline.h"
+#include "app/events.h"
+#include "gl/glinfo.h"
+#include "gl/gltables.h"
+#include "render/tirnwidget.h"
+#include "session/settings.h"
+#include "threads/filethread.h"
+#include "ui/formtable.h"
+#include "ui/helppages.h"
+#include "ui/mainform.h"
+
+namespace tirn {
+
+/// The one object that owns everything: volumes, palettes, widgets, forms, threads, settings. It wires them
+/// together and holds no algorithm of its own.
+///
+/// It lives on the interface thread. Other threads talk to it by posting events. The number of arrays and
+/// palettes changes only here and only while the render thread is stopped.
+class TirnApplication : public QApplication
+{
+    Q_OBJECT
+
+public:
+    TirnApplication(int& argc, char** argv);
+    ~TirnApplication() override;
+
+    /// The single instance.
+    static TirnApplication& instance();
+
+    /// Probes the card and makes windows, forms and threads. False when the toolkit has no OpenGL; a card
+    /// without a usable context ends the program.
+    bool initializeGl();
+    /// Null when the card was refused.
+    TirnWidget* currentWidget() const { return m_currentWidget; }
+    MainForm& mainForm() { return *m_mainForm; }
+    GlInfo& glInfo() { return *m_glInfo; }
+    const GlCapabilities& card() const { return m_card; }
+    Shaders& shaders() { return *m_shaders; }
+    Scene& scene() { return m_scene; }
+    RenderLock& renderLock() { return m_renderLock; }
+    RenderSettings& renderSettings() { return m_renderSettings; }
+    const Settings& preferences() const { return m_preferences; }
+    FileThread& fileThread() { return *m_fileThread; }
+    FormTable& forms() { return m_forms; }
+    PaletteTables* paletteTables() { return m_paletteTables.get(); }
+
+    /// The current volume; asking while there is none is logged as a failed assertion, and gives null.
+    VoxelArray* currentArray() const;
+    int currentIndex() const { return m_scene.currentIndex; }
+    int arrayCount() const { return static_cast<int>(m_scene.arrays.size()); }
+    Palette* palette(int index) const;
+    /// Makes a volume current. False when there is none of this index; with no volumes at all whether the
+    /// index is -1.
+    bool setCurrentArray(int index);
+    /// Files a loaded volume and makes it current.
+    void addArray(std::unique_ptr<VoxelArray> array, const std::vector<QStringList>& files);
+    void loadFromCommandLine(const QStringList& arguments);
+
+public Q_SLOTS:
+    void closeAll();
+    void closeStack() { closeStack(-1); }
+    /// Closes a volume; -1 means the current one.
+    void closeStack(int index);
+    void help() { help("index.html"); }
+    void help(const QString& page);
+    void stopLoading();
+    void createAboutForm() { createAboutForm(true); }
+    void createAboutForm(bool show) { m_forms.create(FormId::About, show); }
+    void stretchToUsedBits(bool on);
+    void copyPicture();
+
+Q_SIGNALS:
+    void currentArrayChanged();
+    void frameRecorded(int count);
+    void scaleChanged(double x, double y, double z);
+    void stackClosed();
+    void updateMemoryStatus();
+
+protected:
+    void customEvent(QEvent* event) override;
+
+private:
+    struct StackOnTheWay
+    {
+        QString name;
+        int done;
+        int total;
+    };
+
+    void readCapabilities();
+    void createWidgets();
+    void createStereoWidget(const WidgetServices& services);
+    void connectWidgets();
+    void connectActions();
+    void buildContextMenu();
+    void buildVolumesMenu(QMenu& menu);
+    void placeMainForm();
+    void createForms();
+    void createThreads();
+    void readPreferences();
+    void start();
+    void readPalettes(const QStringList& names);
+    void arrayBecameCurrent();
+    void handleProgress(const ProgressEvent& event);
+    void handleImageProgress(const ImageProgressEvent& event);
+    void handleReencodeDone();
+    QProgressDialog& progressDialog();
+    void showProgress(const QString& message, int value, int total);
+    void showWarning(const QString& title, const QString& text);
+
+    Scene m_scene;
+    RenderLock m_renderLock;
+    RenderSettings m_renderSettings;
+    Settings m_preferences;
+    std::unique_ptr<QSettings> m_settings;
+    GlCapabilities m_card;
+    std::unique_ptr<GlInfo> m_glInfo;
+    std::unique_ptr<Shaders> m_shaders;
+    std::unique_ptr<RenderEvents> m_renderEvents;
+    std::unique_ptr<GlPaletteTables> m_paletteTables;
+    std::unique_ptr<GlCurveTextures> m_curveTextures;
+    std::unique_ptr<MainForm> m_mainForm;
+    /// Both belong to the main form, and are the same where there is no stereo.
+    QPointer<TirnWidget> m_regularWidget;
+    QPointer<TirnWidget> m_stereoWidget;
+    QPointer<TirnWidget> m_currentWidget;
+    QPointer<QStackedWidget> m_widgetStack;
+    QPointer<QProgressDialog> m_progressDialog;
+    FormTable m_forms;
+    HelpPages m_help;
+    std::unique_ptr<FileThread> m_fileThread;
+    int m_lastBaseProgress = 0;
+};
+
+} // namespace tirn

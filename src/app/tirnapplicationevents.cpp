@@ -1,0 +1,108 @@
+// What other threads report.
+
+#include <QMessageBox>
+#include <QStatusBar>
+
+#include "app/tirnapplication.h"
+#include "base/log.h"
+
+namespace tirn {
+
+void TirnApplication::customEvent(QEvent* event)
+{
+    switch (static_cast<EventId>(event->type())) {
+    case EventId::Rotation:
+    case EventId::TimePoint:
+    case EventId::StatisticsDone:
+        // For forms that follow the view; none is there yet.
+        return;
+    case EventId::Progress:
+        handleProgress(static_cast<const ProgressEvent&>(*event));
+        return;
+    case EventId::StackLoaded: {
+        auto& loaded = static_cast<StackLoadedEvent&>(*event);
+        logDebug("Made it to stack Loaded!!!");
+        addArray(std::move(loaded.array), loaded.filesToLoad);
+        return;
+    }
+    case EventId::KeyFrame:
+        Q_EMIT frameRecorded(static_cast<const KeyFrameEvent&>(*event).count);
+        return;
+    case EventId::Start:
+        start();
+        return;
+    case EventId::ReencodeDone:
+        handleReencodeDone();
+        return;
+    case EventId::ImageProgress:
+        handleImageProgress(static_cast<const ImageProgressEvent&>(*event));
+        return;
+    }
+    showWarning("Unknown Event", "id " + QString::number(static_cast<int>(event->type())));
+}
+
+QProgressDialog& TirnApplication::progressDialog()
+{
+    if (m_progressDialog == nullptr) {
+        m_progressDialog = new QProgressDialog("Loading...", "Cancel", 0, 0, m_mainForm.get());
+        m_progressDialog->setObjectName("progress");
+        m_progressDialog->setWindowTitle("Tirn");
+        m_progressDialog->setAutoReset(true);
+        m_progressDialog->setAutoClose(true);
+        // Loads that take no time leave the dialog unseen.
+        m_progressDialog->setMinimumDuration(400);
+        connect(m_progressDialog, &QProgressDialog::canceled, this, &TirnApplication::stopLoading);
+    }
+    return *m_progressDialog;
+}
+
+void TirnApplication::showProgress(const QString& message, int value, int total)
+{
+    QProgressDialog& dialog = progressDialog();
+    if (!message.isEmpty())
+        dialog.setLabelText(message);
+    if (total >= 0 && dialog.maximum() != total)
+        dialog.setMaximum(total);
+    if (dialog.value() != value)
+        dialog.setValue(value);
+}
+
+void TirnApplication::handleProgress(const ProgressEvent& event)
+{
+    if (event.done) {
+        if (m_progressDialog != nullptr)
+            m_progressDialog->reset();
+        if (!event.message.isEmpty())
+            showWarning("File load error", event.message);
+        return;
+    }
+    if (event.total == -1) {
+        showProgress(event.message, event.progress + m_lastBaseProgress, -1);
+        return;
+    }
+    m_lastBaseProgress = event.progress;
+    showProgress(event.message, event.progress, event.total);
+}
+
+void TirnApplication::handleImageProgress(const ImageProgressEvent& event)
+{
+    showProgress(event.message, event.progress, event.total);
+}
+
+void TirnApplication::handleReencodeDone()
+{
+    if (m_progressDialog != nullptr)
+        m_progressDialog->reset();
+    m_mainForm->statusBar()->clearMessage();
+    m_currentWidget->renderThread().forceRebuild = true;
+    m_currentWidget->requestFrame();
+}
+
+void TirnApplication::showWarning(const QString& title, const QString& text)
+{
+    auto* box = new QMessageBox(QMessageBox::Warning, title, text, QMessageBox::Ok, m_mainForm.get());
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
+}
+
+} // namespace tirn

@@ -1,0 +1,186 @@
+// Volumes and palettes: how they come, become current and go.
+
+#include <algorithm>
+
+#include <QClipboard>
+#include <QFileInfo>
+#include <QStatusBar>
+
+#include "app/tirnapplication.h"
+#include "base/log.h"
+#include "base/stopwatch.h"
+#include "formats/imageio.h"
+#include "palettes/palettefile.h"
+
+namespace tirn {
+
+VoxelArray* TirnApplication::currentArray() const
+{
+    VoxelArray* array = m_scene.current();
+    // The text has the condition of the opposite case.
+    if (array != nullptr) {
+        static bool reported = false;
+        if (!std::exchange(reported, true))
+            logAssertion("currentIndex < 0 || currentIndex >= (int) arrays.size()", "tirnapp", __LINE__);
+    }
+    return array;
+}
+
+Palette* TirnApplication::palette(int index) const
+{
+    const bool valid = index >= 0 && index < static_cast<int>(m_scene.palettes.size());
+    return valid ? m_scene.palettes[static_cast<std::size_t>(index)].get() : nullptr;
+}
+
+bool TirnApplication::setCurrentArray(int index)
+{
+    if (!m_scene.arrays.empty() && (index < 0 || index >= arrayCount()))
+        return false;
+    {
+        const std::scoped_lock lock(m_scene.mutex);
+        m_scene.currentIndex = m_scene.arrays.empty() ? -1 : index;
+    }
+    arrayBecameCurrent();
+    return !m_scene.arrays.empty() || index == -1;
+}
+
+/// What happens whenever another volume, or none, becomes the current one, whoever asked for it.
+void TirnApplication::arrayBecameCurrent()
+{
+    m_currentWidget->currentArrayChanged();
+    Q_EMIT currentArrayChanged();
+}
+
+void TirnApplication::addArray(std::unique_ptr<VoxelArray> array, const std::vector<QStringList>& /*files*/)
+{
+    m_currentWidget->stopAndWait();
+    if (m_scene.palettes.empty())
+        m_scene.palettes.push_back(std::make_unique<Palette>("", 8, m_paletteTables.get()));
+    // Palettes may have been closed while the stack was loading.
+    for (Channel& channel : array->channels()) {
+        if (palette(channel.display.palette) == nullptr)
+            channel.display.palette = 0;
+    }
+    m_scene.arrays.push_back(std::move(array));
+    setCurrentArray(arrayCount() - 1);
+}
+
+void TirnApplication::loadFromCommandLine(const QStringList& arguments)
+{
+    if (arguments.size() < 2)
+        return;
+    m_glInfo->hidden().makeCurrent();
+    const CommandLine line = parseCommandLine(
+        arguments, [](const QString& name) { return ImageIO::probeType(name) != ImageType::Unknown; });
+    for (const QString& name : line.missing)
+        showWarning("File does not exist", "Cannot find " + name);
+    for (const QString& name : line.unknown) {
+        logDebug("I have no idea what this is! %s", qPrintable(name));
+        m_mainForm->statusBar()->showMessage("I have no idea what this is! " + name, 10000);
+    }
+    if (line.palettes.isEmpty() && line.stacks.isEmpty())
+        return;
+    m_currentWidget->stopAndWait();
+    const auto before = static_cast<int>(m_scene.palettes.size());
+    readPalettes(line.palettes);
+    while (static_cast<int>(m_scene.palettes.size()) < line.stacks.size())
+        m_scene.palettes.push_back(std::make_unique<Palette>("", 8, m_paletteTables.get()));
+    m_currentWidget->requestFrame();
+    if (line.stacks.isEmpty())
+        return;
+    LoadRequest request;
+    request.names = line.stacks;
+    request.options = {m_currentWidget->threadKind(), m_renderSettings.texLimit2D,
+                       m_renderSettings.texLimit3D, false, m_curveTextures.get()};
+    request.firstPalette = before;
+    request.paletteCount = static_cast<int>(m_scene.palettes.size());
+    request.paletteIds.assign(line.paletteIds.begin(), line.paletteIds.end());
+    m_fileThread->load(std::move(request));
+}
+
+void TirnApplication::readPalettes(const QStringList& names)
+{
+    for (const QString& name : names) {
+        PaletteFile file(name);
+        if (file.read())
+            m_scene.palettes.push_back(file.makePalette(m_paletteTables.get()));
+        else if (!QFileInfo::exists(name))
+            showWarning("File does not exist", "Cannot find " + name);
+        else
+            showWarning("File load error", "The file " + name + " does not use a known palett file format.");
+    }
+}
+
+void TirnApplication::closeAll()
+{
+    if (m_scene.batchMode)
+        return;
+    Stopwatch timer;
+    m_currentWidget->stopAndWait();
+    {
+        const std::scoped_lock lock(m_scene.mutex);
+        m_scene.currentIndex = -1;
+    }
+    logDebug("stopping threads %s", qPrintable(plainNumber(timer.restart())));
+    m_glInfo->hidden().makeCurrent();
+    while (!m_scene.arrays.empty())
+        m_scene.arrays.pop_back();
+    logDebug("deleting stacks %s", qPrintable(plainNumber(timer.restart())));
+    m_scene.palettes.clear();
+    m_shaders->zCorrection = false;
+    m_mainForm->updateZCorrectionStatus(false);
+    arrayBecameCurrent();
+    Q_EMIT stackClosed();
+    logDebug("Everything closed");
+    m_currentWidget->resetView();
+}
+
+void TirnApplication::closeStack(int index)
+{
+    const int count = arrayCount();
+    if (m_scene.batchMode || count == 0 || index >= count)
+        return;
+    const int old = index < 0 ? m_scene.currentIndex : index;
+    if (old < 0)
+        return;
+    m_currentWidget->stopAndWait();
+    const bool wasCurrent = old == m_scene.currentIndex;
+    int current = m_scene.currentIndex;
+    // A row that goes from below the current one takes the current one down with it.
+    if (old < current || (wasCurrent && old == count - 1))
+        --current;
+    if (count > 1 && current < 0)
+        current = 0;
+    logDebug("new current %d old %d stacks %d", current, old, count);
+    m_glInfo->hidden().makeCurrent();
+    m_scene.arrays.erase(m_scene.arrays.begin() + old);
+    setCurrentArray(current);
+    logDebug("after delete new current %d old %d stack %d", m_scene.currentIndex, old, arrayCount());
+    if (m_scene.arrays.empty())
+        Q_EMIT stackClosed();
+    m_currentWidget->requestFrame();
+}
+
+void TirnApplication::stopLoading() { m_fileThread->stopLoading(); }
+
+void TirnApplication::help(const QString& page) { m_help.open(page, m_mainForm.get()); }
+
+void TirnApplication::stretchToUsedBits(bool on)
+{
+    m_shaders->autoBitDepth = on;
+    m_currentWidget->requestShaderRebuild();
+    m_currentWidget->requestFrame();
+}
+
+void TirnApplication::copyPicture()
+{
+    if (m_scene.current() == nullptr || !m_currentWidget->surface().isReady())
+        return;
+    const QImage picture = m_currentWidget->renderThread().grabNextFrame();
+    if (picture.isNull())
+        return;
+    logDebug("putting on clipboard");
+    clipboard()->setImage(picture);
+}
+
+} // namespace tirn

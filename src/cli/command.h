@@ -1,0 +1,28 @@
+#pragma once
+
+#include <span>
+
+#include <QCommandLineParser>
+
+namespace tirn {
+
+/// A subcommand of the tool.
+struct Command
+{
+    const char* name;
+    /// What it does, in a line.
+    const char* summary;
+    /// Its arguments, as the usage shows them.
+    const char* syntax;
+    void (*addOptions)(QCommandLineParser& parser);
+    /// Does the work, or throws UsageError, FileError or Interrupted.
+    void (*run)(const QCommandLineParser& parser);
+};
+
+extern const Command kInfoCommand;
+extern const Command kDumpCommand;
+extern const Command kRawCommand;
+extern const Command kConvertCommand;
+extern const Command kPaletteCommand;
+
+} // namespace tirn

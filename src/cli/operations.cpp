@@ -1,0 +1,290 @@
+#include "cli/operations.h"
+
+#include <climits>
+
+#include <QMap>
+#include <QRegularExpression>
+
+#include "cli/activity.h"
+#include "cli/console.h"
+#include "cli/stackinput.h"
+#include "cli/toolerror.h"
+
+namespace tirn {
+
+namespace {
+
+constexpr int kLargestFactor = 8;
+
+/// An operation: its option, and how an argument becomes a step.
+struct Operation
+{
+    const char* name;
+    /// Null for an operation without an argument.
+    const char* argument;
+    const char* help;
+    StackStep (*make)(const QString& argument);
+};
+
+void require(bool done, const char* text)
+{
+    if (!done)
+        throw FileError({}, QString(text));
+}
+
+StackStep makeCrop(const QString& text)
+{
+    const QList<int> box = wholeNumbers("crop", text, 6, 0, INT_MAX - 1);
+    return [box](std::unique_ptr<ImageFile>& stack) {
+        require(stack->crop(box[0], box[1], box[2], box[3], box[4], box[5]), "--crop: not within the stack");
+    };
+}
+
+StackStep makeFlip(const QString& axes)
+{
+    if (axes.isEmpty() || axes.contains(QRegularExpression("[^XYZxyz]")))
+        throw UsageError{"--flip: '" + axes + "' is not made of X, Y and Z"};
+    return [axes](std::unique_ptr<ImageFile>& stack) {
+        for (const QChar axis : axes) {
+            Activity activity(QStringLiteral("Flipping"));
+            stack->flip(axis.toLatin1(), activity.progress());
+        }
+    };
+}
+
+StackStep makeInvert(const QString&)
+{
+    return [](std::unique_ptr<ImageFile>& stack) {
+        Activity activity(QStringLiteral("Inverting"));
+        stack->invert(activity.progress());
+    };
+}
+
+StackStep makeSubsample(const QString& text)
+{
+    const int factor = wholeNumber("subsample", text, 1, kLargestFactor);
+    return [factor](std::unique_ptr<ImageFile>& stack) { stack->subSample(factor); };
+}
+
+StackStep makeSubsampleMax(const QString& text)
+{
+    const QList<int> f = wholeNumbers("subsample-max", text, 3, 1, kLargestFactor);
+    return [f](std::unique_ptr<ImageFile>& stack) { stack->subSampleMax(f[0], f[1], f[2]); };
+}
+
+StackStep makeSubsampleMean(const QString& text)
+{
+    const QList<int> f = wholeNumbers("subsample-mean", text, 3, 1, kLargestFactor);
+    return [f](std::unique_ptr<ImageFile>& stack) { stack->subSampleMean(f[0], f[1], f[2]); };
+}
+
+StackStep makeProject(const QString& text)
+{
+    if (text != QLatin1String("max"))
+        throw UsageError{"--project: '" + text + "' is not max"};
+    return [](std::unique_ptr<ImageFile>& stack) {
+        require(stack->maxIntensityProject(), "--project: the stack cannot be projected");
+    };
+}
+
+StackStep makeExtract(const QString& text)
+{
+    const int channel = wholeNumber("extract", text, 0, INT_MAX);
+    return [channel](std::unique_ptr<ImageFile>& stack) {
+        auto extracted = stack->extractChannel(channel);
+        require(extracted != nullptr, "--extract: the stack has no such channel");
+        stack = std::move(extracted);
+    };
+}
+
+StackStep makeRatio(const QString& text)
+{
+    const QList<int> channels = wholeNumbers("ratio", text, 2, 0, INT_MAX);
+    return [channels](std::unique_ptr<ImageFile>& stack) {
+        try {
+            stack = stack->ratio(channels[0], channels[1]);
+        } catch (const QString& reason) {
+            throw FileError({}, "--ratio: " + reason);
+        }
+        require(stack != nullptr, "--ratio: the stack has no such channels");
+    };
+}
+
+StackStep makePad(const QString& text)
+{
+    const QList<int> size = wholeNumbers("pad", text, 3, 1, INT_MAX);
+    return [size](std::unique_ptr<ImageFile>& stack) {
+        require(stack->pad(size[0], size[1], size[2]), "--pad: the new size does not hold the stack");
+    };
+}
+
+StackStep makePadBack(const QString& text)
+{
+    const int layers = wholeNumber("pad-back", text, 1, INT_MAX);
+    return [layers](std::unique_ptr<ImageFile>& stack) {
+        require(stack->padBack(layers), "--pad-back: fewer layers than the stack has");
+    };
+}
+
+StackStep makeRange(const QStringList& bounds)
+{
+    const QStringList parts = bounds.value(1).split(':');
+    if (parts.size() != 2)
+        throw UsageError{"--depth: range takes L:U"};
+    const int lower = wholeNumber("depth", parts[0], 0, 65535);
+    const int upper = wholeNumber("depth", parts[1], lower, 65535);
+    return [lower, upper](std::unique_ptr<ImageFile>& stack) { stack->stackToByteRange(lower, upper); };
+}
+
+StackStep makeDepth(const QString& text)
+{
+    using Conversion = void (ImageFile::*)();
+    static const QMap<QString, Conversion> conversions = {
+        {"clamp-lower", &ImageFile::clampLower},
+        {"clamp-upper", &ImageFile::clampUpper},
+        {"short", &ImageFile::stackToShort},
+        {"smart-lower", &ImageFile::stackToByteSmartLower},
+        {"smart-mult", &ImageFile::stackToByteSmartMult},
+    };
+    const QStringList parts = text.split('=');
+    if (parts.first() == QLatin1String("range"))
+        return makeRange(parts);
+    if (parts.first() == QLatin1String("to")) {
+        const int bits = wholeNumber("depth", parts.value(1), 8, 16);
+        return [bits](std::unique_ptr<ImageFile>& stack) { stack->convertToDepth(bits); };
+    }
+    const Conversion conversion = conversions.value(text, nullptr);
+    if (conversion == nullptr)
+        throw UsageError{"--depth: '" + text + "' is no depth operation"};
+    return [conversion](std::unique_ptr<ImageFile>& stack) { ((*stack).*conversion)(); };
+}
+
+/// What follows the name of a filter.
+struct FilterArguments
+{
+    int size = 0;
+    bool is3D = false;
+    int channel = -1;
+    int percent = 100;
+    int threshold = 0;
+};
+
+struct Filter
+{
+    const char* name;
+    bool (*run)(ImageFile& stack, const FilterArguments& a, const Progress& progress);
+};
+
+constexpr Filter kFilters[] = {
+    {"mean", [](ImageFile& s, const FilterArguments& a,
+                const Progress& p) { return s.meanFilter(a.size, a.channel, a.is3D, p); }},
+    {"median", [](ImageFile& s, const FilterArguments& a,
+                  const Progress& p) { return s.medianFilter(a.size, a.channel, a.is3D, p); }},
+    {"min", [](ImageFile& s, const FilterArguments& a,
+               const Progress& p) { return s.minFilter(a.size, a.channel, a.is3D, p); }},
+    {"max", [](ImageFile& s, const FilterArguments& a,
+               const Progress& p) { return s.maxFilter(a.size, a.channel, a.is3D, p); }},
+    {"background", [](ImageFile& s, const FilterArguments& a,
+                      const Progress& p) { return s.backgroundSubtract(a.size, a.channel, a.percent, p); }},
+};
+
+FilterArguments filterArguments(const QStringList& parts)
+{
+    FilterArguments arguments;
+    arguments.size = wholeNumber("filter", parts.value(1), 1, 1023);
+    for (const QString& part : parts.mid(2)) {
+        const QString key = part.section('=', 0, 0);
+        const QString value = part.section('=', 1);
+        if (part == QLatin1String("3d"))
+            arguments.is3D = true;
+        else if (key == QLatin1String("channel"))
+            arguments.channel = wholeNumber("filter", value, 0, 65535);
+        else if (key == QLatin1String("percent"))
+            arguments.percent = wholeNumber("filter", value, 0, 100);
+        else if (key == QLatin1String("threshold"))
+            arguments.threshold = wholeNumber("filter", value, 0, 65535);
+        else
+            throw UsageError{"--filter: '" + part + "' is none of 3d, channel=C, percent=P, threshold=T"};
+    }
+    return arguments;
+}
+
+StackStep makeFilter(const QString& text)
+{
+    const QStringList parts = text.split(',');
+    for (const Filter& filter : kFilters) {
+        if (parts.first() != QLatin1String(filter.name))
+            continue;
+        const FilterArguments arguments = filterArguments(parts);
+        return [&filter, arguments](std::unique_ptr<ImageFile>& stack) {
+            require(arguments.channel < stack->attributes().channels,
+                    "--filter: the stack has no such channel");
+            Activity activity(QStringLiteral("Filtering"));
+            const bool done = filter.run(*stack, arguments, activity.progress());
+            Console::checkInterrupt();
+            require(done, "--filter: the stack cannot be filtered");
+        };
+    }
+    throw UsageError{"--filter: '" + parts.first() + "' is no filter"};
+}
+
+constexpr Operation kOperations[] = {
+    {"crop", "X0,X1,Y0,Y1,Z0,Z1", "Operation: keep a box, bounds inclusive.", makeCrop},
+    {"flip", "AXES", "Operation: mirror along these axes.", makeFlip},
+    {"invert", nullptr, "Operation: turn dark into bright.", makeInvert},
+    {"subsample", "F", "Operation: the mean of blocks of F voxels an axis, 1 to 8.", makeSubsample},
+    {"subsample-max", "FX,FY,FZ", "Operation: the largest value of blocks.", makeSubsampleMax},
+    {"subsample-mean", "FX,FY,FZ", "Operation: the mean of blocks.", makeSubsampleMean},
+    {"project", "max", "Operation: the largest value along z.", makeProject},
+    {"extract", "C", "Operation: keep one channel, counted from 0.", makeExtract},
+    {"ratio", "A,B", "Operation: (A - B) / (A + B) of two channels.", makeRatio},
+    {"pad", "X,Y,Z", "Operation: centre the stack in zeros.", makePad},
+    {"pad-back", "Z", "Operation: add layers of zeros at the end.", makePadBack},
+    {"filter", "NAME,SIZE[,3d][,channel=C][,percent=P][,threshold=T]",
+     "Operation: mean, median, min, max or background with a window of SIZE voxels an axis, in each layer or "
+     "with 3d across layers, of one channel (default all); background takes percent (default 100) of the "
+     "median "
+     "off.",
+     makeFilter},
+    {"depth", "OPERATION",
+     "Operation: clamp-lower, clamp-upper, short, smart-lower, smart-mult, range=L:U or to=BITS.", makeDepth},
+};
+
+const Operation* findOperation(const QString& option)
+{
+    for (const Operation& operation : kOperations) {
+        if (option == QLatin1String(operation.name))
+            return &operation;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+void addOperationOptions(QCommandLineParser& parser)
+{
+    for (const Operation& operation : kOperations) {
+        if (operation.argument != nullptr)
+            parser.addOption({operation.name, operation.help, operation.argument});
+        else
+            parser.addOption({operation.name, operation.help});
+    }
+}
+
+std::vector<StackStep> operationSteps(const QCommandLineParser& parser)
+{
+    QMap<QString, QStringList> arguments;
+    std::vector<StackStep> steps;
+    for (const QString& option : parser.optionNames()) {
+        const Operation* operation = findOperation(option);
+        if (operation == nullptr)
+            continue;
+        if (!arguments.contains(option))
+            arguments[option] = parser.values(option);
+        QStringList& waiting = arguments[option];
+        steps.push_back(operation->make(waiting.isEmpty() ? QString() : waiting.takeFirst()));
+    }
+    return steps;
+}
+
+} // namespace tirn

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "depth/curvetextures.h"
+
+namespace tirn {
+
+/// A channel's depth correction: one multiplier a slice, 1.0 leaving it unchanged, and its 1D texture.
+///
+/// The array is shared on purpose: whoever takes `curve()` writes into the curve itself, and so does a copy
+/// of the curve. The texture is released with the last curve that names it. Whatever touches the texture
+/// needs the card's context current, where there is a card.
+class ZCurve
+{
+public:
+    using Array = std::shared_ptr<std::vector<double>>;
+
+    /// `textures` may be null (no card); otherwise it must outlive the curve and its copies.
+    explicit ZCurve(CurveTextures* textures = nullptr);
+    explicit ZCurve(int slices, CurveTextures* textures = nullptr);
+    explicit ZCurve(Array array, CurveTextures* textures = nullptr);
+    /// Shares the array and the texture.
+    ZCurve(const ZCurve&) = default;
+    ZCurve(ZCurve&&) noexcept = default;
+    /// Shares the array, keeps a texture of its own and brings it up to date.
+    ZCurve& operator=(const ZCurve& other);
+    ~ZCurve() = default;
+
+    bool saved() const { return m_saved; }
+    int size() const { return static_cast<int>(m_curve->size()); }
+    const Array& curve() const { return m_curve; }
+    /// The texture's name, 0 while there is none.
+    unsigned textureName() const { return m_texture ? m_texture->name : 0; }
+
+    /// A plain curve of another length with a new texture.
+    void setDepth(int slices);
+    /// Makes every multiplier 1.0; the texture stays.
+    void reset();
+    /// The multiplier of slice z, which must be there.
+    double& operator[](int z) { return (*m_curve)[static_cast<std::size_t>(z)]; }
+    double operator[](int z) const { return (*m_curve)[static_cast<std::size_t>(z)]; }
+
+    /// Makes the texture agree with the curve.
+    void generateTexture();
+
+private:
+    struct Texture
+    {
+        explicit Texture(CurveTextures* sink) : textures(sink) {}
+        ~Texture();
+        Texture(const Texture&) = delete;
+        Texture& operator=(const Texture&) = delete;
+
+        CurveTextures* textures;
+        unsigned name = 0;
+        std::size_t texels = 0;
+    };
+
+    bool m_saved = false;
+    CurveTextures* m_textures;
+    std::shared_ptr<Texture> m_texture;
+    Array m_curve;
+};
+
+/// The texels of a curve's texture: the multipliers divided by four and cut to at most 1.0, in the middle of
+/// the next power of two, the ends repeated on both sides. Empty for an empty curve.
+std::vector<float> curveTexels(std::span<const double> curve);
+
+} // namespace tirn

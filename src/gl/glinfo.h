@@ -1,0 +1,68 @@
+#pragma once
+
+#include <memory>
+
+#include <QSet>
+#include <QString>
+
+#include "gl/glcontext.h"
+
+namespace tirn {
+
+/// What the card can do. The fields stand in the order in which they are read.
+struct GlCapabilities
+{
+    bool hasFragmentProgram = false;
+    bool hasMultitexture = false;
+    bool hasPalettedTexture = false;
+    bool hasSharedPalette = false;
+    bool hasTexture3D = false;
+    bool hasPBuffer = false;
+    bool hasFloatBuffer = false;
+    bool hasAtiFragmentShader = false;
+    int maxProxyTexture = 0;
+    int maxTexture2D = 0;
+    int maxTexture3D = 0;
+
+    /// True when palettes can be edited in real time.
+    bool canEditPalettes() const { return hasPalettedTexture || (hasFragmentProgram && hasMultitexture); }
+};
+
+/// Answers every question on the driver, from a hidden context that all others share their names with.
+class GlInfo
+{
+public:
+    GlInfo() = default;
+
+    bool isValid() const { return m_context.isValid(); }
+    HiddenContext& hidden() { return m_context; }
+
+    /// Extension predicates; each makes the hidden context current first.
+    bool hasExtension(const QString& name);
+    bool hasFragmentProgram() { return hasExtension("GL_ARB_fragment_program"); }
+    bool hasNonPowerOfTwo() { return hasExtension("GL_ARB_texture_non_power_of_two"); }
+    bool hasMultitexture() { return hasExtension("GL_ARB_multitexture"); }
+    bool hasPalettedTexture() { return hasExtension("GL_EXT_paletted_texture"); }
+    bool hasSharedPalette() { return hasExtension("GL_EXT_shared_texture_palette"); }
+    bool hasTexture3D() { return hasExtension("GL_EXT_texture3D"); }
+    bool hasFloatBuffer() { return hasExtension("GL_NV_float_buffer"); }
+    bool hasAtiFragmentShader() { return hasExtension("GL_ATI_fragment_shader"); }
+    /// Off-screen buffers stand on frame buffer objects.
+    bool hasPBuffer();
+    /// The window system's quad-buffer stereo.
+    bool hasStereo();
+
+    /// The largest 2D texture that the card really accepts, found with a proxy texture.
+    int maxProxyTexture();
+    int maxTexture2D();
+    int maxTexture3D();
+
+    /// Reads everything in order and logs the limits.
+    GlCapabilities readCapabilities();
+
+private:
+    HiddenContext m_context;
+    QSet<QString> m_glExtensions;
+};
+
+} // namespace tirn

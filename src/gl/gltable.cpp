@@ -1,0 +1,45 @@
+#include "gl/gltable.h"
+
+#include <atomic>
+#include <mutex>
+
+#include <QOpenGLContext>
+
+namespace tirn {
+
+namespace {
+
+GlTable driverTable;
+std::atomic<const GlTable*> tableInUse = &driverTable;
+
+} // namespace
+
+GlTable GlTable::load(const std::function<Function(const char*)>& resolve)
+{
+    GlTable table;
+#define TIRN_GL_LOAD(result, name, parameters, arguments)                                                    \
+    table.name = reinterpret_cast<decltype(table.name)>(resolve("gl" #name));
+    TIRN_GL_ENTRIES(TIRN_GL_LOAD)
+#undef TIRN_GL_LOAD
+    return table;
+}
+
+const GlTable& gl() { return *tableInUse.load(std::memory_order_acquire); }
+
+bool loadGl()
+{
+    static std::mutex mutex;
+    const std::scoped_lock lock(mutex);
+    QOpenGLContext* context = QOpenGLContext::currentContext();
+    if (context == nullptr)
+        return false;
+    if (driverTable.BindTexture == nullptr)
+        driverTable = GlTable::load([context](const char* name) { return context->getProcAddress(name); });
+    return true;
+}
+
+GlTableScope::GlTableScope(const GlTable& table) : m_previous(tableInUse.exchange(&table)) {}
+
+GlTableScope::~GlTableScope() { tableInUse.store(m_previous); }
+
+} // namespace tirn

@@ -1,0 +1,323 @@
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "base/log.h"
+#include "base/stopwatch.h"
+#include "image/filterjob.h"
+#include "image/imagefile.h"
+#include "image/targetclones.h"
+#include "image/voxelallocation.h"
+
+namespace tirn {
+
+namespace {
+
+/// Samples of a row that are summed together, so that the sums of a window's rows stay in the cache.
+constexpr std::int64_t kTile = 1024;
+/// Rows, and in 3D layers, of a part: enough to pay for the sums that each part starts with.
+constexpr int kPartRows = 128;
+constexpr int kPartLayers = 32;
+
+/// What the loops below need to know of a stack and its window.
+struct MeanJob
+{
+    std::int64_t x;
+    int y;
+    int z;
+    int channels;
+    int half;
+    /// The half-width along z, 0 in 2D.
+    int halfZ;
+    double divisor;
+
+    std::int64_t rowSamples() const { return x * channels; }
+    const auto* row(const auto* stack, int rowY, int layer) const
+    {
+        return stack +
+               (std::int64_t{std::clamp(layer, 0, z - 1)} * y + std::clamp(rowY, 0, y - 1)) * rowSamples();
+    }
+};
+
+/// How a sum becomes a sample: floor(sum / divisor + 0.5).
+struct MeanScale
+{
+    /// floor((sum + divisor / 2 + 0.5) / divisor) of whole numbers is the same, and its quotients lie half of
+    /// 1 / divisor off the whole numbers: as long as rounding is smaller than that, a product will do.
+    double offset = 0;
+    double factor = 0;
+    bool single = false;
+    bool exact = true;
+
+    MeanScale(const MeanJob& job, double largestSum)
+    {
+        const double d = job.divisor;
+        offset = std::floor(d / 2) + 0.5;
+        factor = 1 / d;
+        const double largest = (largestSum + offset) / d;
+        const double margin = 0.5 / d;
+        single = largestSum + offset < 4194304.0 && largest * 2.5e-7 < margin;
+        exact = largest * 1e-15 < margin && d < 4294967296.0;
+    }
+};
+
+template <class Sample>
+TIRN_INLINE void scaleRow(const std::uint32_t* sums, std::int64_t count, const MeanScale& scale,
+                          double divisor, Sample* __restrict to)
+{
+    if (scale.single) {
+        const auto offset = static_cast<float>(scale.offset);
+        const auto factor = static_cast<float>(scale.factor);
+        for (std::int64_t i = 0; i < count; ++i)
+            to[i] = static_cast<Sample>(static_cast<std::int32_t>(
+                (static_cast<float>(static_cast<std::int32_t>(sums[i])) + offset) * factor));
+    } else if (scale.exact) {
+        for (std::int64_t i = 0; i < count; ++i)
+            to[i] = static_cast<Sample>(static_cast<std::int32_t>((sums[i] + scale.offset) * scale.factor));
+    } else {
+        for (std::int64_t i = 0; i < count; ++i)
+            to[i] = static_cast<Sample>(static_cast<std::int64_t>(sums[i] / divisor + 0.5));
+    }
+}
+
+/// sums[i] += entering[i] - leaving[i], modulo 2^32.
+template <class In>
+TIRN_INLINE void exchange(const In* entering, const In* leaving, std::int64_t count,
+                          std::uint32_t* __restrict sums)
+{
+    for (std::int64_t i = 0; i < count; ++i)
+        sums[i] += static_cast<std::uint32_t>(entering[i]) - static_cast<std::uint32_t>(leaving[i]);
+}
+
+template <class In>
+TIRN_INLINE void enter(const In* entering, std::int64_t count, std::uint32_t* __restrict sums)
+{
+    for (std::int64_t i = 0; i < count; ++i)
+        sums[i] += entering[i];
+}
+
+/// out[i] = row[i] + row[i + step] + ... for `window` terms. The row has (window - 1) * step more samples
+/// than `count` and is overwritten: spans of it double, and those of the window's binary digits are added up.
+TIRN_INLINE void sumAlongRow(std::uint32_t* __restrict row, std::int64_t count, int window, std::int64_t step,
+                             std::uint32_t* __restrict out)
+{
+    std::int64_t length = count + (window - 1) * step;
+    std::int64_t used = 0;
+    bool first = true;
+    for (int span = 1;; span *= 2) {
+        if ((window & span) != 0) {
+            const std::uint32_t* term = row + used * step;
+            if (first)
+                std::copy_n(term, count, out);
+            else
+                enter(term, count, out);
+            first = false;
+            used += span;
+        }
+        if (span * 2 > window)
+            return;
+        length -= span * step;
+#pragma GCC ivdep
+        for (std::int64_t i = 0; i < length; ++i)
+            row[i] += row[i + span * step];
+    }
+}
+
+/// The same by one running sum a channel, for windows of many digits.
+TIRN_INLINE void sumByRunning(std::uint32_t* __restrict row, std::int64_t count, int window,
+                              std::int64_t step, std::uint32_t* __restrict out)
+{
+    const std::int64_t length = count + (window - 1) * step;
+    for (std::int64_t i = step; i < length; ++i)
+        row[i] += row[i - step];
+    const std::int64_t reach = (window - 1) * step;
+    std::copy_n(row + reach, std::min(step, count), out);
+    for (std::int64_t i = step; i < count; ++i)
+        out[i] = row[i + reach] - row[i - step];
+}
+
+/// Makes the rows of a tile of the stack from column sums, on one thread.
+template <class Sample>
+class TileMean
+{
+public:
+    TileMean(const MeanJob& job, const MeanScale& scale, std::int64_t x0, std::int64_t voxels)
+        : m_job(job), m_scale(scale), m_x0(x0), m_voxels(voxels),
+          m_first(std::max<std::int64_t>(0, x0 - job.half)),
+          m_last(std::min<std::int64_t>(job.x, x0 + voxels + job.half)),
+          m_columns(static_cast<std::size_t>((m_last - m_first) * job.channels)),
+          m_padded(static_cast<std::size_t>((voxels + 2 * job.half) * job.channels)),
+          m_sums(static_cast<std::size_t>(voxels * job.channels))
+    {}
+
+    /// Samples of a row that the tile looks at.
+    std::int64_t samples() const { return (m_last - m_first) * m_job.channels; }
+    std::int64_t firstSample() const { return m_first * m_job.channels; }
+    std::uint32_t* columns() { return m_columns.data(); }
+
+    /// One row of means from the sums of the columns.
+    TIRN_INLINE void finish(Sample* row)
+    {
+        const int channels = m_job.channels;
+        const int half = m_job.half;
+        std::uint32_t* to = m_padded.data();
+        for (std::int64_t x = m_x0 - half; x < m_first; ++x, to += channels)
+            std::copy_n(m_columns.data(), channels, to);
+        to = std::copy_n(m_columns.data(), samples(), to);
+        for (std::int64_t x = m_last; x < m_x0 + m_voxels + half; ++x, to += channels)
+            std::copy_n(m_columns.data() + samples() - channels, channels, to);
+        const std::int64_t count = m_voxels * channels;
+        if (half <= kFewDigits)
+            sumAlongRow(m_padded.data(), count, 2 * half + 1, channels, m_sums.data());
+        else
+            sumByRunning(m_padded.data(), count, 2 * half + 1, channels, m_sums.data());
+        scaleRow(m_sums.data(), count, m_scale, m_job.divisor, row + m_x0 * channels);
+    }
+
+private:
+    static constexpr int kFewDigits = 16;
+
+    const MeanJob& m_job;
+    const MeanScale& m_scale;
+    std::int64_t m_x0;
+    std::int64_t m_voxels;
+    std::int64_t m_first;
+    std::int64_t m_last;
+    std::vector<std::uint32_t> m_columns;
+    std::vector<std::uint32_t> m_padded;
+    std::vector<std::uint32_t> m_sums;
+};
+
+/// A part in 2D: the column sums run down the rows of each layer.
+template <class Sample>
+TIRN_INLINE void meanInLayers(const Sample* stack, const MeanJob& job, const MeanScale& scale,
+                              const FilterPart& part, Sample* to)
+{
+    const std::int64_t tileVoxels = std::max<std::int64_t>(1, kTile / job.channels);
+    for (int z = part.z0; z < part.z1; ++z) {
+        for (std::int64_t x0 = 0; x0 < job.x; x0 += tileVoxels) {
+            TileMean<Sample> tile(job, scale, x0, std::min(tileVoxels, job.x - x0));
+            const std::int64_t first = tile.firstSample();
+            for (int y = part.y0 - job.half; y <= part.y0 + job.half; ++y)
+                enter(job.row(stack, y, z) + first, tile.samples(), tile.columns());
+            for (int y = part.y0; y < part.y1; ++y) {
+                if (y > part.y0)
+                    exchange(job.row(stack, y + job.half, z) + first,
+                             job.row(stack, y - job.half - 1, z) + first, tile.samples(), tile.columns());
+                tile.finish(to + (std::int64_t{z} * job.y + y) * job.rowSamples());
+            }
+        }
+    }
+}
+
+/// A part in 3D: sums along z of all rows that the part's windows reach run from layer to layer, and the
+/// column sums run down those.
+template <class Sample>
+TIRN_INLINE void meanInStack(const Sample* stack, const MeanJob& job, const MeanScale& scale,
+                             const FilterPart& part, Sample* to)
+{
+    const std::int64_t tileVoxels = std::max<std::int64_t>(1, kTile / job.channels);
+    const int firstRow = std::max(0, part.y0 - job.half);
+    const int lastRow = std::min(job.y, part.y1 + job.half);
+    for (std::int64_t x0 = 0; x0 < job.x; x0 += tileVoxels) {
+        TileMean<Sample> tile(job, scale, x0, std::min(tileVoxels, job.x - x0));
+        const std::int64_t first = tile.firstSample();
+        const std::int64_t count = tile.samples();
+        std::vector<std::uint32_t> alongZ(static_cast<std::size_t>(count * (lastRow - firstRow)));
+        const auto zSums = [&](int y) {
+            return alongZ.data() + (std::clamp(y, firstRow, lastRow - 1) - firstRow) * count;
+        };
+        for (int z = part.z0; z < part.z1; ++z) {
+            for (int y = firstRow; y < lastRow; ++y) {
+                if (z > part.z0) {
+                    exchange(job.row(stack, y, z + job.halfZ) + first,
+                             job.row(stack, y, z - job.halfZ - 1) + first, count, zSums(y));
+                    continue;
+                }
+                for (int k = z - job.halfZ; k <= z + job.halfZ; ++k)
+                    enter(job.row(stack, y, k) + first, count, zSums(y));
+            }
+            std::fill_n(tile.columns(), count, 0U);
+            for (int y = part.y0 - job.half; y <= part.y0 + job.half; ++y)
+                enter(zSums(y), count, tile.columns());
+            for (int y = part.y0; y < part.y1; ++y) {
+                if (y > part.y0)
+                    exchange(zSums(y + job.half), zSums(y - job.half - 1), count, tile.columns());
+                tile.finish(to + (std::int64_t{z} * job.y + y) * job.rowSamples());
+            }
+        }
+    }
+}
+
+TIRN_TARGET_CLONES void meanOfPart(const std::uint8_t* stack, const MeanJob& job, const MeanScale& scale,
+                                   const FilterPart& part, std::uint8_t* to)
+{
+    if (job.halfZ == 0)
+        meanInLayers(stack, job, scale, part, to);
+    else
+        meanInStack(stack, job, scale, part, to);
+}
+
+TIRN_TARGET_CLONES void meanOfPart(const std::uint16_t* stack, const MeanJob& job, const MeanScale& scale,
+                                   const FilterPart& part, std::uint16_t* to)
+{
+    if (job.halfZ == 0)
+        meanInLayers(stack, job, scale, part, to);
+    else
+        meanInStack(stack, job, scale, part, to);
+}
+
+/// The largest sum that a window can have.
+double largestSum(const MeanJob& job, bool words)
+{
+    const double side = 2.0 * job.half + 1;
+    const double voxels = side * side * (2.0 * job.halfZ + 1);
+    return std::min(4294967295.0, voxels * (words ? 65535 : 255));
+}
+
+/// The filtered samples in `to`; false when cancelled.
+template <class Sample>
+bool filterStack(const Sample* from, const ImageAttributes& a, int size, bool is3D, const Progress& progress,
+                 Sample* to)
+{
+    const int half = std::max(0, size / 2);
+    const MeanJob job = {a.x, a.y, a.z, a.channels, half, is3D ? half : 0, static_cast<double>(size) * size};
+    // A divisor of 0 leaves no number that a sample could hold.
+    if (size == 0) {
+        std::fill_n(to, job.rowSamples() * a.y * a.z, Sample{0});
+        return true;
+    }
+    const MeanScale scale(job, largestSum(job, sizeof(Sample) == 2));
+    PartLimits limits;
+    if (job.halfZ > 0)
+        limits = {kPartLayers, kPartRows / 2, kPartRows};
+    return forEachPart(a, limits, progress,
+                       [&](const FilterPart& part) { meanOfPart(from, job, scale, part, to); });
+}
+
+} // namespace
+
+bool ImageFile::meanFilter(int size, int channel, bool is3D, const Progress& progress)
+{
+    if (!canFilter(channel) || size > kWidestWindow)
+        return false;
+    const Stopwatch stopwatch;
+    const char* text = "Could not allocate memory for meanfilter";
+    VoxelBuffer result = allocateVoxels(sampleCount() * m_attributes.bytesPerSample(), text);
+    const bool done = withAllocationText(text, [&] {
+        return m_attributes.hasWords() ? filterStack(stackData16(), m_attributes, size, is3D, progress,
+                                                     reinterpret_cast<std::uint16_t*>(result.data()))
+                                       : filterStack(stackData(), m_attributes, size, is3D, progress,
+                                                     reinterpret_cast<std::uint8_t*>(result.data()));
+    });
+    if (!done)
+        return false;
+    keepOtherChannels(*this, channel, result);
+    logDebug("mean %dx%d elapsed %dms", size, size, static_cast<int>(stopwatch.seconds()));
+    m_stackData = std::move(result);
+    // The divisor of a square under the sum of a cube, or of an even window, raises values.
+    m_attributes.maxValue = -1;
+    return true;
+}
+
+} // namespace tirn

@@ -1,0 +1,363 @@
+// The run of a render thread: when it draws, sleeps and ends.
+
+#include "render/glthread.h"
+
+#include <algorithm>
+#include <chrono>
+
+#include "base/log.h"
+#include "gl/glstate.h"
+
+namespace tirn {
+
+GLThread::GLThread(const RenderHost& host) : m_host(host) {}
+
+GLThread::~GLThread() { stopAndWait(); }
+
+void GLThread::requestFrame()
+{
+    {
+        const std::scoped_lock lock(m_stateMutex);
+        if (m_active) {
+            m_pending = true;
+            // A stop that came before is overtaken: the frame asked for now must not be lost.
+            m_running = true;
+            m_wake.notify_all();
+            return;
+        }
+        m_active = true;
+        m_pending = false;
+        m_running = true;
+    }
+    // The last run may still be giving its context back.
+    wait();
+    m_host.surface.handTo(*this);
+    start(QThread::NormalPriority);
+}
+
+void GLThread::stop()
+{
+    const std::scoped_lock lock(m_stateMutex);
+    m_running = false;
+    m_wake.notify_all();
+}
+
+void GLThread::stopAndWait()
+{
+    stop();
+    wait();
+}
+
+void GLThread::run()
+{
+    m_host.renderLock.lock();
+    if (m_host.surface.makeCurrent()) {
+        initializeGL();
+        enableColourPath();
+        m_timer.restart();
+        m_lastFlash = 0;
+        m_lastTimeStep = 0;
+        for (;;) {
+            m_host.renderLock.yieldToWaiters();
+            if (nextStep(renderFrame()) == Next::Leave)
+                break;
+        }
+    } else {
+        logWarning("The render thread could not make its context current.");
+        const std::scoped_lock lock(m_stateMutex);
+        m_active = false;
+        m_wake.notify_all();
+    }
+    m_host.surface.giveBack();
+    m_host.renderLock.unlock();
+}
+
+GLThread::Next GLThread::nextStep(Outcome outcome)
+{
+    const int wait = outcome == Outcome::Drawn ? millisecondsToNextChange() : -1;
+    {
+        const std::scoped_lock lock(m_stateMutex);
+        if (!m_running || (!m_pending && wait < 0)) {
+            m_active = false;
+            m_pending = false;
+            m_wake.notify_all();
+            return Next::Leave;
+        }
+        if (m_pending) {
+            m_pending = false;
+            return Next::Draw;
+        }
+    }
+    if (wait == 0) {
+        // Any driver but NVIDIA's would otherwise be kept too busy to serve others.
+        if (m_host.kind == RenderThreadKind::FragmentProgram)
+            QThread::msleep(10);
+        return Next::Draw;
+    }
+    return sleepUntilChange(wait);
+}
+
+GLThread::Next GLThread::sleepUntilChange(int milliseconds)
+{
+    m_host.renderLock.unlock();
+    Next next = Next::Draw;
+    {
+        std::unique_lock lock(m_stateMutex);
+        m_wake.wait_for(lock, std::chrono::milliseconds(milliseconds),
+                        [this] { return m_pending || !m_running; });
+        m_pending = false;
+        if (!m_running) {
+            m_active = false;
+            m_wake.notify_all();
+            next = Next::Leave;
+        }
+    }
+    m_host.renderLock.lock();
+    return next;
+}
+
+/// 0 while spinning, -1 when nothing will change by itself.
+int GLThread::millisecondsToNextChange()
+{
+    const std::scoped_lock lock(m_host.scene.mutex);
+    if (m_host.view.isSpinning() && !m_host.view.dragging)
+        return 0;
+    const VoxelArray* array = m_host.scene.current();
+    if (array == nullptr || m_host.scene.batchMode)
+        return -1;
+    qint64 next = -1;
+    const auto consider = [&](qint64 due) {
+        const qint64 left = std::max<qint64>(1, due - elapsed());
+        next = next < 0 ? left : std::min(next, left);
+    };
+    if (animating)
+        consider(m_lastTimeStep + 1000 / std::max(1, timeRate.load()));
+    const auto& channels = array->channels();
+    if (std::any_of(channels.begin(), channels.end(),
+                    [](const Channel& channel) { return isFlashing(channel.display.state); }))
+        consider(m_lastFlash + m_host.settings.flashRate);
+    return static_cast<int>(next);
+}
+
+GLThread::Outcome GLThread::renderFrame()
+{
+    const Stopwatch frameTime;
+    const QSize size = m_host.surface.size();
+    const Outcome outcome = drawScene(size);
+    if (grabFrame)
+        grab(size);
+    m_host.surface.swap();
+    m_lastFrameSeconds = frameTime.seconds();
+    ++m_framesDrawn;
+    return outcome;
+}
+
+void GLThread::setupBuffer()
+{
+    initializeGL();
+    enableColourPath();
+    const VoxelArray* array = m_host.scene.current();
+    logDebug("pbuffer %dd texmaps", array != nullptr && array->textureTarget() == GL_TEXTURE_3D ? 3 : 2);
+    logDebug("Buffer setup");
+}
+
+bool GLThread::drawPicture(QSize size)
+{
+    setupBuffer();
+    return drawScene(size) == Outcome::Drawn;
+}
+
+GLThread::Outcome GLThread::drawScene(QSize size)
+{
+    applyPending();
+    gl().Viewport(0, 0, size.width(), size.height());
+    gl().Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    m_text.setScale(fontScale * m_host.surface.pixelRatio());
+    const FrameState before = takeFrameState(m_host.scene, m_host.view);
+    if (drawMessageOnly(size))
+        return Outcome::NothingToDraw;
+    if (before.array == nullptr) {
+        m_lists.clear();
+        drawNoStack(before.batchMode, size);
+        return Outcome::NothingToDraw;
+    }
+    if (!prepareProgram(before))
+        return Outcome::Failed;
+    stepScene();
+    const FrameState frame = takeFrameState(m_host.scene, m_host.view);
+    m_host.events.rotationDrawn(frame.view.rotX, frame.view.rotY, frame.view.rotZ);
+    record(frame);
+    drawFrame(frame, size);
+    finishFrame();
+    return Outcome::Drawn;
+}
+
+/// Read from the back buffer before the swap, where the frame surely is.
+void GLThread::grab(QSize size)
+{
+    QImage image(size, QImage::Format_RGBX8888);
+    gl().ReadPixels(0, 0, size.width(), size.height(), GL_RGBA, GL_UNSIGNED_BYTE, image.bits());
+    {
+        const std::scoped_lock lock(m_grabMutex);
+        m_grabbed = image.mirrored().convertToFormat(QImage::Format_RGB32);
+    }
+    const std::scoped_lock lock(m_stateMutex);
+    grabFrame = false;
+    m_wake.notify_all();
+}
+
+QImage GLThread::grabNextFrame()
+{
+    {
+        const std::scoped_lock lock(m_grabMutex);
+        m_grabbed = {};
+    }
+    grabFrame = true;
+    requestFrame();
+    std::unique_lock lock(m_stateMutex);
+    m_wake.wait(lock, [this] { return !grabFrame || !m_active; });
+    lock.unlock();
+    return grabbed();
+}
+
+QImage GLThread::grabbed() const
+{
+    const std::scoped_lock lock(m_grabMutex);
+    return m_grabbed;
+}
+
+void GLThread::applyPending()
+{
+    ViewState view;
+    {
+        const std::scoped_lock lock(m_host.scene.mutex);
+        view = m_host.view;
+    }
+    if (clearColorChanged.exchange(false)) {
+        const QColor& color = view.backgroundColor;
+        gl().ClearColor(static_cast<GLfloat>(color.redF()), static_cast<GLfloat>(color.greenF()),
+                        static_cast<GLfloat>(color.blueF()), 0);
+    }
+    if (blendChanged.exchange(false) && gl().BlendEquationEXT != nullptr)
+        gl().BlendEquationEXT(view.blendMode);
+}
+
+/// What moves by itself between two frames.
+void GLThread::stepScene()
+{
+    const int width = static_cast<int>(m_host.surface.size().width() / m_host.surface.pixelRatio());
+    const std::scoped_lock lock(m_host.scene.mutex);
+    if (!m_host.view.dragging)
+        spin(m_host.view, width);
+    if (m_host.scene.batchMode || m_host.scene.current() == nullptr)
+        return;
+    stepTimePoint();
+    stepFlash();
+}
+
+void GLThread::stepTimePoint()
+{
+    if (!animating || elapsed() - m_lastTimeStep < 1000 / std::max(1, timeRate.load()))
+        return;
+    VoxelArray& array = *m_host.scene.current();
+    array.setTimePoint(array.timePoint() + 1);
+    m_lastTimeStep = elapsed();
+    m_host.events.timePointAdvanced();
+}
+
+void GLThread::stepFlash()
+{
+    if (elapsed() - m_lastFlash < m_host.settings.flashRate)
+        return;
+    std::vector<ChannelDisplay> displays;
+    std::vector<Channel>& channels = m_host.scene.current()->channels();
+    for (const Channel& channel : channels)
+        displays.push_back(channel.display);
+    stepChannels(displays);
+    for (std::size_t c = 0; c < channels.size(); ++c)
+        channels[c].display = displays[c];
+    m_lastFlash = elapsed();
+}
+
+bool stepChannels(std::vector<ChannelDisplay>& channels)
+{
+    const std::vector<ChannelDisplay> before = channels;
+    for (ChannelDisplay& channel : channels) {
+        if (channel.state == ChannelState::FlashOn)
+            channel.state = ChannelState::FlashOff;
+        else if (channel.state == ChannelState::FlashOff)
+            channel.state = ChannelState::FlashOn;
+        else if (channel.state == ChannelState::PaletteSwap)
+            std::swap(channel.palette, channel.alternatePalette);
+    }
+    const auto shown = std::find_if(channels.begin(), channels.end(), [](const ChannelDisplay& channel) {
+        return channel.state == ChannelState::RotatingFlashOn;
+    });
+    if (shown != channels.end()) {
+        shown->state = ChannelState::RotatingFlashWaiting;
+        const auto start = static_cast<std::size_t>(shown - channels.begin());
+        for (std::size_t k = 1; k <= channels.size(); ++k) {
+            ChannelDisplay& next = channels[(start + k) % channels.size()];
+            if (next.state == ChannelState::RotatingFlashWaiting) {
+                next.state = ChannelState::RotatingFlashOn;
+                break;
+            }
+        }
+    }
+    return channels != before;
+}
+
+void GLThread::record(const FrameState& frame)
+{
+    {
+        const std::scoped_lock lock(m_host.scene.mutex);
+        if (!m_host.scene.recording)
+            return;
+    }
+    KeyFrame keyFrame;
+    if (!getKeyFrame(frame, true, keyFrame))
+        return;
+    int count = 0;
+    {
+        const std::scoped_lock lock(m_host.scene.mutex);
+        m_host.scene.keyFrames.push_back(std::move(keyFrame));
+        count = static_cast<int>(m_host.scene.keyFrames.size());
+    }
+    m_host.events.keyFrameRecorded(count);
+}
+
+bool GLThread::getKeyFrame(const FrameState& frame, bool force, KeyFrame& keyFrame) const
+{
+    if (frame.array == nullptr)
+        return false;
+    keyFrame = {};
+    keyFrame.xrot = frame.view.rotX;
+    keyFrame.yrot = frame.view.rotY;
+    keyFrame.zrot = frame.view.rotZ;
+    keyFrame.xtrans = frame.view.transX;
+    keyFrame.ytrans = frame.view.transY;
+    keyFrame.ztrans = frame.view.transZ;
+    keyFrame.xscale = frame.scale.x;
+    keyFrame.yscale = frame.scale.y;
+    keyFrame.zscale = frame.scale.z;
+    keyFrame.xmin = frame.cut.xMin;
+    keyFrame.ymin = frame.cut.yMin;
+    keyFrame.zmin = frame.cut.zMin;
+    keyFrame.xmax = frame.cut.xMax;
+    keyFrame.ymax = frame.cut.yMax;
+    keyFrame.zmax = frame.cut.zMax;
+    keyFrame.timepoint = frame.timePoint;
+    for (const ChannelDisplay& channel : frame.channels) {
+        keyFrame.channels.push_back(
+            {static_cast<std::uint8_t>(channel.state), channel.alternatePalette, channel.palette});
+    }
+    const std::scoped_lock lock(m_host.scene.mutex);
+    keyFrame.array = m_host.scene.currentIndex;
+    if (force) {
+        for (const auto& palette : m_host.scene.palettes)
+            keyFrame.palettes.push_back(palette->values());
+    }
+    return true;
+}
+
+} // namespace tirn

@@ -1,0 +1,209 @@
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+
+#include <QImage>
+#include <QThread>
+
+#include "base/stopwatch.h"
+#include "render/framesurface.h"
+#include "render/renderlistcache.h"
+#include "render/renderlock.h"
+#include "render/scene.h"
+#include "render/shaders.h"
+#include "render/textpainter.h"
+
+namespace tirn {
+
+/// What a render thread works with. All of it outlives the thread.
+struct RenderHost
+{
+    Scene& scene;
+    /// Changes with the scene's lock held.
+    ViewState& view;
+    const RenderSettings& settings;
+    Shaders& shaders;
+    RenderLock& renderLock;
+    FrameSurface& surface;
+    RenderEvents& events;
+    RenderThreadKind kind;
+};
+
+/// Draws frames, for a card with paletted textures; the other cards' threads derive from it.
+///
+/// The thread does not run all the time. `requestFrame` starts it; it takes the render lock, draws, swaps,
+/// and goes on only while the picture changes by itself: spinning, playing time points, flashing channels.
+/// Then it ends. A request that comes while it runs is drawn before it ends. Between frames it gives the lock
+/// up to those who wait for it, and while it sleeps it holds no lock.
+///
+/// Derived classes stop the thread in their own destructors, since it calls their operations.
+///
+/// Rules: only the owner's thread calls requestFrame, stop and stopAndWait; the flags may be set from any
+/// thread; results go out through RenderEvents. Drawing functions may be called without the thread running,
+/// with a context current.
+class GLThread : public QThread
+{
+public:
+    explicit GLThread(const RenderHost& host);
+    ~GLThread() override;
+
+    /// Draws a frame soon; every call is followed by at least one frame that began after it.
+    void requestFrame();
+    /// Ends the loop after the frame at hand.
+    void stop();
+    /// Ends the loop and waits for it; a request that was not drawn yet is dropped.
+    void stopAndWait();
+
+    std::atomic<bool> clearColorChanged = false;
+    std::atomic<bool> blendChanged = false;
+    std::atomic<bool> recompileShader = false;
+    std::atomic<bool> rebuildShader = false;
+    std::atomic<bool> forceRebuild = true;
+    std::atomic<bool> drawCutBoxFlag = false;
+    std::atomic<bool> drawOrientation = false;
+    std::atomic<bool> drawChannelTime = false;
+    std::atomic<bool> drawFileLabelFlag = false;
+    /// Advance the time point by itself, `timeRate` time points a second.
+    std::atomic<bool> animating = false;
+    std::atomic<int> timeRate = 1;
+    /// Copy the next frame to the grabbed picture.
+    std::atomic<bool> grabFrame = false;
+    /// Scales all overlay fonts.
+    std::atomic<double> fontScale = 1.0;
+
+    /// Asks for a frame and waits for its picture, without alpha. Null when nothing could be drawn.
+    QImage grabNextFrame();
+    /// The frame grabbed last.
+    QImage grabbed() const;
+
+    /// How many frames were drawn, and the seconds that the last took from its start to the end of the swap.
+    int framesDrawn() const { return m_framesDrawn; }
+    double lastFrameSeconds() const { return m_lastFrameSeconds; }
+
+    /// Sets up the current context and draws one frame of the scene into it, without swapping; for pictures
+    /// outside the window. Returns false when there was only a message to draw.
+    bool drawPicture(QSize size);
+    /// Prepares the context of an off-screen buffer the way a run prepares its window.
+    void setupBuffer();
+    /// Sets up a fresh context: clear colour, blending, tests, material.
+    virtual void initializeGL();
+    /// One frame of a state into the current frame buffer of `size` device pixels, without swapping.
+    virtual void drawFrame(const FrameState& frame, QSize size);
+    /// A new display list of the slices of a walk, all shown channels, far slices first.
+    virtual ListNames buildRenderList(const FrameState& frame, Orientation orientation,
+                                      const SliceWalk& walk);
+    /// The view as a key frame; with `force` the palettes are in it, too. False when no stack is current.
+    bool getKeyFrame(const FrameState& frame, bool force, KeyFrame& keyFrame) const;
+    RenderListCache& lists() { return m_lists; }
+
+protected:
+    enum class Outcome { Drawn, NothingToDraw, Failed };
+
+    void run() override;
+
+    /// Steps of a frame that depend on the card.
+    virtual void enableColourPath();
+    virtual void disableTexturing();
+    virtual void enableTexturing();
+    /// False when no program could be made; the error screen is then drawn.
+    virtual bool prepareProgram(const FrameState& frame);
+    virtual void bindChannelTables(const FrameState& frame, std::size_t channel);
+    virtual void unbindChannelTables();
+    virtual void bindSlice(GLenum target, GLuint texture);
+    virtual void finishFrame();
+    virtual void drawNoStack(bool batchMode, QSize size);
+    virtual void drawFullscreenStereo(const FrameState& frame, QSize size);
+    virtual void drawFlatView(const FrameState& frame, Orientation orientation, GLuint list);
+    /// The whole of a frame when there is nothing but a message to show; false where volumes can be drawn.
+    virtual bool drawMessageOnly(QSize size);
+
+    void drawVolume(const FrameState& frame, Orientation orientation, GLuint list);
+    void drawBoundingBox(const FrameState& frame);
+    void drawBoxFront(const FrameState& frame);
+    void drawCutBox(const FrameState& frame);
+    void drawAxes();
+    void drawProjectionBox(const FrameState& frame);
+    void drawSegmentation(const FrameState& frame);
+    void drawFrameRate(QSize size);
+    void drawOrientationLabel(const FrameState& frame, QSize size);
+    void drawTimeLabel(const FrameState& frame, QSize size);
+    void drawFileLabel(const FrameState& frame, QSize size);
+    void drawScaleBar(const FrameState& frame, QSize size);
+    /// Text at a place of the flat projection, or in logical pixels from the top left.
+    void drawTextAt(const TextLine& line, const FrameState& frame, double x, double y, QSize size);
+    void drawTextInWindow(const TextLine& line, int x, int y, QSize size);
+    void applyView(const FrameState& frame);
+    void drawEye(const FrameState& frame, const Vector3& eye, const Vector3& focus);
+    void setupOverlay(const FrameState& frame);
+
+    RenderHost m_host;
+    TextPainter m_text;
+    /// The target of the frame at hand.
+    GLenum m_textureTarget = GL_TEXTURE_2D;
+
+private:
+    enum class Next { Draw, Leave };
+
+    Outcome renderFrame();
+    Outcome drawScene(QSize size);
+    void grab(QSize size);
+    Next nextStep(Outcome outcome);
+    Next sleepUntilChange(int milliseconds);
+    int millisecondsToNextChange();
+    void applyPending();
+    void stepScene();
+    void stepTimePoint();
+    void stepFlash();
+    void record(const FrameState& frame);
+    void setupProjection(const FrameState& frame, QSize size);
+    void drawNormal(const FrameState& frame);
+    void drawAnaglyph(const FrameState& frame);
+    void drawFourViews(const FrameState& frame);
+    void drawOverlays(const FrameState& frame, QSize size);
+    qint64 elapsed() const { return static_cast<qint64>(m_timer.seconds() * 1000); }
+
+    RenderListCache m_lists;
+    std::mutex m_stateMutex;
+    std::condition_variable m_wake;
+    bool m_active = false;
+    bool m_pending = false;
+    bool m_running = false;
+    Stopwatch m_timer;
+    qint64 m_lastFlash = 0;
+    qint64 m_lastTimeStep = 0;
+    Stopwatch m_frameClock;
+    std::atomic<int> m_framesDrawn = 0;
+    std::atomic<double> m_lastFrameSeconds = 0;
+    mutable std::mutex m_grabMutex;
+    QImage m_grabbed;
+};
+
+/// One pass over flashing channels: flashes turn, palette swaps swap, rotating flashes hand on. Returns
+/// whether any changed.
+bool stepChannels(std::vector<ChannelDisplay>& channels);
+
+/// The square, centred part of a window that the picture fills.
+struct SquareViewport
+{
+    int x = 0;
+    int y = 0;
+    int side = 0;
+};
+SquareViewport squareViewport(QSize size);
+
+/// The frame rate as text; a time of 0 has a text of its own.
+QString frameRateText(double seconds);
+
+/// Length and label of the scale bar, in microns; an unknown voxel size or a scale of 0 gives "unknown".
+/// `maxPow` is the longest padded side, which spans the picture.
+struct ScaleBarLabel
+{
+    double length = 0;
+    QString text;
+    bool known = false;
+};
+ScaleBarLabel scaleBarLabel(double barSize, int maxPow, double voxelSizeX, double scaleX);
+
+} // namespace tirn

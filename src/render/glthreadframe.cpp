@@ -1,0 +1,327 @@
+// The drawing of one frame.
+
+#include <algorithm>
+
+#include "base/log.h"
+#include "gl/glstate.h"
+#include "render/glthread.h"
+
+namespace tirn {
+
+namespace {
+
+constexpr GLfloat kEmission[] = {1, 1, 1, 1};
+
+void setColorMask(const ColorMask& mask)
+{
+    const auto value = [](bool on) { return static_cast<GLboolean>(on ? GL_TRUE : GL_FALSE); };
+    gl().ColorMask(value(mask.red), value(mask.green), value(mask.blue), value(mask.alpha));
+}
+
+/// Sets an orthographic projection, and leaves the identity as model view.
+void setOrtho(const OrthoBounds& bounds)
+{
+    gl().MatrixMode(GL_PROJECTION);
+    gl().LoadIdentity();
+    gl().Ortho(bounds.left, bounds.right, bounds.bottom, bounds.top, bounds.zNear, bounds.zFar);
+    gl().MatrixMode(GL_MODELVIEW);
+    gl().LoadIdentity();
+}
+
+/// Cuts the axes across the slices while it lives.
+class ClipScope
+{
+public:
+    ClipScope(const FrameState& frame, Orientation orientation)
+        : m_planes(clipPlanes(orientation, frame.array->geometry(), frame.cut))
+    {
+        for (GLenum i = 0; i < m_planes.size(); ++i) {
+            if (m_planes[i].enabled) {
+                gl().Enable(GL_CLIP_PLANE0 + i);
+                gl().ClipPlane(GL_CLIP_PLANE0 + i, m_planes[i].equation.data());
+            }
+        }
+    }
+    ~ClipScope()
+    {
+        for (GLenum i = 0; i < m_planes.size(); ++i)
+            gl().Disable(GL_CLIP_PLANE0 + i);
+    }
+    ClipScope(const ClipScope&) = delete;
+    ClipScope& operator=(const ClipScope&) = delete;
+
+private:
+    std::array<ClipPlane, 6> m_planes;
+};
+
+} // namespace
+
+SquareViewport squareViewport(QSize size)
+{
+    const int side = std::max(1, std::min(size.width(), size.height()));
+    const int margin = (std::max(size.width(), size.height()) - side) / 2;
+    return size.width() > size.height() ? SquareViewport{margin, 0, side} : SquareViewport{0, margin, side};
+}
+
+void GLThread::initializeGL()
+{
+    clearColorChanged = true;
+    blendChanged = true;
+    applyPending();
+    gl().Clear(GL_COLOR_BUFFER_BIT);
+    gl().Disable(GL_LIGHTING);
+    gl().Enable(GL_DEPTH_TEST);
+    gl().DepthFunc(GL_ALWAYS);
+    gl().Materialfv(GL_FRONT_AND_BACK, GL_EMISSION, kEmission);
+    gl().Enable(GL_BLEND);
+    gl().BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    gl().Enable(GL_ALPHA_TEST);
+    gl().AlphaFunc(GL_GREATER, 0);
+    gl().PixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    gl().MatrixMode(GL_MODELVIEW);
+    gl().LoadIdentity();
+}
+
+void GLThread::enableColourPath() { gl().Enable(GL_SHARED_TEXTURE_PALETTE_EXT); }
+
+void GLThread::finishFrame() { gl().Finish(); }
+
+bool GLThread::prepareProgram(const FrameState& /*frame*/) { return true; }
+
+bool GLThread::drawMessageOnly(QSize /*size*/) { return false; }
+
+void GLThread::bindSlice(GLenum target, GLuint texture) { gl().BindTexture(target, texture); }
+
+void GLThread::bindChannelTables(const FrameState& frame, std::size_t channel)
+{
+    const auto palette = static_cast<std::size_t>(std::max(0, frame.channels[channel].palette));
+    if (palette < m_host.scene.palettes.size())
+        gl().CallList(m_host.scene.palettes[palette]->glHandle());
+}
+
+void GLThread::unbindChannelTables() {}
+
+ListNames GLThread::buildRenderList(const FrameState& frame, Orientation orientation, const SliceWalk& walk)
+{
+    const VoxelArray& array = *frame.array;
+    const bool is3D = array.textureTarget() == GL_TEXTURE_3D;
+    const std::int64_t perChannel = array.texturesPerChannel();
+    const std::int64_t timeBase = frame.timePoint * perChannel * array.channelCount();
+    ListNames list(1);
+    if (list.empty())
+        return list;
+    const ListScope recording(list.first());
+    for (int i = walk.first; walk.perSlice > 0 && i != walk.last + walk.step; i += walk.step) {
+        for (std::size_t c = 0; c < frame.channels.size(); ++c) {
+            if (isHidden(frame.channels[c].state))
+                continue;
+            const std::int64_t channelBase = timeBase + static_cast<std::int64_t>(c) * perChannel;
+            for (int b = 0; b < walk.perSlice; ++b) {
+                const std::int64_t quad = std::int64_t{walk.perSlice} * i + walk.base + b;
+                const std::int64_t own = is3D ? brickOf(orientation, array.geometry(), i, b) : quad;
+                const std::int64_t texture = channelBase + own;
+                // Where sizes do not split evenly an index may leave the channel's own blocks: nothing is
+                // drawn.
+                if (own < 0 || own >= perChannel ||
+                    texture >= static_cast<std::int64_t>(array.textures().size())) {
+                    if (!is3D)
+                        logDebug("Impossible offset %lld size %lld", static_cast<long long>(texture),
+                                 static_cast<long long>(array.textures().size()));
+                    continue;
+                }
+                if (quad < 0 || quad >= static_cast<std::int64_t>(array.quads().size())) {
+                    logWarning("invalid texmap %lld", static_cast<long long>(quad));
+                    continue;
+                }
+                bindSlice(array.textureTarget(), array.textures()[static_cast<std::size_t>(texture)]);
+                bindChannelTables(frame, c);
+                gl().CallList(array.quads()[static_cast<std::size_t>(quad)]);
+            }
+        }
+    }
+    unbindChannelTables();
+    bindSlice(array.textureTarget(), 0);
+    return list;
+}
+
+void GLThread::setupProjection(const FrameState& frame, QSize size)
+{
+    const SquareViewport square = squareViewport(size);
+    gl().Viewport(square.x, square.y, square.side, square.side);
+    gl().MatrixMode(GL_PROJECTION);
+    if (frame.view.renderMode == RenderMode::Normal || frame.view.renderMode == RenderMode::FourViews) {
+        setOrtho(widenedBounds(frame.view, frame.scale));
+        return;
+    }
+    gl().LoadMatrixd(perspectiveMatrix(60, 1, 0.1, 10000).data());
+    gl().MatrixMode(GL_MODELVIEW);
+    gl().LoadIdentity();
+}
+
+/// For what stands flat on top of the picture: the stored bounds, seen straight on.
+void GLThread::setupOverlay(const FrameState& frame) { setOrtho(frame.view.ortho); }
+
+void GLThread::applyView(const FrameState& frame)
+{
+    gl().MultMatrixf(frame.rotation.data());
+    gl().Translated(frame.view.transX, frame.view.transY, frame.view.transZ);
+    gl().Scaled(frame.scale.x, frame.scale.y, frame.scale.z);
+    if (frame.view.yRotation != 0)
+        gl().Rotated(frame.view.yRotation, 0, 1, 0);
+}
+
+void GLThread::drawVolume(const FrameState& frame, Orientation orientation, GLuint list)
+{
+    // The list of an array that is not complete would be that of the array before.
+    if (list == 0 || !frame.array->isComplete())
+        return;
+    const ClipScope clipped(frame, orientation);
+    gl().CallList(list);
+}
+
+void GLThread::drawFrame(const FrameState& frame, QSize size)
+{
+    const auto builder = [&](Orientation orientation, const SliceWalk& walk) {
+        return buildRenderList(frame, orientation, walk);
+    };
+    m_lists.rebuild(frame, forceRebuild.exchange(false), builder);
+    if (frame.array != nullptr)
+        m_textureTarget = frame.array->textureTarget();
+    setupProjection(frame, size);
+    enableTexturing();
+    {
+        const MatrixScope saved;
+        switch (frame.view.renderMode) {
+        case RenderMode::Normal:
+            drawNormal(frame);
+            break;
+        case RenderMode::Anaglyph:
+            drawAnaglyph(frame);
+            break;
+        case RenderMode::FullscreenStereo:
+            drawFullscreenStereo(frame, size);
+            break;
+        case RenderMode::Stereo:
+            disableTexturing();
+            setupOverlay(frame);
+            drawTextAt({"Stereo in a window not ready yet!", 16, true, Qt::white}, frame, -0.5, 0, size);
+            enableTexturing();
+            break;
+        case RenderMode::FourViews:
+            drawFourViews(frame);
+            break;
+        }
+    }
+    drawOverlays(frame, size);
+}
+
+void GLThread::drawNormal(const FrameState& frame)
+{
+    // Slices are drawn in order and pass whatever the depth: writing depths would only cost time.
+    gl().Enable(GL_DEPTH_TEST);
+    gl().DepthFunc(GL_ALWAYS);
+    gl().DepthMask(GL_FALSE);
+    const MatrixScope saved;
+    applyView(frame);
+    if (frame.view.showBoundingBox)
+        drawBoundingBox(frame);
+    drawVolume(frame, orientationOf(frame.rotation), m_lists.currentRenderList());
+    if (frame.view.showBoundingBox) {
+        drawBoxFront(frame);
+        if (drawCutBoxFlag)
+            drawCutBox(frame);
+    }
+    gl().DepthMask(GL_TRUE);
+    drawSegmentation(frame);
+}
+
+/// The scene for one eye; the view matrix has been set.
+void GLThread::drawEye(const FrameState& frame, const Vector3& eye, const Vector3& focus)
+{
+    gl().Clear(GL_DEPTH_BUFFER_BIT);
+    gl().MatrixMode(GL_MODELVIEW);
+    gl().LoadMatrixd(lookAtMatrix(eye, focus, frame.view.camera.vup).data());
+    applyView(frame);
+    if (frame.view.showBoundingBox)
+        drawBoundingBox(frame);
+    drawVolume(frame, orientationOf(frame.rotation), m_lists.currentRenderList());
+    if (frame.view.showBoundingBox && drawCutBoxFlag)
+        drawCutBox(frame);
+    drawSegmentation(frame);
+}
+
+void GLThread::drawAnaglyph(const FrameState& frame)
+{
+    gl().Enable(GL_DEPTH_TEST);
+    // Channels of one slice lie in one plane: each must pass where the one before it has drawn.
+    gl().DepthFunc(GL_LEQUAL);
+    const auto pair = static_cast<std::size_t>(std::clamp(frame.view.filterColors, 0, 5));
+    const EyeSetup eyes = eyeSetup(frame.view.camera);
+    setColorMask(kFilterColors[pair].left);
+    drawEye(frame, frame.view.camera.vpos - eyes.right, eyes.focus);
+    setColorMask(kFilterColors[pair].right);
+    drawEye(frame, frame.view.camera.vpos + eyes.right, eyes.focus);
+    setColorMask({});
+    gl().Disable(GL_DEPTH_TEST);
+}
+
+void GLThread::drawFullscreenStereo(const FrameState& frame, QSize size)
+{
+    disableTexturing();
+    setupOverlay(frame);
+    drawTextAt({"Full screen stereo not ready yet!", 16, true, Qt::white}, frame, -0.5, 0, size);
+    enableTexturing();
+}
+
+void GLThread::drawFlatView(const FrameState& frame, Orientation orientation, GLuint list)
+{
+    drawVolume(frame, orientation, list);
+}
+
+void GLThread::drawFourViews(const FrameState& frame)
+{
+    struct FlatView
+    {
+        double x, y;
+        double angle, axisX, axisY;
+        Orientation orientation;
+        GLuint list;
+    };
+    const FlatView views[] = {{-1, -1, 0, 0, 0, Orientation::XYForward, m_lists.xyList()},
+                              {-1, 1, 90, 1, 0, Orientation::XZForward, m_lists.xzList()},
+                              {1, 1, 270, 0, 1, Orientation::YZReverse, m_lists.yzList()}};
+    for (const FlatView& view : views) {
+        gl().LoadIdentity();
+        gl().Translated(view.x, view.y, 0);
+        if (view.angle != 0)
+            gl().Rotated(view.angle, view.axisX, view.axisY, 0);
+        drawFlatView(frame, view.orientation, view.list);
+    }
+    gl().LoadIdentity();
+    gl().Translated(1, -1, 0);
+    gl().Scaled(0.707, 0.707, 0.707);
+    drawNormal(frame);
+}
+
+void GLThread::drawSegmentation(const FrameState& /*frame*/)
+{
+    const auto& segmentations = m_host.scene.segmentations;
+    if (segmentations.empty() || segmentations.front()->displayList == 0)
+        return;
+    disableTexturing();
+    gl().Clear(GL_DEPTH_BUFFER_BIT);
+    gl().DepthFunc(GL_LEQUAL);
+    gl().CallList(segmentations.front()->displayList);
+    gl().DepthFunc(GL_ALWAYS);
+    enableTexturing();
+}
+
+void GLThread::disableTexturing()
+{
+    gl().Disable(GL_TEXTURE_2D);
+    gl().Disable(GL_TEXTURE_3D);
+}
+
+void GLThread::enableTexturing() { gl().Enable(m_textureTarget); }
+
+} // namespace tirn

@@ -1,0 +1,252 @@
+// What stands over the volume: boxes, labels and the scale bar.
+
+#include <algorithm>
+#include <cmath>
+
+#include "gl/glstate.h"
+#include "render/glthread.h"
+
+namespace tirn {
+
+namespace {
+
+void setColor(const QColor& color)
+{
+    gl().Color4f(static_cast<GLfloat>(color.redF()), static_cast<GLfloat>(color.greenF()),
+                 static_cast<GLfloat>(color.blueF()), 1);
+}
+
+void vertex(double x, double y, double z)
+{
+    gl().Vertex3f(static_cast<GLfloat>(x), static_cast<GLfloat>(y), static_cast<GLfloat>(z));
+}
+
+/// The edges of a box between two corners.
+void boxEdges(const Vector3& low, const Vector3& high)
+{
+    const PrimitiveScope lines(GL_LINES);
+    for (const double a : {0.0, 1.0}) {
+        for (const double b : {0.0, 1.0}) {
+            const auto mix = [](double from, double to, double t) { return from + (to - from) * t; };
+            vertex(low.x, mix(low.y, high.y, a), mix(low.z, high.z, b));
+            vertex(high.x, mix(low.y, high.y, a), mix(low.z, high.z, b));
+            vertex(mix(low.x, high.x, a), low.y, mix(low.z, high.z, b));
+            vertex(mix(low.x, high.x, a), high.y, mix(low.z, high.z, b));
+            vertex(mix(low.x, high.x, a), mix(low.y, high.y, b), low.z);
+            vertex(mix(low.x, high.x, a), mix(low.y, high.y, b), high.z);
+        }
+    }
+}
+
+} // namespace
+
+QString frameRateText(double seconds)
+{
+    return seconds > 0 ? QString::asprintf("%-6.1ffps", 1 / seconds) : QString("Ludicrous speed GO!");
+}
+
+ScaleBarLabel scaleBarLabel(double barSize, int maxPow, double voxelSizeX, double scaleX)
+{
+    if (!(voxelSizeX > 0) || scaleX == 0)
+        return {0, "unknown", false};
+    const double length = maxPow * (barSize / 2) * voxelSizeX / scaleX;
+    const bool whole = length - std::floor(length) < 0.1;
+    return {length, QString::asprintf(whole ? "%.0f" : "%.1f", length) + QStringLiteral(" \u00b5m"), true};
+}
+
+void GLThread::drawTextInWindow(const TextLine& line, int x, int y, QSize size)
+{
+    const double ratio = m_host.surface.pixelRatio();
+    m_text.draw(line, static_cast<int>(x * ratio), static_cast<int>(size.height() - y * ratio));
+}
+
+void GLThread::drawTextAt(const TextLine& line, const FrameState& frame, double x, double y, QSize size)
+{
+    const SquareViewport square = squareViewport(size);
+    const OrthoBounds& bounds = frame.view.ortho;
+    m_text.draw(
+        line, square.x + static_cast<int>((x - bounds.left) / (bounds.right - bounds.left) * square.side),
+        square.y + static_cast<int>((y - bounds.bottom) / (bounds.top - bounds.bottom) * square.side));
+}
+
+void GLThread::drawNoStack(bool batchMode, QSize size)
+{
+    FrameState flat;
+    flat.view = takeFrameState(m_host.scene, m_host.view).view;
+    disableTexturing();
+    setupOverlay(flat);
+    if (batchMode) {
+        drawTextAt({"Making batch mode movie.", 16, true, Qt::white}, flat, -0.4, 0, size);
+        drawTextAt({"Please be patient.", 16, true, Qt::white}, flat, -0.3, -0.1, size);
+        return;
+    }
+    drawTextAt({"No stack loaded", 16, true, Qt::white}, flat, -0.3, 0, size);
+}
+
+void GLThread::drawOverlays(const FrameState& frame, QSize size)
+{
+    disableTexturing();
+    if (gl().BlendEquationEXT != nullptr)
+        gl().BlendEquationEXT(GL_FUNC_ADD);
+    setupOverlay(frame);
+    if (frame.view.showFrameRate)
+        drawFrameRate(size);
+    if (drawOrientation)
+        drawOrientationLabel(frame, size);
+    if (drawChannelTime)
+        drawTimeLabel(frame, size);
+    if (frame.view.showScaleBar)
+        drawScaleBar(frame, size);
+    if (drawFileLabelFlag)
+        drawFileLabel(frame, size);
+    if (gl().BlendEquationEXT != nullptr)
+        gl().BlendEquationEXT(frame.view.blendMode);
+    enableTexturing();
+}
+
+void GLThread::drawFrameRate(QSize size)
+{
+    gl().Finish();
+    const QString text = frameRateText(m_frameClock.restart());
+    drawTextInWindow({text, 12, false, Qt::white}, 10,
+                     static_cast<int>(size.height() / m_host.surface.pixelRatio()) - 10, size);
+}
+
+void GLThread::drawOrientationLabel(const FrameState& frame, QSize size)
+{
+    const double ratio = m_host.surface.pixelRatio();
+    drawTextInWindow({orientationName(orientationOf(frame.rotation)), 10, false, Qt::white},
+                     static_cast<int>(size.width() / ratio) - 100,
+                     static_cast<int>(size.height() / ratio) - 10, size);
+}
+
+void GLThread::drawTimeLabel(const FrameState& frame, QSize size)
+{
+    const double ratio = m_host.surface.pixelRatio();
+    const int width = static_cast<int>(size.width() / ratio);
+    const int x = std::max(10, width - (static_cast<int>(frame.timeLabel.size()) * 11 + 10));
+    drawTextInWindow({frame.timeLabel, 16, true, Qt::white}, x, static_cast<int>(size.height() / ratio) - 10,
+                     size);
+}
+
+void GLThread::drawFileLabel(const FrameState& frame, QSize size)
+{
+    const double ratio = m_host.surface.pixelRatio();
+    const int width = static_cast<int>(size.width() / ratio);
+    const int x = std::max(10, width / 2 - static_cast<int>(frame.watermark.size()) * 7 / 2);
+    drawTextInWindow({frame.watermark, 12, true, Qt::white}, x, static_cast<int>(size.height() / ratio) - 5,
+                     size);
+}
+
+void GLThread::drawScaleBar(const FrameState& frame, QSize size)
+{
+    const ViewState& view = frame.view;
+    const bool fourViews = view.renderMode == RenderMode::FourViews;
+    const bool right = view.scaleBarLocation == ScaleBarLocation::TopRight ||
+                       view.scaleBarLocation == ScaleBarLocation::BottomRight;
+    const bool top = view.scaleBarLocation == ScaleBarLocation::TopLeft ||
+                     view.scaleBarLocation == ScaleBarLocation::TopRight;
+    double x = right ? 0.9 - view.scaleBarSize : -0.8;
+    double y = top ? 0.9 : -0.8;
+    if (fourViews) {
+        x *= 2;
+        y *= 2;
+    }
+    const int points = fourViews ? 6 : 12;
+    const ScaleBarLabel label = scaleBarLabel(view.scaleBarSize, frame.array->geometry().maxPow(),
+                                              frame.array->stack().dimX, frame.scale.x);
+    if (!label.known) {
+        drawTextAt({label.text, points, true, view.scaleBarColor}, frame, x, y, size);
+        return;
+    }
+    setColor(view.scaleBarColor);
+    const double z = view.ortho.zNear + 0.1;
+    {
+        const PrimitiveScope strip(GL_LINE_STRIP);
+        vertex(x, y + 0.02, z);
+        vertex(x, y, z);
+        vertex(x + view.scaleBarSize, y, z);
+        vertex(x + view.scaleBarSize, y + 0.02, z);
+    }
+    drawTextAt({label.text, points, true, view.scaleBarColor}, frame, x + 0.03, y + 0.01, size);
+}
+
+void GLThread::drawBoundingBox(const FrameState& frame)
+{
+    disableTexturing();
+    setColor(frame.view.boxColor);
+    gl().CallList(frame.array->boxList(VoxelArray::WholeBox));
+    enableTexturing();
+}
+
+/// The three faces that meet at the corner nearest to the viewer, drawn over the volume.
+void GLThread::drawBoxFront(const FrameState& frame)
+{
+    const Matrix4f& m = frame.rotation;
+    // The corner with the largest z in the viewer's space has, on each axis, the sign of that axis' z
+    // component.
+    const VoxelArray::BoxList faces[] = {
+        m[2] >= 0 ? VoxelArray::RightFace : VoxelArray::LeftFace,
+        m[6] >= 0 ? VoxelArray::TopFace : VoxelArray::BottomFace,
+        m[10] >= 0 ? VoxelArray::FrontFace : VoxelArray::BackFace,
+    };
+    disableTexturing();
+    setColor(frame.view.boxColor);
+    for (const VoxelArray::BoxList face : faces)
+        gl().CallList(frame.array->boxList(face));
+    enableTexturing();
+}
+
+void GLThread::drawCutBox(const FrameState& frame)
+{
+    const StackGeometry& g = frame.array->geometry();
+    const double m = g.maxPow();
+    // A resliced stack counts more slices over the same length.
+    const double zUnit = static_cast<double>(g.z) / g.finalDepth();
+    const CutBox& cut = frame.cut;
+    const int depth = g.finalDepth();
+    const Vector3 low = {(2 * cut.xMin - g.x) / m, (-2 - g.y + 2 * (g.y - cut.yMax)) / m,
+                         (-2 - depth + 2 * (depth - cut.zMax)) * zUnit / m};
+    const Vector3 high = {(g.x - 2 * (g.x - cut.xMax) + 2) / m, (g.y - 2 * cut.yMin) / m,
+                          (depth - 2 * cut.zMin) * zUnit / m};
+    disableTexturing();
+    gl().LineWidth(1);
+    setColor(frame.view.cutBoxColor);
+    boxEdges(low, high);
+    enableTexturing();
+}
+
+void GLThread::drawAxes()
+{
+    struct Axis
+    {
+        QColor color;
+        Vector3 end;
+    };
+    const Axis axes[] = {{Qt::red, {0.5, 0, 0}}, {Qt::green, {0, 0.5, 0}}, {Qt::blue, {0, 0, 0.5}}};
+    gl().LineWidth(4);
+    for (const Axis& axis : axes) {
+        setColor(axis.color);
+        const PrimitiveScope line(GL_LINES);
+        vertex(0, 0, 0);
+        vertex(axis.end.x, axis.end.y, axis.end.z);
+    }
+}
+
+void GLThread::drawProjectionBox(const FrameState& frame)
+{
+    const OrthoBounds& bounds = frame.view.ortho;
+    const PrimitiveScope lines(GL_LINES);
+    for (const double z : {-1.0, 1.0}) {
+        for (double x = bounds.left; x <= bounds.right; x += 2) {
+            vertex(x, bounds.bottom, z);
+            vertex(x, bounds.top, z);
+        }
+        for (double y = bounds.bottom; y <= bounds.top; y += 2) {
+            vertex(bounds.left, y, z);
+            vertex(bounds.right, y, z);
+        }
+    }
+}
+
+} // namespace tirn

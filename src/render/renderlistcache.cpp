@@ -1,0 +1,67 @@
+#include "render/renderlistcache.h"
+
+#include <algorithm>
+
+#include "base/log.h"
+#include "gl/gltable.h"
+
+namespace tirn {
+
+void RenderListCache::clear()
+{
+    m_renderLists.clear();
+    m_currentRenderList = m_xyList = m_yzList = m_xzList = 0;
+}
+
+bool RenderListCache::rebuild(const FrameState& frame, bool force, const Builder& build)
+{
+    if (frame.array == nullptr) {
+        clear();
+        return false;
+    }
+    if (!frame.array->isComplete())
+        return false;
+    const Orientation orientation = orientationOf(frame.rotation);
+    const bool stale = force || frame.array != m_array || frame.channels != m_channels ||
+                       m_renderLists.size() != static_cast<std::size_t>(frame.array->timePointCount()) * 6;
+    if (!stale && orientation == m_orientation && frame.timePoint == m_timePoint &&
+        frame.view.renderMode == m_renderMode && m_currentRenderList != 0 &&
+        gl().IsList(m_currentRenderList) == GL_TRUE)
+        return true;
+    if (stale) {
+        clear();
+        m_renderLists.resize(static_cast<std::size_t>(frame.array->timePointCount()) * 6);
+    }
+    m_array = frame.array;
+    m_orientation = orientation;
+    m_timePoint = frame.timePoint;
+    m_renderMode = frame.view.renderMode;
+    m_channels = frame.channels;
+    m_currentRenderList = slotList(frame, orientation, build);
+    if (m_currentRenderList == 0) {
+        logWarning("Render list is busted");
+        return false;
+    }
+    if (frame.view.renderMode == RenderMode::FourViews) {
+        m_xyList = slotList(frame, Orientation::XYForward, build);
+        m_yzList = slotList(frame, Orientation::YZReverse, build);
+        m_xzList = slotList(frame, Orientation::XZForward, build);
+    }
+    return true;
+}
+
+GLuint RenderListCache::slotList(const FrameState& frame, Orientation orientation, const Builder& build)
+{
+    const auto index = static_cast<std::size_t>(frame.timePoint * 6 + orientationSlot(orientation));
+    if (index >= m_renderLists.size())
+        return 0;
+    ListNames& slot = m_renderLists[index];
+    if (!slot.empty() && gl().IsList(slot.first()) == GL_TRUE)
+        return slot.first();
+    slot = build(orientation, renderListParameters(orientation, frame.array->geometry(), frame.cut));
+    if (!slot.empty() && gl().IsList(slot.first()) == GL_FALSE)
+        slot.clear();
+    return slot.empty() ? 0 : slot.first();
+}
+
+} // namespace tirn

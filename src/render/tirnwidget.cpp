@@ -1,0 +1,409 @@
+// The view state and what changes it from outside; input stands in tirnwidgetinput.cpp.
+
+#include "render/tirnwidget.h"
+
+#include <cmath>
+
+#include <QEvent>
+#include <QWindow>
+
+#include "base/log.h"
+#include "gl/gltable.h"
+#include "render/nvidiathread.h"
+
+namespace tirn {
+
+namespace {
+
+struct ThreadRow
+{
+    RenderThreadKind kind;
+    const char* log;
+    std::unique_ptr<GLThread> (*create)(const RenderHost&);
+};
+
+template <typename Thread>
+std::unique_ptr<GLThread> createThread(const RenderHost& host)
+{
+    return std::make_unique<Thread>(host);
+}
+
+constexpr ThreadRow kThreads[] = {
+    {RenderThreadKind::Paletted, "Using GLThread", &createThread<GLThread>},
+    {RenderThreadKind::Nvidia, "Using NvidiaThread", &createThread<NvidiaThread>},
+    {RenderThreadKind::FragmentProgram, "Using AtiThread", &createThread<NvidiaThread>},
+    {RenderThreadKind::LostCause, "Using Lost Cause Thread", &createThread<LostCauseThread>},
+};
+
+} // namespace
+
+RenderThreadKind chooseThreadKind(const GlCapabilities& card)
+{
+    if (card.hasFloatBuffer)
+        return RenderThreadKind::Nvidia;
+    if (card.hasPalettedTexture)
+        return RenderThreadKind::Paletted;
+    if (card.hasFragmentProgram)
+        return RenderThreadKind::FragmentProgram;
+    return RenderThreadKind::LostCause;
+}
+
+TirnWidget::TirnWidget(const QString& name, const WidgetServices& services, bool stereo, QWidget* parent)
+    : QWidget(parent), m_scene(services.scene), m_hidden(services.hidden),
+      m_surface(*this, services.hidden.context(), stereo), m_threadKind(chooseThreadKind(services.card))
+{
+    setObjectName(name);
+    setAttribute(Qt::WA_PaintOnScreen);
+    setAttribute(Qt::WA_NoSystemBackground);
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setAttribute(Qt::WA_DontCreateNativeAncestors);
+    setAttribute(Qt::WA_NativeWindow);
+    setFocusPolicy(Qt::WheelFocus);
+    m_surface.prepareWindow();
+    if (gl().ActiveTextureARB == nullptr)
+        logDebug("glActiveTextureARB screwed");
+    if (gl().TexImage3DEXT == nullptr)
+        logDebug("glTexImage3DEXT screwed");
+    if (gl().BlendEquationEXT == nullptr)
+        logDebug("glBlendEquationEXT screwed");
+    const ThreadRow& row = kThreads[static_cast<std::size_t>(m_threadKind)];
+    logDebug("%s", row.log);
+    m_renderThread = row.create({services.scene, m_view, services.settings, services.shaders,
+                                 services.renderLock, m_surface, services.events, m_threadKind});
+}
+
+TirnWidget::~TirnWidget()
+{
+    m_renderThread->stopAndWait();
+    const CurrentScope current(m_hidden);
+    m_renderThread->lists().clear();
+}
+
+ViewState TirnWidget::view() const
+{
+    const std::scoped_lock lock(m_scene.mutex);
+    return m_view;
+}
+
+void TirnWidget::changeView(const std::function<void(ViewState&)>& change)
+{
+    {
+        const std::scoped_lock lock(m_scene.mutex);
+        change(m_view);
+    }
+    requestFrame();
+}
+
+void TirnWidget::setContextMenuActions(const ContextMenuActions& actions)
+{
+    m_contextMenu.clear();
+    const auto add = [this](std::initializer_list<QAction*> group, bool separated = true) {
+        for (QAction* action : group) {
+            if (action != nullptr)
+                m_contextMenu.addAction(action);
+        }
+        if (separated)
+            m_contextMenu.addSeparator();
+    };
+    QAction* volumes = actions.volumes != nullptr ? actions.volumes->menuAction() : nullptr;
+    add({actions.openStack, actions.manageStacks, actions.palettes, volumes, actions.closeAll});
+    add({actions.view, actions.cutPlanes, actions.renderOptions});
+    add({actions.takeSnapshot, actions.makeMovie});
+    add({actions.help, actions.capabilities, actions.about});
+    add({actions.exit}, false);
+    m_closeAllItem = actions.closeAll;
+}
+
+void TirnWidget::requestFrame()
+{
+    // A window that is not on the screen gets its frame when it is exposed.
+    if (m_surface.isReady())
+        m_renderThread->requestFrame();
+}
+
+void TirnWidget::stopRendering() { m_renderThread->stop(); }
+
+void TirnWidget::stopAndWait()
+{
+    {
+        const std::scoped_lock lock(m_scene.mutex);
+        m_view.spinX = m_view.spinY = m_view.spinZ = 0;
+    }
+    m_renderThread->stopAndWait();
+}
+
+void TirnWidget::currentArrayChanged()
+{
+    requestShaderRebuild();
+    m_renderThread->forceRebuild = true;
+    requestFrame();
+}
+
+bool TirnWidget::requestShaderRebuild()
+{
+    m_renderThread->rebuildShader = true;
+    return false;
+}
+
+void TirnWidget::setBlendMode(GLenum mode)
+{
+    m_renderThread->blendChanged = true;
+    changeView([mode](ViewState& view) { view.blendMode = mode; });
+    Q_EMIT modeChanged(static_cast<GLint>(mode));
+}
+
+void TirnWidget::setProjection(const OrthoBounds& bounds)
+{
+    changeView([&bounds](ViewState& view) { view.ortho = bounds; });
+}
+
+void TirnWidget::resetView()
+{
+    bool hasArray = false;
+    changeView([&](ViewState& view) {
+        view.rotX = view.rotY = view.rotZ = 0;
+        view.transX = view.transY = view.transZ = 0;
+        if (VoxelArray* array = m_scene.current()) {
+            array->scale = {};
+            hasArray = true;
+        }
+    });
+    if (hasArray)
+        Q_EMIT scaleChanged(1, 1, 1);
+    Q_EMIT rotationChanged(0, 0, 0);
+    Q_EMIT translationChanged(0, 0, 0);
+}
+
+void TirnWidget::syncView()
+{
+    Q_EMIT windowDimensionsChanged(width(), height());
+    emitScale();
+    const ViewState now = view();
+    Q_EMIT rotationChanged(now.rotX, now.rotY, now.rotZ);
+}
+
+void TirnWidget::emitScale()
+{
+    AxisScale scale;
+    {
+        const std::scoped_lock lock(m_scene.mutex);
+        const VoxelArray* array = m_scene.current();
+        if (array == nullptr)
+            return;
+        scale = array->scale;
+    }
+    Q_EMIT scaleChanged(scale.x, scale.y, scale.z);
+}
+
+void TirnWidget::rotate(double delta, int axis)
+{
+    if (axis < 0 || axis > 2) {
+        logWarning("non-existant axis");
+        return;
+    }
+    ViewState now;
+    {
+        const std::scoped_lock lock(m_scene.mutex);
+        double* const angles[] = {&m_view.rotX, &m_view.rotY, &m_view.rotZ};
+        *angles[axis] = wrapDegrees(*angles[axis] + delta);
+        now = m_view;
+    }
+    Q_EMIT rotationChanged(now.rotX, now.rotY, now.rotZ);
+}
+
+bool TirnWidget::setAxisScale(int axis, double value)
+{
+    const std::scoped_lock lock(m_scene.mutex);
+    VoxelArray* array = m_scene.current();
+    if (array == nullptr)
+        return false;
+    array->scale[axis] = value;
+    if (!array->preserveScaleRatio)
+        return false;
+    for (int k = 0; k < 3; ++k)
+        array->scale[k] = value * array->baseScale[k] / array->baseScale[axis];
+    return true;
+}
+
+void TirnWidget::scale(double delta, int axis)
+{
+    if (axis < 0 || axis > 2) {
+        logWarning("Error: non-existant axis");
+        return;
+    }
+    double value = 0;
+    {
+        const std::scoped_lock lock(m_scene.mutex);
+        const VoxelArray* array = m_scene.current();
+        if (array == nullptr)
+            return;
+        value = array->scale[axis] + delta;
+    }
+    setAxisScale(axis, value);
+    emitScale();
+}
+
+void TirnWidget::translate(double delta, int axis)
+{
+    if (axis < 0 || axis > 2) {
+        logWarning("Error: non-existant axis");
+        return;
+    }
+    ViewState now;
+    {
+        const std::scoped_lock lock(m_scene.mutex);
+        double* const offsets[] = {&m_view.transX, &m_view.transY, &m_view.transZ};
+        *offsets[axis] += delta;
+        now = m_view;
+    }
+    Q_EMIT translationChanged(now.transX, now.transY, now.transZ);
+}
+
+void TirnWidget::scaleAxis(int axis, double value)
+{
+    if (setAxisScale(axis, value))
+        emitScale();
+    requestFrame();
+}
+
+void TirnWidget::changeXScale(double x) { scaleAxis(0, x); }
+void TirnWidget::changeYScale(double y) { scaleAxis(1, y); }
+void TirnWidget::changeZScale(double z) { scaleAxis(2, z); }
+
+void TirnWidget::changeVoxelScale(double x, double y, double z)
+{
+    changeView([&](ViewState&) {
+        if (VoxelArray* array = m_scene.current())
+            array->scale = {x, y, z};
+    });
+}
+
+void TirnWidget::changeVoxelTranslation(double x, double y, double z)
+{
+    changeView([&](ViewState& view) {
+        view.transX = x;
+        view.transY = y;
+        view.transZ = z;
+    });
+}
+
+void TirnWidget::changeVoxelRotation(double x, double y, double z)
+{
+    changeView([&](ViewState& view) {
+        view.rotX = wrapDegrees(x);
+        view.rotY = wrapDegrees(y);
+        view.rotZ = wrapDegrees(z);
+    });
+}
+
+void TirnWidget::showBoundingBox(bool on)
+{
+    changeView([on](ViewState& view) { view.showBoundingBox = on; });
+}
+
+void TirnWidget::showScaleBar(bool on)
+{
+    changeView([on](ViewState& view) { view.showScaleBar = on; });
+}
+
+void TirnWidget::loadFrame(const KeyFrame& frame)
+{
+    changeView([&](ViewState& view) {
+        view.rotX = frame.xrot;
+        view.rotY = frame.yrot;
+        view.rotZ = frame.zrot;
+        view.transX = frame.xtrans;
+        view.transY = frame.ytrans;
+        view.transZ = frame.ztrans;
+        VoxelArray* array = m_scene.current();
+        if (array == nullptr)
+            return;
+        array->scale = {frame.xscale, frame.yscale, frame.zscale};
+        const std::pair<int*, double> sides[] = {
+            {&array->cut.xMin, frame.xmin}, {&array->cut.xMax, frame.xmax}, {&array->cut.yMin, frame.ymin},
+            {&array->cut.yMax, frame.ymax}, {&array->cut.zMin, frame.zmin}, {&array->cut.zMax, frame.zmax}};
+        for (const auto& [side, value] : sides) {
+            if (value >= 0)
+                *side = static_cast<int>(value);
+        }
+        array->setTimePoint(frame.timepoint);
+        const std::size_t channels = std::min(frame.channels.size(), array->channels().size());
+        for (std::size_t c = 0; c < channels; ++c) {
+            const KeyFrameChannel& saved = frame.channels[c];
+            array->channels()[c].display = {static_cast<ChannelState>(saved.state), saved.alternatePalette,
+                                            saved.palette};
+        }
+    });
+    const std::size_t palettes = std::min(frame.palettes.size(), m_scene.palettes.size());
+    for (std::size_t p = 0; p < palettes; ++p) {
+        try {
+            m_scene.palettes[p]->setValues(frame.palettes[p]);
+        } catch (int error) {
+            logWarning("GL error: %d", error);
+        }
+    }
+    m_renderThread->forceRebuild = true;
+    requestFrame();
+}
+
+QSize sizeWithRatio(QSize wanted, QSize old, double ratioWidth, double ratioHeight)
+{
+    if (wanted.width() != old.width())
+        wanted.setHeight(static_cast<int>(std::floor(wanted.width() * ratioHeight / ratioWidth + 0.5)));
+    else if (wanted.height() != old.height())
+        wanted.setWidth(static_cast<int>(std::floor(wanted.height() * ratioWidth / ratioHeight + 0.5)));
+    return wanted;
+}
+
+void TirnWidget::changeWindowDimensions(int width, int height)
+{
+    QSize size(width, height);
+    if (m_preserveWindowRatio && m_windowRatioWidth > 0 && m_windowRatioHeight > 0)
+        size = sizeWithRatio(size, this->size(), static_cast<double>(m_windowRatioWidth),
+                             static_cast<double>(m_windowRatioHeight));
+    logWarning("old %d %d final %d %d\n", this->width(), this->height(), size.width(), size.height());
+    setMinimumSize(size);
+    resize(size);
+    window()->adjustSize();
+    setMinimumSize(128, 128);
+}
+
+void TirnWidget::toggleWindowAspectRatio(bool on)
+{
+    m_preserveWindowRatio = on;
+    if (on) {
+        m_windowRatioWidth = static_cast<float>(width());
+        m_windowRatioHeight = static_cast<float>(height());
+    }
+}
+
+bool TirnWidget::event(QEvent* event)
+{
+    const bool handled = QWidget::event(event);
+    if (event->type() == QEvent::WinIdChange || event->type() == QEvent::ScreenChangeInternal)
+        m_surface.updateSize();
+    return handled;
+}
+
+void TirnWidget::showEvent(QShowEvent* event)
+{
+    m_surface.updateSize();
+    QWidget::showEvent(event);
+}
+
+void TirnWidget::paintEvent(QPaintEvent* /*event*/) { requestFrame(); }
+
+void TirnWidget::resizeEvent(QResizeEvent* /*event*/)
+{
+    m_surface.updateSize();
+    Q_EMIT windowDimensionsChanged(width(), height());
+    requestFrame();
+}
+
+void TirnWidget::closeEvent(QCloseEvent* event)
+{
+    stopAndWait();
+    QWidget::closeEvent(event);
+}
+
+} // namespace tirn

@@ -1,0 +1,158 @@
+#pragma once
+
+#include <memory>
+
+#include <QMenu>
+#include <QWidget>
+
+#include "gl/glinfo.h"
+#include "render/glthread.h"
+#include "render/windowsurface.h"
+
+namespace tirn {
+
+/// What a widget draws with. All of it outlives the widget.
+struct WidgetServices
+{
+    const GlCapabilities& card;
+    Scene& scene;
+    const RenderSettings& settings;
+    Shaders& shaders;
+    RenderLock& renderLock;
+    RenderEvents& events;
+    /// The context whose names the widget shares.
+    HiddenContext& hidden;
+};
+
+/// The entries of the context menu, in order; a null entry is left out.
+struct ContextMenuActions
+{
+    QAction* openStack = nullptr;
+    QAction* manageStacks = nullptr;
+    QAction* palettes = nullptr;
+    QMenu* volumes = nullptr;
+    QAction* closeAll = nullptr;
+    QAction* view = nullptr;
+    QAction* cutPlanes = nullptr;
+    QAction* renderOptions = nullptr;
+    QAction* takeSnapshot = nullptr;
+    QAction* makeMovie = nullptr;
+    QAction* help = nullptr;
+    QAction* capabilities = nullptr;
+    QAction* about = nullptr;
+    QAction* exit = nullptr;
+};
+
+/// The render thread's kind for a card: the first of float buffers, paletted textures and fragment programs
+/// that it has.
+RenderThreadKind chooseThreadKind(const GlCapabilities& card);
+
+/// The GL window. It never paints by itself: whatever changes the picture changes the view state and asks its
+/// render thread for a frame.
+class TirnWidget : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// `stereo` asks for a window with a picture for each eye.
+    TirnWidget(const QString& name, const WidgetServices& services, bool stereo, QWidget* parent);
+    ~TirnWidget() override;
+
+    RenderThreadKind threadKind() const { return m_threadKind; }
+    GLThread& renderThread() { return *m_renderThread; }
+    WindowSurface& surface() { return m_surface; }
+    /// A copy of the view; `changeView` changes it under the scene's lock and asks for a frame.
+    ViewState view() const;
+    void changeView(const std::function<void(ViewState&)>& change);
+    void setContextMenuActions(const ContextMenuActions& actions);
+    QMenu& contextMenu() { return m_contextMenu; }
+
+    void requestFrame();
+    void stopRendering();
+    /// Stops the spin and the render thread, and waits for it.
+    void stopAndWait();
+    /// Another volume, or none, became the current one: program and lists are made anew.
+    void currentArrayChanged();
+    bool requestShaderRebuild();
+    void setBlendMode(GLenum mode);
+    void setProjection(const OrthoBounds& bounds);
+    void resetView();
+    /// Emits the current values again.
+    void syncView();
+
+    void rotate(double delta, int axis);
+    void scale(double delta, int axis);
+    void translate(double delta, int axis);
+
+    QPaintEngine* paintEngine() const override { return nullptr; }
+
+public Q_SLOTS:
+    void loadFrame(const tirn::KeyFrame& frame);
+    void changeWindowDimensions(int width, int height);
+    void toggleWindowAspectRatio(bool on);
+    void changeVoxelScale(double x, double y, double z);
+    void changeXScale(double x);
+    void changeYScale(double y);
+    void changeZScale(double z);
+    void changeVoxelTranslation(double x, double y, double z);
+    void changeVoxelRotation(double x, double y, double z);
+    void showBoundingBox(bool on);
+    void showScaleBar(bool on);
+
+Q_SIGNALS:
+    void keyFrameRecorded(int count);
+    void windowDimensionsChanged(int width, int height);
+    void modeChanged(GLint mode);
+    void scaleChanged(double x, double y, double z);
+    void rotationChanged(double x, double y, double z);
+    void translationChanged(double x, double y, double z);
+    void timePointChanged();
+    /// What keys ask of the rest of the program.
+    void arrayRequested(int index);
+    void helpRequested(const QString& page);
+    void quitRequested();
+    void shaderEditorRequested();
+    void advancedMovieRequested();
+
+protected:
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    bool acceptsInput() const;
+    bool isBatchMode() const;
+    bool handleKey(int key, bool shift);
+    void handleCharacter(QChar character);
+    void stepArray(int direction);
+    void stepTimePoint(int direction);
+    void scaleAxis(int axis, double value);
+    bool setAxisScale(int axis, double value);
+    void emitScale();
+
+    Scene& m_scene;
+    HiddenContext& m_hidden;
+    ViewState m_view;
+    WindowSurface m_surface;
+    RenderThreadKind m_threadKind;
+    std::unique_ptr<GLThread> m_renderThread;
+    QMenu m_contextMenu;
+    QAction* m_closeAllItem = nullptr;
+    QPoint m_lastMouse;
+    bool m_preserveWindowRatio = false;
+    float m_windowRatioWidth = 0;
+    float m_windowRatioHeight = 0;
+};
+
+/// The size that a window takes when `wanted` is asked for and the ratio of `ratio` is kept; `old` tells
+/// which side was changed.
+QSize sizeWithRatio(QSize wanted, QSize old, double ratioWidth, double ratioHeight);
+
+} // namespace tirn

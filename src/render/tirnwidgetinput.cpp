@@ -1,0 +1,341 @@
+// Mouse and keyboard of the volume widget.
+
+#include <algorithm>
+#include <cmath>
+
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QWheelEvent>
+
+#include "base/log.h"
+#include "render/tirnwidget.h"
+
+namespace tirn {
+
+namespace {
+
+constexpr double kWheelFactor = 1.05;
+constexpr double kKeyScaleStep = 0.01;
+/// Slower than this many pixels a frame, a released volume stays where it is.
+constexpr double kThrowThreshold = 2;
+
+enum class CharacterAction {
+    None,
+    AdvancedMovie,
+    ShowFrameRate,
+    HideFrameRate,
+    MaximumIntensity,
+    AlphaBlend,
+    ShowOrientation,
+    HideOrientation,
+    Rebuild,
+    GrowX,
+    ShrinkX,
+    GrowY,
+    ShrinkY,
+    GrowZ,
+    ShrinkZ,
+};
+
+struct CharacterRow
+{
+    char character;
+    const char* log;
+    CharacterAction action;
+};
+
+/// Many keys only log: they are kept for the future.
+constexpr CharacterRow kCharacters[] = {
+    {'!', "some weird test", CharacterAction::None},
+    {'A', "set mode alpha palette", CharacterAction::None},
+    {'a', "clear mode alpha palette", CharacterAction::None},
+    {'B', "edit blue palette", CharacterAction::None},
+    {'b', "clear blue palette", CharacterAction::None},
+    {'C', "start screen capture", CharacterAction::None},
+    {'c', "stop screen capture", CharacterAction::AdvancedMovie},
+    {'D', "dump movie to disk", CharacterAction::None},
+    {'d', "stop movie", CharacterAction::None},
+    {'E', "palette histo 1?", CharacterAction::None},
+    {'e', "palette histo 0?", CharacterAction::None},
+    {'F', "show frame rate", CharacterAction::ShowFrameRate},
+    {'f', "hide frame rate", CharacterAction::HideFrameRate},
+    {'G', "edit green palette", CharacterAction::None},
+    {'g', "clear green palette", CharacterAction::None},
+    {'H', "palette histo 2?", CharacterAction::None},
+    {'h', "palette histo 2?", CharacterAction::None},
+    {'I', "insert movie frame", CharacterAction::None},
+    {'i', "movie mode something", CharacterAction::None},
+    {'L', "load logo", CharacterAction::None},
+    {'l', "unload logo ???", CharacterAction::None},
+    {'M', "max intensity", CharacterAction::MaximumIntensity},
+    {'m', "alpha blend", CharacterAction::AlphaBlend},
+    {'O', "edit alpha palette", CharacterAction::ShowOrientation},
+    {'o', "clear alpha palette", CharacterAction::HideOrientation},
+    {'P', "play movie", CharacterAction::None},
+    {'p', "stop movie", CharacterAction::None},
+    {'R', "force renderlist rebuild", CharacterAction::Rebuild},
+    {'r', "clear red palette", CharacterAction::None},
+    {'S', "stereo mode", CharacterAction::None},
+    {'s', "disable stereo mode", CharacterAction::None},
+    {'T', "toggle channel", CharacterAction::None},
+    {'t', "stop toggling channel", CharacterAction::None},
+    {'W', "no clue ???", CharacterAction::None},
+    {'w', "no clue ???", CharacterAction::None},
+    {'X', "increase x scale", CharacterAction::GrowX},
+    {'x', "decrease x scale", CharacterAction::ShrinkX},
+    {'Y', "increase y scale", CharacterAction::GrowY},
+    {'y', "decrease y scale", CharacterAction::ShrinkY},
+    {'Z', "increase z scale", CharacterAction::GrowZ},
+    {'z', "decrease z scale", CharacterAction::ShrinkZ},
+};
+
+/// Arrow keys: a degree a press; with Shift about z.
+struct ArrowRow
+{
+    int key;
+    double delta;
+    int axis;
+};
+constexpr ArrowRow kArrows[] = {
+    {Qt::Key_Left, -1, 1}, {Qt::Key_Right, 1, 1}, {Qt::Key_Up, -1, 0}, {Qt::Key_Down, 1, 0}};
+
+} // namespace
+
+bool TirnWidget::isBatchMode() const
+{
+    const std::scoped_lock lock(m_scene.mutex);
+    return m_scene.batchMode;
+}
+
+bool TirnWidget::acceptsInput() const
+{
+    const std::scoped_lock lock(m_scene.mutex);
+    return !m_scene.batchMode && m_scene.current() != nullptr;
+}
+
+void TirnWidget::mousePressEvent(QMouseEvent* event)
+{
+    raise();
+    const bool batchMode = isBatchMode();
+    {
+        const std::scoped_lock lock(m_scene.mutex);
+        m_view.spinX = m_view.spinY = m_view.spinZ = 0;
+    }
+    if (event->button() == Qt::RightButton) {
+        if (m_closeAllItem != nullptr)
+            m_closeAllItem->setEnabled(!batchMode);
+        m_contextMenu.popup(mapToGlobal(event->pos()));
+        return;
+    }
+    if (batchMode || (event->button() != Qt::LeftButton && event->button() != Qt::MiddleButton))
+        return;
+    m_lastMouse = event->pos();
+    const std::scoped_lock lock(m_scene.mutex);
+    m_view.dragging = true;
+}
+
+void TirnWidget::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (isBatchMode())
+        return;
+    m_lastMouse = event->pos();
+    bool thrown = false;
+    {
+        const std::scoped_lock lock(m_scene.mutex);
+        m_view.dragging = false;
+        thrown = std::hypot(m_view.spinX, m_view.spinY, m_view.spinZ) > kThrowThreshold;
+        if (!thrown)
+            m_view.spinX = m_view.spinY = m_view.spinZ = 0;
+    }
+    if (thrown)
+        requestFrame();
+}
+
+void TirnWidget::mouseMoveEvent(QMouseEvent* event)
+{
+    const bool left = (event->buttons() & Qt::LeftButton) != 0;
+    const bool middle = (event->buttons() & Qt::MiddleButton) != 0;
+    if (!acceptsInput() || (!left && !middle))
+        return;
+    const QPoint moved = event->pos() - m_lastMouse;
+    const double dx = static_cast<double>(moved.x()) / std::max(1, width());
+    const double dy = static_cast<double>(moved.y()) / std::max(1, height());
+    const bool shift = (event->modifiers() & Qt::ShiftModifier) != 0;
+    const bool control = (event->modifiers() & Qt::ControlModifier) != 0;
+    if (left && shift) {
+        translate(-dy, 1);
+        translate(dx, 0);
+    } else if (left && control) {
+        scale(-dy, 1);
+        scale(dx, 0);
+    } else if (left) {
+        rotate(dy * 180, 0);
+        rotate(dx * 180, 1);
+        const std::scoped_lock lock(m_scene.mutex);
+        m_view.spinX = -moved.x();
+        m_view.spinY = -moved.y();
+    } else if (shift) {
+        translate(dx + dy, 2);
+    } else if (control) {
+        scale(dx + dy, 2);
+    } else {
+        rotate((dx + dy) * 180, 2);
+        const std::scoped_lock lock(m_scene.mutex);
+        m_view.spinZ = -moved.x() - moved.y();
+    }
+    m_lastMouse = event->pos();
+    requestFrame();
+}
+
+void TirnWidget::wheelEvent(QWheelEvent* event)
+{
+    if (!acceptsInput())
+        return;
+    const double factor = std::pow(kWheelFactor, event->angleDelta().y() / 120.0);
+    changeView([&](ViewState&) {
+        VoxelArray* array = m_scene.current();
+        array->scale = {array->scale.x * factor, array->scale.y * factor, array->scale.z * factor};
+    });
+    emitScale();
+    event->accept();
+}
+
+void TirnWidget::keyPressEvent(QKeyEvent* event)
+{
+    const Qt::KeyboardModifiers modifiers = event->modifiers();
+    if (event->key() == Qt::Key_S && (modifiers & Qt::AltModifier) != 0 &&
+        (modifiers & Qt::ShiftModifier) != 0) {
+        Q_EMIT shaderEditorRequested();
+        return;
+    }
+    if (handleKey(event->key(), (modifiers & Qt::ShiftModifier) != 0))
+        return;
+    if (event->text().size() == 1)
+        handleCharacter(event->text().front());
+    else
+        QWidget::keyPressEvent(event);
+}
+
+bool TirnWidget::handleKey(int key, bool shift)
+{
+    for (const ArrowRow& row : kArrows) {
+        if (row.key == key) {
+            rotate(row.delta, shift ? 2 : row.axis);
+            requestFrame();
+            return true;
+        }
+    }
+    switch (key) {
+    case Qt::Key_F1:
+        Q_EMIT helpRequested("help.html");
+        return true;
+    case Qt::Key_Escape:
+        Q_EMIT quitRequested();
+        return true;
+    case Qt::Key_BracketLeft:
+        logDebug("previous stack");
+        stepArray(-1);
+        return true;
+    case Qt::Key_BracketRight:
+        logDebug("next stack");
+        stepArray(1);
+        return true;
+    case Qt::Key_Plus:
+        stepTimePoint(1);
+        return true;
+    case Qt::Key_Minus:
+        stepTimePoint(-1);
+        return true;
+    default:
+        return false;
+    }
+}
+
+void TirnWidget::stepArray(int direction)
+{
+    const int count = static_cast<int>(m_scene.arrays.size());
+    if (count > 1)
+        Q_EMIT arrayRequested((m_scene.currentIndex + direction + count) % count);
+}
+
+void TirnWidget::stepTimePoint(int direction)
+{
+    bool changed = false;
+    {
+        const std::scoped_lock lock(m_scene.mutex);
+        VoxelArray* array = m_scene.current();
+        if (array == nullptr)
+            return;
+        const int before = array->timePoint();
+        array->setTimePoint(before + direction);
+        changed = array->timePoint() != before;
+        logDebug("moving array %d to time_point %d", m_scene.currentIndex, array->timePoint());
+    }
+    if (!changed)
+        return;
+    Q_EMIT timePointChanged();
+    requestFrame();
+}
+
+void TirnWidget::handleCharacter(QChar character)
+{
+    const auto row =
+        std::find_if(std::begin(kCharacters), std::end(kCharacters), [character](const CharacterRow& each) {
+            return QLatin1Char(each.character) == character;
+        });
+    if (row == std::end(kCharacters))
+        return;
+    if (row->action == CharacterAction::AdvancedMovie)
+        Q_EMIT advancedMovieRequested();
+    logDebug("%s", row->log);
+    const auto scaleStep = [this](double delta, int axis) {
+        scale(delta, axis);
+        requestFrame();
+    };
+    switch (row->action) {
+    case CharacterAction::None:
+    case CharacterAction::AdvancedMovie:
+        break;
+    case CharacterAction::ShowFrameRate:
+    case CharacterAction::HideFrameRate:
+        changeView([show = row->action == CharacterAction::ShowFrameRate](ViewState& view) {
+            view.showFrameRate = show;
+        });
+        break;
+    case CharacterAction::MaximumIntensity:
+        setBlendMode(GL_MAX);
+        break;
+    case CharacterAction::AlphaBlend:
+        setBlendMode(GL_FUNC_ADD);
+        break;
+    case CharacterAction::ShowOrientation:
+    case CharacterAction::HideOrientation:
+        m_renderThread->drawOrientation = row->action == CharacterAction::ShowOrientation;
+        requestFrame();
+        break;
+    case CharacterAction::Rebuild:
+        m_renderThread->forceRebuild = true;
+        requestFrame();
+        break;
+    case CharacterAction::GrowX:
+        scaleStep(kKeyScaleStep, 0);
+        break;
+    case CharacterAction::ShrinkX:
+        scaleStep(-kKeyScaleStep, 0);
+        break;
+    case CharacterAction::GrowY:
+        scaleStep(kKeyScaleStep, 1);
+        break;
+    case CharacterAction::ShrinkY:
+        scaleStep(-kKeyScaleStep, 1);
+        break;
+    case CharacterAction::GrowZ:
+        scaleStep(kKeyScaleStep, 2);
+        break;
+    case CharacterAction::ShrinkZ:
+        scaleStep(-kKeyScaleStep, 2);
+        break;
+    }
+}
+
+} // namespace tirn

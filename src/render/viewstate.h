@@ -1,0 +1,83 @@
+#pragma once
+
+#include <array>
+
+#include <QColor>
+#include <qopengl.h>
+
+#include "render/camera.h"
+#include "volume/voxelarray.h"
+
+namespace tirn {
+
+/// How the window shows the volume. The numbers are the positions in the renderer form's list.
+enum class RenderMode { Normal = 0, Anaglyph = 1, FullscreenStereo = 2, Stereo = 3, FourViews = 4 };
+
+/// Corners of the window for the scale bar.
+enum class ScaleBarLocation { TopLeft = 1, TopRight = 2, BottomLeft = 3, BottomRight = 4 };
+
+/// Bounds of the orthographic projection, in drawing units.
+struct OrthoBounds
+{
+    double left = -1;
+    double right = 1;
+    double bottom = -1;
+    double top = 1;
+    double zNear = -2;
+    double zFar = 2;
+
+    bool operator==(const OrthoBounds&) const = default;
+};
+
+/// Everything that decides a picture besides the volume itself.
+struct ViewState
+{
+    GLenum blendMode = GL_FUNC_ADD;
+    /// Position in kFilterColors.
+    int filterColors = 2;
+    RenderMode renderMode = RenderMode::Normal;
+    Camera camera;
+    bool showBoundingBox = false;
+    bool showScaleBar = false;
+    ScaleBarLocation scaleBarLocation = ScaleBarLocation::BottomLeft;
+    /// Length of the bar, in projection units.
+    double scaleBarSize = 0.3;
+    QColor boxColor = Qt::blue;
+    QColor backgroundColor = Qt::black;
+    QColor scaleBarColor = Qt::red;
+    QColor cutBoxColor = Qt::white;
+    /// Angles about the axes in degrees, from 0 up to 360.
+    double rotX = 0;
+    double rotY = 0;
+    double rotZ = 0;
+    double transX = 0;
+    double transY = 0;
+    double transZ = 0;
+    /// Spin rates in pixels a frame, as the mouse moved: x about the y axis, y about the x axis.
+    int spinX = 0;
+    int spinY = 0;
+    int spinZ = 0;
+    OrthoBounds ortho;
+    /// An additional rotation about y, in degrees, inside the scale.
+    double yRotation = 0;
+    bool dragging = false;
+    bool showFrameRate = false;
+
+    bool isSpinning() const { return spinX != 0 || spinY != 0 || spinZ != 0; }
+};
+
+using Matrix4f = std::array<float, 16>;
+
+/// Rotation about x, then y, then z, column by column.
+Matrix4f rotationMatrix(double xDegrees, double yDegrees, double zDegrees);
+
+/// Brings an angle into the range from 0 up to 360.
+double wrapDegrees(double angle);
+
+/// One step of the spin: the angles move by rate * -180 / width each.
+void spin(ViewState& view, int width);
+
+/// Near and far that hold the whole scaled volume, and never less than the stored bounds.
+OrthoBounds widenedBounds(const ViewState& view, const AxisScale& scale);
+
+} // namespace tirn

@@ -1,0 +1,168 @@
+#include "threads/filethread.h"
+
+#include <algorithm>
+
+#include "base/log.h"
+#include "gl/gltable.h"
+#include "image/imagefile.h"
+
+namespace tirn {
+
+namespace {
+
+constexpr int kReadShare = 100;
+constexpr int kTotal = 200;
+
+/// Ends a load with a text for the user.
+class LoadFailure : public std::exception
+{
+public:
+    explicit LoadFailure(QString text) : m_text(std::move(text)) {}
+    const QString& text() const { return m_text; }
+
+private:
+    QString m_text;
+};
+
+std::shared_ptr<ImageFile> readImage(const QString& name)
+{
+    auto image = std::make_shared<ImageFile>(QStringList{name});
+    if (!image->hasReader() || image->attributes().type == ImageType::Unknown)
+        throw LoadFailure(image->errorList().join("\n") + "\n" + image->fileName() +
+                          " is not a supported file type.  Aborting!");
+    if (!image->read()) {
+        throw LoadFailure("I cannot undestand the data in " + image->fileName() + " for some reason.\n" +
+                          image->errorList().join("\n"));
+    }
+    return image;
+}
+
+/// One file a channel, or one file with all channels.
+void readImages(VoxelArray& array, const LoadRequest& request, const std::atomic<bool>& cancelled)
+{
+    array.appendImage(readImage(request.names.front()));
+    const ImageAttributes& first = array.images().front()->attributes();
+    if (first.channels != 1)
+        return;
+    for (int i = 1; i < request.names.size() && !cancelled; ++i) {
+        auto image = readImage(request.names[i]);
+        if (!(image->attributes() == first))
+            throw LoadFailure(image->fileName() + " differs from " + array.images().front()->fileName() +
+                              " in size, depth or type.");
+        array.appendImage(std::move(image));
+    }
+}
+
+void assignPalettes(VoxelArray& array, const LoadRequest& request)
+{
+    const int count = std::max(1, request.paletteCount);
+    for (int c = 0; c < array.channelCount(); ++c)
+        array.channels()[static_cast<std::size_t>(c)].display.palette = (request.firstPalette + c) % count;
+    array.palettesOfChannel = request.paletteIds;
+}
+
+std::unique_ptr<VoxelArray> makeVolume(const LoadRequest& request, const LoadReport& report,
+                                       const std::atomic<bool>& cancelled)
+{
+    auto array = std::make_unique<VoxelArray>(request.options);
+    const QString& name = request.names.front();
+    report.progress("Loading " + name, 0, kTotal, false);
+    readImages(*array, request, cancelled);
+    if (cancelled)
+        return nullptr;
+    report.progress("Encoding " + name, kReadShare, kTotal, false);
+    const ImageFile& first = *array->images().front();
+    array->stack() = first.attributes();
+    const auto files = static_cast<int>(array->images().size());
+    array->setChannelCount(first.attributes().channels > 1 ? first.attributes().channels : files);
+    array->setTimePoints(1);
+    array->sliceFirst = first.firstLayer();
+    array->sliceLast = first.lastLayer();
+    array->sliceStep = first.layerStep();
+    for (int i = 0; i < files; ++i) {
+        // Every file has its part of the second hundred.
+        const Progress progress = {[&report, i, files](const QString& message, int percent, int total) {
+                                       report.progress(message, (i * 100 + percent) / files, total, false);
+                                   },
+                                   &cancelled};
+        if (cancelled)
+            return nullptr;
+        if (!array->encode(GL_TEXTURE_2D, -1, progress))
+            throw LoadFailure("I cannot undestand the data in " + first.fileName() + " for some reason.");
+    }
+    assignPalettes(*array, request);
+    array->resetCurves();
+    array->scale =
+        scaleOfVoxels(array->stack().dimX, array->stack().dimY, array->stack().dimZ, array->sliceStep);
+    array->baseScale = array->scale;
+    // The volume is complete before another context draws it.
+    gl().Finish();
+    report.progress("", 0, 0, true);
+    return array;
+}
+
+} // namespace
+
+AxisScale scaleOfVoxels(double dimX, double dimY, double dimZ, int step)
+{
+    // Written so that a voxel size that is no number counts as unknown.
+    if (!(dimX > 0) || !(dimY > 0) || !(dimZ > 0))
+        return {};
+    const double largest = std::max({dimX, dimY, dimZ});
+    logDebug("dimZ %f DIM %f step %d", dimZ, largest, step);
+    return {dimX / largest, dimY / largest, dimZ / largest * std::max(1, step)};
+}
+
+void loadStack(const LoadRequest& request, const LoadReport& report, const std::atomic<bool>& cancelled)
+{
+    try {
+        std::unique_ptr<VoxelArray> array = makeVolume(request, report, cancelled);
+        if (array == nullptr) {
+            report.progress("", 1, 1, true);
+            return;
+        }
+        std::vector<QStringList> files;
+        for (const auto& image : array->images())
+            files.push_back(image->filePaths());
+        report.loaded(std::move(array), files);
+    } catch (const LoadFailure& failure) {
+        report.progress(failure.text(), 0, 0, true);
+    } catch (const std::bad_alloc&) {
+        report.progress("Could not allocate memory to load dataset", 0, 0, true);
+    }
+}
+
+FileThread::FileThread(QOpenGLContext& share, LoadReport report)
+    : m_context(&share), m_report(std::move(report))
+{}
+
+FileThread::~FileThread() { stopAndWait(); }
+
+bool FileThread::load(LoadRequest request)
+{
+    if (isRunning() || request.names.isEmpty())
+        return false;
+    m_request = std::move(request);
+    m_cancelled = false;
+    m_context.context().moveToThread(this);
+    start();
+    return true;
+}
+
+void FileThread::stopAndWait()
+{
+    stopLoading();
+    wait();
+}
+
+void FileThread::run()
+{
+    if (m_context.makeCurrent())
+        loadStack(m_request, m_report, m_cancelled);
+    else
+        m_report.progress("Could not allocate a GL context", 0, 0, true);
+    m_context.doneCurrent();
+    m_context.context().moveToThread(thread());
+}
+
+} // namespace tirn

@@ -1,0 +1,310 @@
+#include "volume/voxelarray.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <QDir>
+#include <QFileInfo>
+
+#include "base/checkedsize.h"
+#include "base/log.h"
+#include "base/stopwatch.h"
+#include "session/relativepath.h"
+
+namespace tirn {
+
+namespace {
+
+const char* const kNoTime = "00:00:00";
+
+} // namespace
+
+VoxelArray::VoxelArray(const VolumeOptions& options) : m_options(options) {}
+
+VoxelArray::VoxelArray(int x, int y, int z, const VolumeOptions& options) : VoxelArray(options)
+{
+    m_stack.x = x;
+    m_stack.y = y;
+    m_stack.z = z;
+    setChannelCount(1);
+    resetCut();
+}
+
+VoxelArray::~VoxelArray()
+{
+    logDebug("Deleting VoxelArray");
+    Stopwatch timer;
+    m_textures.clear();
+    // Seconds, whatever the label says.
+    logDebug("deleted textures in %fms", timer.restart());
+    if (!m_quads.empty()) {
+        m_quads.clear();
+        logDebug("deleted quads in %fms", timer.restart());
+    }
+    m_boxLists.clear();
+    m_bricks.clear();
+    const auto images = static_cast<int>(m_images.size());
+    m_images.clear();
+    logDebug("deleted %d ImageFiles in %fms", images, timer.seconds());
+    m_channels.clear();
+    m_timeStamps.clear();
+    logDebug("deleting ImageFile objects %s", qPrintable(plainNumber(timer.restart())));
+    logDebug("Deleted textures and quads");
+}
+
+void VoxelArray::setChannelCount(int count)
+{
+    const auto wanted = static_cast<std::size_t>(std::max(0, count));
+    while (m_channels.size() > wanted)
+        m_channels.pop_back();
+    while (m_channels.size() < wanted)
+        m_channels.emplace_back(m_options.curveTextures);
+}
+
+void VoxelArray::resetCurves()
+{
+    for (Channel& channel : m_channels)
+        channel.zCurve.setDepth(depth());
+}
+
+int VoxelArray::significantBits() const
+{
+    if (m_stack.maxValue == -1)
+        return m_stack.bitDepth;
+    if (m_stack.maxValue < 1)
+        return 0;
+    return static_cast<int>(std::floor(std::log(m_stack.maxValue) / std::log(2.0) + 0.5));
+}
+
+std::int64_t VoxelArray::texturesPerChannel() const
+{
+    return m_textureTarget == GL_TEXTURE_3D ? m_geometry.blocks() : m_geometry.slicesOfAllAxes();
+}
+
+std::int64_t VoxelArray::channelOffset(int channel) const
+{
+    return static_cast<std::int64_t>(channel) * m_geometry.slicesOfAllAxes();
+}
+
+std::int64_t VoxelArray::timeOffset(int time) const { return channelOffset(channelCount()) * time; }
+
+std::int64_t VoxelArray::memoryUsed() const
+{
+    const std::int64_t x = width();
+    const std::int64_t y = height();
+    const std::int64_t z = depth();
+    const std::int64_t powX = next2(width());
+    const std::int64_t powY = next2(height());
+    const std::int64_t powZ = next2(depth());
+    const std::int64_t samples =
+        static_cast<std::int64_t>(channelCount()) * m_stack.bytesPerSample() * m_timePoints;
+    const std::int64_t voxels = m_options.conserveMemory ? 0 : x * y * z * samples;
+    const std::int64_t textures = m_textureTarget == GL_TEXTURE_2D
+                                      ? (powX * powZ * y + powY * powZ * x + powX * powY * z) * samples
+                                      : powX * powY * powZ * samples;
+    return voxels + textures + m_timePoints * 152LL + m_timePoints * channelCount() * 88LL;
+}
+
+QString VoxelArray::name() const
+{
+    if (m_images.empty())
+        return "none";
+    if (m_images.size() == 1)
+        return m_images.front()->fileName();
+    return m_images.front()->fileName() + " ... " + m_images.back()->fileName();
+}
+
+void VoxelArray::setTimePoint(int t)
+{
+    if (m_timePoints < 1)
+        m_timePoint = 0;
+    else
+        m_timePoint = t < 0 ? m_timePoints - 1 : t % m_timePoints;
+}
+
+void VoxelArray::setTimePoints(int count)
+{
+    m_timePoints = std::max(0, count);
+    m_timeLabels.clear();
+    for (int i = 0; i < m_timePoints; ++i)
+        m_timeLabels.append(kNoTime);
+    m_timePoint = std::min(m_timePoint, std::max(0, m_timePoints - 1));
+}
+
+bool VoxelArray::isComplete() const
+{
+    const int slices = width() + height() + (m_textureTarget == GL_TEXTURE_3D ? finalDepth() : depth());
+    return !m_quads.empty() && m_quads.size() >= static_cast<std::size_t>(slices);
+}
+
+void VoxelArray::resetCut() { cut = {0, width() - 1, 0, height() - 1, 0, finalDepth() - 1}; }
+
+bool VoxelArray::transform(const std::function<void(ImageFile&)>& apply, const Progress& progress)
+{
+    for (std::size_t i = 0; i < m_images.size(); ++i) {
+        // Voxels that are read again come back as the file has them, and get every transform anew.
+        if (m_options.conserveMemory)
+            m_images[i]->freeStack();
+        else
+            apply(*m_images[i]);
+        if (!reencode(static_cast<int>(i), progress))
+            return false;
+    }
+    return true;
+}
+
+void VoxelArray::applyFlags(ImageFile& image, const Progress& progress) const
+{
+    if (m_flipX)
+        image.flip('X', progress);
+    if (m_flipY)
+        image.flip('Y', progress);
+    if (m_flipZ)
+        image.flip('Z', progress);
+    if (m_inverted)
+        image.invert(progress);
+}
+
+bool VoxelArray::flip(char axis, const Progress& progress)
+{
+    const char upper = axis >= 'a' ? static_cast<char>(axis - 'a' + 'A') : axis;
+    bool* const flags[] = {&m_flipX, &m_flipY, &m_flipZ};
+    if (upper < 'X' || upper > 'Z')
+        return false;
+    bool& flag = *flags[upper - 'X'];
+    flag = !flag;
+    return transform([&](ImageFile& image) { image.flip(upper, progress); }, progress);
+}
+
+bool VoxelArray::invert(const Progress& progress)
+{
+    m_inverted = !m_inverted;
+    return transform([&](ImageFile& image) { image.invert(progress); }, progress);
+}
+
+void VoxelArray::raiseMaximum(int value) { m_stack.maxValue = std::max(m_stack.maxValue, value); }
+
+void VoxelArray::copyStatistics()
+{
+    if (m_images.empty() || m_channels.empty())
+        return;
+    const auto take = [this](std::size_t c, ImageFile& image, int imageChannel) {
+        Channel& channel = m_channels[c];
+        channel.stats = image.stats(imageChannel);
+        channel.minValue = channel.stats.min;
+        channel.maxValue = channel.stats.max;
+        raiseMaximum(channel.stats.max);
+    };
+    if (m_images.size() == 1) {
+        logDebug("About to copy %d channels %d file scenario", channelCount(), 1);
+        for (std::size_t c = 0; c < m_channels.size(); ++c)
+            take(c, *m_images.front(), static_cast<int>(c));
+        return;
+    }
+    if (m_images.size() == m_channels.size()) {
+        logDebug("About to copy 1 channel per file scenario");
+        for (std::size_t c = 0; c < m_channels.size(); ++c)
+            take(c, *m_images[c], 0);
+        return;
+    }
+    const bool channelsInOneFile =
+        m_timePoints == static_cast<int>(m_images.size()) && m_images.front()->attributes().channels > 1;
+    if (!channelsInOneFile)
+        logDebug("multi channel, multi timepoint, 1 ch per file");
+    m_stack.maxValue = -1;
+    m_minValue = 999999999;
+    for (int c = 0; c < channelCount(); ++c)
+        sumStatistics(c, channelsInOneFile);
+}
+
+void VoxelArray::sumStatistics(int channel, bool channelsInOneFile)
+{
+    Histogram sum(std::size_t{1} << std::clamp(m_stack.bitDepth, 0, 16), 0);
+    const std::size_t step = channelsInOneFile ? 1 : m_channels.size();
+    const int imageChannel = channelsInOneFile ? channel : 0;
+    for (std::size_t i = channelsInOneFile ? 0 : static_cast<std::size_t>(channel); i < m_images.size();
+         i += step) {
+        if (!channelsInOneFile)
+            logDebug("adding file %d of %d", static_cast<int>(i), static_cast<int>(m_images.size()));
+        const StackStats& stats = m_images[i]->stats(imageChannel);
+        const std::size_t bins = std::min(sum.size(), stats.histogram.size());
+        for (std::size_t bin = 0; bin < bins; ++bin)
+            sum[bin] += stats.histogram[bin];
+        raiseMaximum(stats.max);
+        m_minValue = std::min<int>(m_minValue, stats.min);
+    }
+    Channel& target = m_channels[static_cast<std::size_t>(channel)];
+    target.stats = StackStats(channel, std::move(sum));
+    target.minValue = target.stats.min;
+    target.maxValue = target.stats.max;
+}
+
+namespace {
+
+/// An element with attributes, appended to `parent`.
+QDomElement appendElement(QDomDocument& document, QDomElement& parent, const QString& name,
+                          const std::vector<std::pair<QString, QString>>& attributes)
+{
+    QDomElement element = document.createElement(name);
+    for (const auto& [key, value] : attributes)
+        element.setAttribute(key, value);
+    parent.appendChild(element);
+    return element;
+}
+
+QString number(double value) { return QString::number(value, 'g', 15); }
+QString number(int value) { return QString::number(value); }
+
+} // namespace
+
+QDomElement VoxelArray::saveSession(QDomDocument& document, const QString& sessionFileName) const
+{
+    const QString directory = QFileInfo(sessionFileName).absolutePath();
+    QDomElement root = document.createElement("stack");
+    const ImageFile* first = m_images.empty() ? nullptr : m_images.front().get();
+    appendElement(document, root, "slices",
+                  {{"first", number(first != nullptr ? first->firstLayer() : -1)},
+                   {"last", number(first != nullptr ? first->lastLayer() : -1)},
+                   {"step", number(first != nullptr ? first->layerStep() : -1)},
+                   {"subsample", number(subsample)}});
+    appendElement(document, root, "encoding",
+                  {{"type", number(static_cast<int>(m_textureTarget))},
+                   {"conserve", number(m_options.conserveMemory ? 1 : 0)}});
+    if (m_geometry.finalZ != -1)
+        appendElement(document, root, "resliced", {{"slices", number(m_geometry.finalZ)}});
+    appendElement(document, root, "cutplanes",
+                  {{"xmin", number(cut.xMin)},
+                   {"xmax", number(cut.xMax)},
+                   {"ymin", number(cut.yMin)},
+                   {"ymax", number(cut.yMax)},
+                   {"zmin", number(cut.zMin)},
+                   {"zmax", number(cut.zMax)}});
+    appendElement(document, root, "scale",
+                  {{"x", number(scale.x)},
+                   {"y", number(scale.y)},
+                   {"z", number(scale.z)},
+                   {"preserve", number(preserveScaleRatio ? 1 : 0)}});
+    appendElement(document, root, "dimensions",
+                  {{"x", number(m_stack.dimX)}, {"y", number(m_stack.dimY)}, {"z", number(m_stack.dimZ)}});
+    for (std::size_t i = 0; i < m_images.size(); ++i) {
+        QDomElement time = appendElement(document, root, "timepoint",
+                                         {{"label", m_timeLabels.value(static_cast<int>(i), kNoTime)}});
+        for (const QString& path : m_images[i]->filePaths()) {
+            QDomElement file = appendElement(document, time, "file", {});
+            file.appendChild(document.createTextNode(relativePath(path, directory)));
+        }
+    }
+    for (const Channel& channel : m_channels) {
+        QDomElement element = appendElement(document, root, "channel",
+                                            {{"palette", number(channel.display.palette)},
+                                             {"state", number(static_cast<int>(channel.display.state))}});
+        QDomElement curve = appendElement(document, element, "ZCurve", {{"saved", "0"}});
+        QString text;
+        for (int z = 0; z < channel.zCurve.size(); ++z)
+            text += plainNumber(channel.zCurve[z]) + "\n";
+        curve.appendChild(document.createTextNode(text));
+    }
+    return root;
+}
+
+} // namespace tirn

@@ -1,0 +1,219 @@
+#pragma once
+
+#include <array>
+#include <memory>
+#include <vector>
+
+#include <QDateTime>
+#include <QDomDocument>
+#include <QStringList>
+
+#include "base/progress.h"
+#include "gl/glnames.h"
+#include "gl/renderthreadkind.h"
+#include "gl/texturemaps.h"
+#include "image/imagefile.h"
+#include "volume/brick.h"
+#include "volume/channel.h"
+#include "volume/slicefiller.h"
+#include "volume/stackgeometry.h"
+
+namespace tirn {
+
+/// What the card and the settings prescribe for a new volume.
+struct VolumeOptions
+{
+    RenderThreadKind kind = RenderThreadKind::FragmentProgram;
+    /// Longest side of a texture block.
+    int texLimit2D = 1024;
+    int texLimit3D = 512;
+    /// Let each image's voxels go after encoding.
+    bool conserveMemory = false;
+    /// Where depth curves go; null where there is no card.
+    CurveTextures* curveTextures = nullptr;
+};
+
+/// The part of a volume that is drawn, in slices, inclusive.
+struct CutBox
+{
+    int xMin = 0;
+    int xMax = 0;
+    int yMin = 0;
+    int yMax = 0;
+    int zMin = 0;
+    int zMax = 0;
+
+    bool operator==(const CutBox&) const = default;
+};
+
+/// The scale of a volume along each axis.
+struct AxisScale
+{
+    double x = 1.0;
+    double y = 1.0;
+    double z = 1.0;
+
+    double& operator[](int axis) { return axis == 0 ? x : axis == 1 ? y : z; }
+    double operator[](int axis) const { return axis == 0 ? x : axis == 1 ? y : z; }
+    bool operator==(const AxisScale&) const = default;
+};
+
+/// Seconds spent filling buffers and inside the driver.
+struct EncodeTimes
+{
+    double fill = 0;
+    double upload = 0;
+};
+
+/// One loaded volume as the renderer sees it: what the stack is, one Channel for each colour, one ImageFile
+/// for each file, and the textures and quads made from them.
+///
+/// Everything that makes or deletes GL names needs a current context of the share group, the destructor too.
+/// Display fields (scale, cut box, time point, channel displays) change under the scene's lock.
+class VoxelArray
+{
+public:
+    explicit VoxelArray(const VolumeOptions& options);
+    /// With one channel and a cut box of the whole of x * y * z voxels.
+    VoxelArray(int x, int y, int z, const VolumeOptions& options);
+    ~VoxelArray();
+    VoxelArray(const VoxelArray&) = delete;
+    VoxelArray& operator=(const VoxelArray&) = delete;
+
+    /// The stack description: sizes, voxel sizes in microns, channels, depth, largest value.
+    ImageAttributes& stack() { return m_stack; }
+    const ImageAttributes& stack() const { return m_stack; }
+    int minValue() const { return m_minValue; }
+    std::vector<Channel>& channels() { return m_channels; }
+    const std::vector<Channel>& channels() const { return m_channels; }
+    void setChannelCount(int count);
+    /// The images in time-major order.
+    const std::vector<std::shared_ptr<ImageFile>>& images() const { return m_images; }
+    void appendImage(std::shared_ptr<ImageFile> image) { m_images.push_back(std::move(image)); }
+
+    int width() const { return m_stack.x; }
+    int height() const { return m_stack.y; }
+    int depth() const { return m_stack.z; }
+    /// The number of z slices that are drawn: more than `depth` when a 3D stack is resliced.
+    int finalDepth() const { return m_geometry.finalZ > depth() ? m_geometry.finalZ : depth(); }
+    int bitsPerSample() const { return m_stack.bitDepth; }
+    /// The bits that the data use, rounded: 12 for a maximum of 3000 as of 4095.
+    int significantBits() const;
+    int channelCount() const { return static_cast<int>(m_channels.size()); }
+    int timePointCount() const { return m_timePoints; }
+    GLenum textureTarget() const { return m_textureTarget; }
+    const StackGeometry& geometry() const { return m_geometry; }
+    /// Strides into `textures` for the 2D target.
+    std::int64_t channelOffset(int channel) const;
+    std::int64_t timeOffset(int time) const;
+    /// Textures of one channel at one time point, in whichever target.
+    std::int64_t texturesPerChannel() const;
+    /// Bytes of voxels, textures and bookkeeping.
+    std::int64_t memoryUsed() const;
+    QString name() const;
+
+    int timePoint() const { return m_timePoint; }
+    /// A negative t means the last time point; a t past the end begins again.
+    void setTimePoint(int t);
+    void setTimePoints(int count);
+    QStringList& timeLabels() { return m_timeLabels; }
+    const QStringList& timeLabels() const { return m_timeLabels; }
+    const std::vector<QDateTime>& timeStamps() const { return m_timeStamps; }
+    /// True when the quads of the encoded target are all there.
+    bool isComplete() const;
+
+    /// Encodes the next image. `finalZ` is the depth that a 3D stack is resliced to, -1 for none. False, with
+    /// the reason logged, when the stack cannot be encoded.
+    bool encode(GLenum target, int finalZ, const Progress& progress = {});
+    /// Encodes all images through ImageFile's own encoder, which knows no blocks.
+    bool encodeAll(GLenum target, int finalZ, TextureSink& sink);
+    /// The same, for the next image of a stack that grows.
+    bool encodeNext(GLenum target, int finalZ, TextureSink& sink);
+    /// Replaces the contents of image i's textures. False when there is no such image or its voxels cannot be
+    /// read.
+    bool reencode(int i, const Progress& progress = {});
+    int encodedImages() const { return m_encodedImages; }
+    const EncodeTimes& encodeTimes() const { return m_encodeTimes; }
+
+    /// Mirrors the data along 'X', 'Y' or 'Z' (either case) and encodes them again.
+    bool flip(char axis, const Progress& progress = {});
+    bool invert(const Progress& progress = {});
+    bool flipX() const { return m_flipX; }
+    bool flipY() const { return m_flipY; }
+    bool flipZ() const { return m_flipZ; }
+    bool inverted() const { return m_inverted; }
+
+    /// Gives every channel a plain depth correction curve of the stack's depth.
+    void resetCurves();
+
+    /// Takes the statistics of the images over to the channels, summed over time points.
+    void copyStatistics();
+
+    /// The `stack` element of a session; paths are written relative to the session file's directory.
+    QDomElement saveSession(QDomDocument& document, const QString& sessionFileName) const;
+
+    const TextureNames& textures() const { return m_textures; }
+    const ListNames& quads() const { return m_quads; }
+    const std::vector<std::unique_ptr<Brick>>& bricks() const { return m_bricks; }
+    /// The box and its faces: display lists, 0 before encoding.
+    enum BoxList { WholeBox, FrontFace, BackFace, LeftFace, RightFace, BottomFace, TopFace, BoxListCount };
+    GLuint boxList(BoxList which) const { return m_boxLists.empty() ? 0 : m_boxLists[which]; }
+
+    AxisScale scale;
+    AxisScale baseScale;
+    bool preserveScaleRatio = false;
+    CutBox cut;
+    /// The slices that were loaded, and the in-plane reduction of the load.
+    int sliceFirst = 0;
+    int sliceLast = 0;
+    int sliceStep = 0;
+    int subsample = 1;
+    /// Palette indices handed from the load to the stack manager.
+    std::vector<int> palettesOfChannel;
+
+private:
+    struct EncodeJob;
+
+    bool prepareEncode(GLenum target, const char* badStack);
+    bool alreadyEncoded() const;
+    GLenum internalFormat() const;
+    void beginEncoding(int finalZ);
+    void makeQuads(int finalZ);
+    void makeBoxLists();
+    void takeTimeStamp(const ImageFile& image);
+    bool encodeImage(ImageFile& image, std::size_t* reuseFrom, const Progress& progress);
+    void encode2D(EncodeJob& job);
+    void encode3D(EncodeJob& job);
+    void putTexture(EncodeJob& job, TextureSize size, const void* texels);
+    bool takeOwnEncoding(ImageFile& image, TextureSink& sink);
+    void finishEncoding();
+    void resetCut();
+    bool transform(const std::function<void(ImageFile&)>& apply, const Progress& progress);
+    void applyFlags(ImageFile& image, const Progress& progress) const;
+    void sumStatistics(int channel, bool channelsInOneFile);
+    void raiseMaximum(int value);
+
+    ImageAttributes m_stack;
+    int m_minValue = -1;
+    std::vector<Channel> m_channels;
+    QStringList m_timeLabels = {"00:00:00"};
+    std::vector<QDateTime> m_timeStamps;
+    StackGeometry m_geometry;
+    bool m_flipX = false;
+    bool m_flipY = false;
+    bool m_flipZ = false;
+    bool m_inverted = false;
+    ListNames m_boxLists;
+    std::vector<std::unique_ptr<Brick>> m_bricks;
+    TextureNames m_textures;
+    ListNames m_quads;
+    std::vector<std::shared_ptr<ImageFile>> m_images;
+    VolumeOptions m_options;
+    int m_timePoint = 0;
+    int m_timePoints = 0;
+    int m_encodedImages = 0;
+    GLenum m_textureTarget = GL_TEXTURE_2D;
+    EncodeTimes m_encodeTimes;
+};
+
+} // namespace tirn

@@ -1,0 +1,177 @@
+#include "glsupport/renderrig.h"
+
+#include <cstring>
+
+#include <QCoreApplication>
+#include <QThread>
+
+#include "gl/gltable.h"
+#include "render/nvidiathread.h"
+
+namespace tirn::test {
+
+OffscreenSurface::~OffscreenSurface()
+{
+    if (m_buffer != nullptr && m_context.makeCurrent())
+        m_buffer.reset();
+}
+
+void OffscreenSurface::giveBack()
+{
+    QThread* owner = QCoreApplication::instance()->thread();
+    m_context.doneCurrent();
+    m_context.context().moveToThread(owner);
+}
+
+bool OffscreenSurface::makeCurrent()
+{
+    if (!m_context.makeCurrent())
+        return false;
+    if (m_buffer == nullptr)
+        m_buffer = std::make_unique<QOpenGLFramebufferObject>(m_size,
+                                                              QOpenGLFramebufferObject::CombinedDepthStencil);
+    return m_buffer->bind();
+}
+
+void OffscreenSurface::swap()
+{
+    gl().Finish();
+    const std::scoped_lock lock(m_mutex);
+    ++m_frames;
+    m_swapped.notify_all();
+}
+
+int OffscreenSurface::frames() const
+{
+    const std::scoped_lock lock(m_mutex);
+    return m_frames;
+}
+
+void OffscreenSurface::waitForFrames(int count)
+{
+    std::unique_lock lock(m_mutex);
+    m_swapped.wait(lock, [&] { return m_frames >= count; });
+}
+
+QImage OffscreenSurface::image()
+{
+    QImage image(m_size, QImage::Format_RGBA8888);
+    gl().PixelStorei(GL_PACK_ALIGNMENT, 1);
+    gl().ReadPixels(0, 0, m_size.width(), m_size.height(), GL_RGBA, GL_UNSIGNED_BYTE, image.bits());
+    return image.mirrored();
+}
+
+void CountingEvents::rotationDrawn(double /*x*/, double y, double z)
+{
+    ++rotations;
+    lastY = y;
+    lastZ = z;
+}
+
+void CountingEvents::keyFrameRecorded(int count) { keyFrames = count; }
+
+std::shared_ptr<ImageFile> imageOf(const PlainStack& stack)
+{
+    const std::vector<std::uint8_t> bytes = stack.bytes();
+    VoxelBuffer buffer(static_cast<std::int64_t>(bytes.size()));
+    std::memcpy(buffer.data(), bytes.data(), bytes.size());
+    auto image =
+        std::make_shared<ImageFile>(std::move(buffer), stack.x, stack.y, stack.z, stack.channels, stack.bits);
+    image->generateStatistics();
+    return image;
+}
+
+std::unique_ptr<VoxelArray> makeVolume(const std::vector<PlainStack>& timePoints, const VolumeSpec& spec)
+{
+    auto array = std::make_unique<VoxelArray>(
+        VolumeOptions{spec.kind, spec.blockLimit, spec.blockLimit, false, spec.curves});
+    for (const PlainStack& stack : timePoints)
+        array->appendImage(imageOf(stack));
+    array->stack() = array->images().front()->attributes();
+    array->setChannelCount(timePoints.front().channels);
+    array->setTimePoints(static_cast<int>(timePoints.size()));
+    for (std::size_t i = 0; i < timePoints.size(); ++i)
+        array->encode(spec.target, spec.finalZ);
+    array->resetCurves();
+    return array;
+}
+
+RenderRig::RenderRig(QSize size, RenderThreadKind kind)
+    : m_hidden(std::make_unique<HiddenContext>()), m_kind(kind)
+{
+    m_hidden->makeCurrent();
+    m_shaders = std::make_unique<Shaders>();
+    m_paletteTables = std::make_unique<GlPaletteTables>(kind, m_hidden.get());
+    m_surface = std::make_unique<OffscreenSurface>(size, *m_hidden);
+    const RenderHost host{scene, view, settings, *m_shaders, renderLock, *m_surface, events, kind};
+    m_thread = makeRenderThread(host);
+}
+
+RenderRig::~RenderRig()
+{
+    m_thread->stopAndWait();
+    m_hidden->makeCurrent();
+    m_thread->lists().clear();
+    m_thread.reset();
+    scene.arrays.clear();
+    scene.palettes.clear();
+    m_shaders.reset();
+}
+
+VoxelArray& RenderRig::show(const std::vector<PlainStack>& timePoints, const VolumeSpec& spec)
+{
+    VolumeSpec withKind = spec;
+    withKind.kind = m_kind;
+    m_hidden->makeCurrent();
+    scene.arrays.push_back(makeVolume(timePoints, withKind));
+    scene.currentIndex = static_cast<int>(scene.arrays.size()) - 1;
+    m_thread->rebuildShader = true;
+    m_thread->forceRebuild = true;
+    return *scene.arrays.back();
+}
+
+void RenderRig::setTables(const std::vector<ColourTable>& tables)
+{
+    m_hidden->makeCurrent();
+    scene.palettes.clear();
+    for (std::size_t c = 0; c < tables.size(); ++c) {
+        std::vector<PaletteEntry> entries;
+        for (std::size_t i = 0; i + 3 < tables[c].size(); i += 4)
+            entries.push_back({tables[c][i], tables[c][i + 1], tables[c][i + 2], tables[c][i + 3]});
+        scene.palettes.push_back(std::make_unique<Palette>(entries, 4, "table", m_paletteTables.get()));
+        if (VoxelArray* array = scene.current())
+            array->channels()[c].display.palette = static_cast<int>(c);
+    }
+    m_thread->forceRebuild = true;
+}
+
+QImage RenderRig::draw()
+{
+    m_surface->makeCurrent();
+    m_thread->drawPicture(m_surface->size());
+    return m_surface->image();
+}
+
+std::unique_ptr<GLThread> makeRenderThread(const RenderHost& host)
+{
+    if (host.kind == RenderThreadKind::Paletted)
+        return std::make_unique<GLThread>(host);
+    if (host.kind == RenderThreadKind::LostCause)
+        return std::make_unique<LostCauseThread>(host);
+    return std::make_unique<NvidiaThread>(host);
+}
+
+Picture pictureOf(const QImage& image)
+{
+    Picture picture;
+    picture.size = image.width();
+    picture.covered.assign(static_cast<std::size_t>(image.width() * image.height()), true);
+    const QImage rgb = image.convertToFormat(QImage::Format_RGB888);
+    for (int row = 0; row < rgb.height(); ++row) {
+        const auto* line = rgb.constScanLine(row);
+        picture.rgb.insert(picture.rgb.end(), line, line + 3 * rgb.width());
+    }
+    return picture;
+}
+
+} // namespace tirn::test

@@ -1,0 +1,319 @@
+// When a render thread draws, sleeps, gives its lock up and ends.
+
+#include <chrono>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "glsupport/glrecorder.h"
+#include "glsupport/renderrig.h"
+#include "support/logcapture.h"
+
+namespace tirn::test {
+namespace {
+
+class RenderThread : public ::testing::Test
+{
+protected:
+    LogCapture log;
+    RenderRig rig{{64, 64}};
+
+    VoxelArray& show(int channels = 1, int timePoints = 1)
+    {
+        const std::vector<PlainStack> stacks(static_cast<std::size_t>(timePoints),
+                                             denseStack(8, 8, 8, channels, 8));
+        VoxelArray& array = rig.show(stacks);
+        rig.setTables(
+            std::vector<ColourTable>(static_cast<std::size_t>(channels), rampTable(256, {1, 1, 1}, 0.5)));
+        return array;
+    }
+    void setSpin(int rate)
+    {
+        const std::scoped_lock lock(rig.scene.mutex);
+        rig.view.spinX = rate;
+    }
+    void drawOne()
+    {
+        rig.thread().requestFrame();
+        rig.thread().wait();
+    }
+    ChannelState stateOf(std::size_t channel)
+    {
+        const std::scoped_lock lock(rig.scene.mutex);
+        return rig.scene.current()->channels()[channel].display.state;
+    }
+};
+
+TEST_F(RenderThread, OneRequestIsOneFrameAndThenTheThreadEnds)
+{
+    show();
+    drawOne();
+    EXPECT_EQ(rig.thread().framesDrawn(), 1);
+    EXPECT_FALSE(rig.thread().isRunning());
+    drawOne();
+    EXPECT_EQ(rig.thread().framesDrawn(), 2);
+}
+
+TEST_F(RenderThread, TheLastOfManyRequestsIsDrawn)
+{
+    show();
+    for (int i = 1; i <= 100; ++i) {
+        {
+            const std::scoped_lock lock(rig.scene.mutex);
+            rig.view.rotY = i;
+        }
+        rig.thread().requestFrame();
+    }
+    rig.thread().wait();
+    EXPECT_GE(rig.thread().framesDrawn(), 1);
+    EXPECT_EQ(rig.events.lastY, 100);
+}
+
+TEST_F(RenderThread, ASpinGoesOnUntilItIsStopped)
+{
+    show();
+    setSpin(8);
+    rig.thread().requestFrame();
+    rig.surface().waitForFrames(5);
+    EXPECT_TRUE(rig.thread().isRunning());
+    setSpin(0);
+    rig.thread().wait();
+    // 8 pixels a frame in a window 64 wide: -22.5 degrees each.
+    EXPECT_DOUBLE_EQ(std::fmod(rig.view.rotY / 22.5, 1.0), 0.0);
+}
+
+TEST_F(RenderThread, ASpinStandsStillWhileTheMouseDrags)
+{
+    show();
+    setSpin(8);
+    rig.view.dragging = true;
+    drawOne();
+    EXPECT_EQ(rig.thread().framesDrawn(), 1);
+    EXPECT_EQ(rig.view.rotY, 0);
+}
+
+TEST_F(RenderThread, StopAndWaitEndsASpinAndDropsRequests)
+{
+    show();
+    setSpin(8);
+    rig.thread().requestFrame();
+    rig.surface().waitForFrames(2);
+    rig.thread().requestFrame();
+    rig.thread().stopAndWait();
+    EXPECT_FALSE(rig.thread().isRunning());
+    const int frames = rig.thread().framesDrawn();
+    setSpin(0);
+    drawOne();
+    EXPECT_EQ(rig.thread().framesDrawn(), frames + 1);
+}
+
+TEST_F(RenderThread, ARequestAfterAStopIsDrawnAllTheSame)
+{
+    show();
+    for (int round = 0; round < 50; ++round) {
+        setSpin(8);
+        rig.thread().requestFrame();
+        rig.thread().stop();
+        setSpin(0);
+        {
+            const std::scoped_lock lock(rig.scene.mutex);
+            rig.view.rotZ = round;
+        }
+        rig.thread().requestFrame();
+        rig.thread().wait();
+        ASSERT_EQ(rig.events.lastZ.load(), round);
+    }
+}
+
+TEST_F(RenderThread, PlayingTimePointsKeepsItRunningAndWraps)
+{
+    show(1, 3);
+    rig.settings.flashRate = 100000;
+    rig.thread().timeRate = 100;
+    rig.thread().animating = true;
+    rig.thread().requestFrame();
+    rig.surface().waitForFrames(8);
+    EXPECT_TRUE(rig.thread().isRunning());
+    rig.thread().animating = false;
+    rig.thread().requestFrame();
+    rig.thread().wait();
+    EXPECT_GE(rig.events.timePoints, 4);
+    EXPECT_EQ(rig.scene.current()->timePoint(), rig.events.timePoints % 3);
+}
+
+TEST_F(RenderThread, BatchModePlaysAndFlashesNothing)
+{
+    VoxelArray& array = show(1, 3);
+    array.channels()[0].display.state = ChannelState::FlashOn;
+    rig.thread().animating = true;
+    rig.thread().timeRate = 1000;
+    rig.settings.flashRate = 0;
+    rig.scene.batchMode = true;
+    drawOne();
+    EXPECT_EQ(rig.events.timePoints, 0);
+    EXPECT_EQ(stateOf(0), ChannelState::FlashOn);
+}
+
+TEST_F(RenderThread, AFlashingChannelKeepsItAliveButAsleep)
+{
+    VoxelArray& array = show(2);
+    array.channels()[0].display.state = ChannelState::FlashOn;
+    rig.settings.flashRate = 40;
+    rig.thread().requestFrame();
+    rig.surface().waitForFrames(4);
+    EXPECT_TRUE(rig.thread().isRunning());
+    {
+        const std::scoped_lock lock(rig.scene.mutex);
+        array.channels()[0].display.state = ChannelState::Shown;
+    }
+    rig.thread().requestFrame();
+    rig.thread().wait();
+    // Asleep in between: about as many frames as flashes, not as many as fit into the time.
+    EXPECT_LE(rig.thread().framesDrawn(), 12);
+}
+
+TEST_F(RenderThread, TheThreadSleepsThroughALongFlashPeriod)
+{
+    VoxelArray& array = show();
+    array.channels()[0].display.state = ChannelState::PaletteSwap;
+    rig.settings.flashRate = 1000000;
+    rig.thread().requestFrame();
+    rig.surface().waitForFrames(1);
+    rig.renderLock.lock();
+    EXPECT_TRUE(rig.thread().isRunning());
+    EXPECT_EQ(rig.thread().framesDrawn(), 1);
+    rig.renderLock.unlock();
+    rig.thread().stopAndWait();
+}
+
+TEST_F(RenderThread, TheLockIsGivenUpBetweenFramesToThoseWhoWait)
+{
+    show();
+    setSpin(4);
+    rig.thread().requestFrame();
+    rig.surface().waitForFrames(1);
+    for (int i = 0; i < 20; ++i) {
+        // Returns at all only because the spinning thread hands the lock over.
+        rig.renderLock.lock();
+        rig.renderLock.unlock();
+    }
+    EXPECT_TRUE(rig.thread().isRunning());
+    rig.thread().stopAndWait();
+}
+
+TEST_F(RenderThread, RecordedFramesBecomeKeyFrames)
+{
+    VoxelArray& array = show(2);
+    array.channels()[1].display = {ChannelState::Hidden, 1, 0};
+    array.scale = {1, 2, 3};
+    rig.scene.recording = true;
+    rig.view.rotX = 90;
+    drawOne();
+    drawOne();
+    ASSERT_EQ(rig.scene.keyFrames.size(), 2U);
+    EXPECT_EQ(rig.events.keyFrames, 2);
+    const KeyFrame& frame = rig.scene.keyFrames.back();
+    EXPECT_EQ(frame.xrot, 90);
+    EXPECT_EQ(frame.zscale, 3);
+    EXPECT_EQ(frame.zmax, 7);
+    EXPECT_EQ(frame.palettes.size(), 2U);
+    ASSERT_EQ(frame.channels.size(), 2U);
+    EXPECT_EQ(frame.channels[1], (KeyFrameChannel{1, 1, 0}));
+}
+
+TEST_F(RenderThread, AKeyFrameNeedsAStackAndLeavesPalettesOutUnlessAsked)
+{
+    KeyFrame frame;
+    EXPECT_FALSE(rig.thread().getKeyFrame(takeFrameState(rig.scene, rig.view), true, frame));
+    show();
+    EXPECT_TRUE(rig.thread().getKeyFrame(takeFrameState(rig.scene, rig.view), false, frame));
+    EXPECT_TRUE(frame.palettes.empty());
+}
+
+TEST_F(RenderThread, AGrabbedFrameIsWhatWasDrawnAndHasNoAlpha)
+{
+    show();
+    const QImage grabbed = rig.thread().grabNextFrame();
+    rig.thread().wait();
+    const QImage drawn = rig.draw();
+    ASSERT_EQ(grabbed.size(), drawn.size());
+    EXPECT_FALSE(grabbed.hasAlphaChannel());
+    EXPECT_EQ(grabbed.convertToFormat(QImage::Format_RGB888), drawn.convertToFormat(QImage::Format_RGB888));
+}
+
+TEST_F(RenderThread, WithoutAStackThereIsAMessageAndNoLoop)
+{
+    setSpin(10);
+    drawOne();
+    EXPECT_EQ(rig.thread().framesDrawn(), 1);
+    EXPECT_FALSE(rig.thread().isRunning());
+}
+
+TEST_F(RenderThread, TwoHundredStopsWhileSpinningLeaveNothingBehind)
+{
+    show(2, 2);
+    rig.thread().animating = true;
+    rig.thread().timeRate = 1000;
+    for (int cycle = 0; cycle < 200; ++cycle) {
+        setSpin(3);
+        rig.thread().requestFrame();
+        if (cycle % 3 == 0)
+            rig.thread().requestFrame();
+        rig.thread().stopAndWait();
+        ASSERT_FALSE(rig.thread().isRunning());
+    }
+}
+
+TEST(RenderRigNames, AllGlNamesAreGivenBack)
+{
+    const LogCapture log;
+    const LiveGlNames before = liveGlNames();
+    for (int cycle = 0; cycle < 5; ++cycle) {
+        RenderRig rig({32, 32});
+        rig.show({denseStack(5, 6, 7, 2, 8), denseStack(5, 6, 7, 2, 8)});
+        rig.setTables({rampTable(256, {1, 1, 1}, 0.5), rampTable(256, {1, 0, 1}, 0.5)});
+        rig.draw();
+        EXPECT_NE(liveGlNames(), before);
+    }
+    EXPECT_EQ(liveGlNames(), before);
+}
+
+TEST(RenderLock, FirstComeFirstServed)
+{
+    RenderLock lock;
+    std::vector<int> order;
+    lock.lock();
+    std::thread first([&] {
+        lock.lock();
+        order.push_back(1);
+        lock.unlock();
+    });
+    // The second waiter must line up behind the first; both are counted once they wait.
+    while (lock.waiting() < 1)
+        std::this_thread::yield();
+    std::thread second([&] {
+        lock.lock();
+        order.push_back(2);
+        lock.unlock();
+    });
+    while (lock.waiting() < 2)
+        std::this_thread::yield();
+    lock.yieldToWaiters();
+    order.push_back(3);
+    lock.unlock();
+    first.join();
+    second.join();
+    EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
+}
+
+TEST(RenderLock, YieldingWithoutWaitersKeepsIt)
+{
+    RenderLock lock;
+    lock.lock();
+    lock.yieldToWaiters();
+    EXPECT_EQ(lock.waiting(), 0);
+    lock.unlock();
+}
+
+} // namespace
+} // namespace tirn::test
