@@ -86,6 +86,7 @@ private:
     static constexpr int kVectors = 4;
     static constexpr int kLanes = 32 / static_cast<int>(sizeof(Sample));
     typedef Signed Vector __attribute__((vector_size(32)));
+    typedef Sample Unsigned __attribute__((vector_size(32)));
     typedef std::int32_t Wide __attribute__((vector_size(kLanes * 4)));
 
     /// Values counted in a lane before it could overflow.
@@ -124,21 +125,20 @@ private:
     TIRN_INLINE static void countBelow(const Signed* const* rows, int count, int side, int x,
                                        const Vector (&limits)[kVectors], Wide (&below)[kVectors])
     {
-        Vector counts[kVectors] = {};
+        // Unsigned: as many values as a lane holds are counted, and a mask of -1 is taken off by wrapping.
+        Unsigned counts[kVectors] = {};
         for (int row = 0; row < count; ++row) {
             const Signed* values = rows[row] + x;
             for (int column = 0; column < side; ++column, ++values) {
                 for (int v = 0; v < kVectors; ++v) {
                     Vector some;
                     std::memcpy(&some, values + v * kLanes, sizeof some);
-                    counts[v] -= some < limits[v];
+                    counts[v] -= reinterpret_cast<Unsigned>(some < limits[v]);
                 }
             }
         }
-        for (int v = 0; v < kVectors; ++v) {
-            typedef Sample Unsigned __attribute__((vector_size(32)));
-            below[v] += __builtin_convertvector(reinterpret_cast<Unsigned>(counts[v]), Wide);
-        }
+        for (int v = 0; v < kVectors; ++v)
+            below[v] += __builtin_convertvector(counts[v], Wide);
     }
 };
 
