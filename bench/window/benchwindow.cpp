@@ -35,9 +35,9 @@ BenchWindow::BenchWindow()
 {
     m_card = m_info.readCapabilities();
     m_shaders = std::make_unique<Shaders>();
-    const WidgetServices services{m_card, m_scene, m_settings, *m_shaders, m_lock, m_events, m_info.hidden()};
+    const WidgetServices services{m_card, m_scene, m_settings, *m_shaders, m_lock, m_events, m_hidden};
     m_widget = std::make_unique<TirnWidget>("bench", services, false, nullptr);
-    m_tables = std::make_unique<GlPaletteTables>(m_widget->threadKind(), &m_info.hidden());
+    m_tables = std::make_unique<GlPaletteTables>(m_widget->threadKind(), &m_hidden);
     const QColor colours[] = {QColor(255, 160, 60), QColor(80, 160, 255), QColor(120, 255, 120)};
     for (const QColor& colour : colours)
         m_scene.palettes.push_back(std::make_unique<Palette>(colour, 8, m_tables.get()));
@@ -51,7 +51,7 @@ BenchWindow::~BenchWindow()
 {
     closeAll();
     m_widget.reset();
-    m_info.hidden().makeCurrent();
+    m_hidden.makeCurrent();
     m_scene.palettes.clear();
     m_shaders.reset();
 }
@@ -59,7 +59,7 @@ BenchWindow::~BenchWindow()
 VoxelArray& BenchWindow::show(int x, int y, int z, int channels, GLenum target)
 {
     m_widget->stopAndWait();
-    m_info.hidden().makeCurrent();
+    m_hidden.makeCurrent();
     auto array =
         std::make_unique<VoxelArray>(VolumeOptions{m_widget->threadKind(), 1024, 512, false, nullptr});
     array->appendImage(blobs(x, y, z, channels));
@@ -80,7 +80,7 @@ VoxelArray& BenchWindow::show(int x, int y, int z, int channels, GLenum target)
 void BenchWindow::closeAll()
 {
     m_widget->stopAndWait();
-    m_info.hidden().makeCurrent();
+    m_hidden.makeCurrent();
     m_scene.currentIndex = -1;
     m_scene.arrays.clear();
 }

@@ -35,10 +35,11 @@ public:
 
     TirnWidget& widget() { return *m_widget; }
     Scene& scene() { return m_scene; }
-    HiddenContext& hidden() { return m_info.hidden(); }
+    HiddenContext& hidden() { return m_hidden; }
 
 private:
-    GlInfo m_info;
+    HiddenContext m_hidden;
+    GlInfo m_info{m_hidden};
     GlCapabilities m_card;
     Scene m_scene;
     RenderSettings m_settings;

@@ -63,7 +63,7 @@ TirnApplication::~TirnApplication()
     // Events still on their way may hold a volume, which must go while the card is there.
     removePostedEvents(this);
     if (m_glInfo != nullptr) {
-        m_glInfo->hidden().makeCurrent();
+        m_hidden->makeCurrent();
         m_scene.arrays.clear();
         m_scene.palettes.clear();
         m_shaders.reset();
@@ -81,12 +81,13 @@ TirnApplication& TirnApplication::instance()
 
 bool TirnApplication::initializeGl()
 {
-    m_glInfo = std::make_unique<GlInfo>();
-    if (!m_glInfo->hidden().context().isValid()) {
-        m_glInfo.reset();
+    m_hidden = std::make_unique<HiddenContext>();
+    if (!m_hidden->context().isValid()) {
+        m_hidden.reset();
         return false;
     }
-    if (!m_glInfo->hidden().makeCurrent())
+    m_glInfo = std::make_unique<GlInfo>(*m_hidden);
+    if (!m_hidden->makeCurrent())
         logFatal("Could not allocate a GL context");
     readCapabilities();
     m_shaders = std::make_unique<Shaders>();
@@ -116,8 +117,8 @@ void TirnApplication::readCapabilities() { m_card = m_glInfo->readCapabilities()
 
 void TirnApplication::createWidgets()
 {
-    const WidgetServices services{m_card,       m_scene,         m_renderSettings,  *m_shaders,
-                                  m_renderLock, *m_renderEvents, m_glInfo->hidden()};
+    const WidgetServices services{m_card,       m_scene,         m_renderSettings, *m_shaders,
+                                  m_renderLock, *m_renderEvents, *m_hidden};
     m_widgetStack = new QStackedWidget(m_mainForm.get());
     m_regularWidget = new TirnWidget("regular", services, false, m_widgetStack);
     if (!m_regularWidget->surface().isValid()) {
@@ -138,8 +139,8 @@ void TirnApplication::createWidgets()
         m_widgetStack->addWidget(m_stereoWidget);
     m_currentWidget->setMinimumSize(kFirstWindowSide, kFirstWindowSide);
     m_mainForm->setCentralWidget(m_widgetStack);
-    m_paletteTables = std::make_unique<GlPaletteTables>(m_currentWidget->threadKind(), &m_glInfo->hidden());
-    m_curveTextures = std::make_unique<GlCurveTextures>(&m_glInfo->hidden());
+    m_paletteTables = std::make_unique<GlPaletteTables>(m_currentWidget->threadKind(), m_hidden.get());
+    m_curveTextures = std::make_unique<GlCurveTextures>(m_hidden.get());
 }
 
 void TirnApplication::createStereoWidget(const WidgetServices& services)
@@ -254,7 +255,7 @@ void TirnApplication::createForms()
                     "About",
                     "About",
                     [this](QWidget* parent) -> QWidget* {
-                        m_glInfo->hidden().makeCurrent();
+                        m_hidden->makeCurrent();
                         const auto* renderer = reinterpret_cast<const char*>(gl().GetString(GL_RENDERER));
                         return new AboutForm(QString::fromLatin1(renderer), parent);
                     },
@@ -273,7 +274,7 @@ void TirnApplication::createThreads()
     report.loaded = [this](std::unique_ptr<VoxelArray> array, const std::vector<QStringList>& files) {
         postEvent(this, new StackLoadedEvent(std::move(array), files));
     };
-    m_fileThread = std::make_unique<FileThread>(m_glInfo->hidden().context(), std::move(report));
+    m_fileThread = std::make_unique<FileThread>(m_hidden->context(), std::move(report));
 }
 
 void TirnApplication::readPreferences()

@@ -125,6 +125,8 @@ private:
     Settings m_preferences;
     std::unique_ptr<QSettings> m_settings;
     GlCapabilities m_card;
+    /// The context that all others share their names with.
+    std::unique_ptr<HiddenContext> m_hidden;
     std::unique_ptr<GlInfo> m_glInfo;
     std::unique_ptr<Shaders> m_shaders;
     std::unique_ptr<RenderEvents> m_renderEvents;

@@ -69,7 +69,7 @@ void TirnApplication::loadFromCommandLine(const QStringList& arguments)
 {
     if (arguments.size() < 2)
         return;
-    m_glInfo->hidden().makeCurrent();
+    m_hidden->makeCurrent();
     const CommandLine line = parseCommandLine(
         arguments, [](const QString& name) { return ImageIO::probeType(name) != ImageType::Unknown; });
     for (const QString& name : line.missing)
@@ -122,7 +122,7 @@ void TirnApplication::closeAll()
         m_scene.currentIndex = -1;
     }
     logDebug("stopping threads %s", qPrintable(plainNumber(timer.restart())));
-    m_glInfo->hidden().makeCurrent();
+    m_hidden->makeCurrent();
     while (!m_scene.arrays.empty())
         m_scene.arrays.pop_back();
     logDebug("deleting stacks %s", qPrintable(plainNumber(timer.restart())));
@@ -152,7 +152,7 @@ void TirnApplication::closeStack(int index)
     if (count > 1 && current < 0)
         current = 0;
     logDebug("new current %d old %d stacks %d", current, old, count);
-    m_glInfo->hidden().makeCurrent();
+    m_hidden->makeCurrent();
     m_scene.arrays.erase(m_scene.arrays.begin() + old);
     setCurrentArray(current);
     logDebug("after delete new current %d old %d stack %d", m_scene.currentIndex, old, arrayCount());

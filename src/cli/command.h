@@ -17,6 +17,8 @@ struct Command
     void (*addOptions)(QCommandLineParser& parser);
     /// Does the work, or throws UsageError, FileError or Interrupted.
     void (*run)(const QCommandLineParser& parser);
+    /// Draws text, for which the toolkit's fonts must be there.
+    bool needsFonts = false;
 };
 
 extern const Command kInfoCommand;
@@ -24,5 +26,6 @@ extern const Command kDumpCommand;
 extern const Command kRawCommand;
 extern const Command kConvertCommand;
 extern const Command kPaletteCommand;
+extern const Command kRenderCommand;
 
 } // namespace tirn

@@ -1,9 +1,10 @@
 // The viewer's core without a window: `tirntool --help`.
 
+#include <memory>
 #include <new>
 
 #include <QCommandLineParser>
-#include <QCoreApplication>
+#include <QGuiApplication>
 
 #include "cli/command.h"
 #include "cli/console.h"
@@ -15,8 +16,8 @@ namespace {
 
 enum ExitCode { Done = 0, FileFailed = 1, WrongUsage = 2, Stopped = 130 };
 
-const Command* const kCommands[] = {&kInfoCommand, &kDumpCommand, &kRawCommand, &kConvertCommand,
-                                    &kPaletteCommand};
+const Command* const kCommands[] = {&kInfoCommand,    &kDumpCommand,    &kRawCommand,
+                                    &kConvertCommand, &kPaletteCommand, &kRenderCommand};
 
 const Command* findCommand(const QString& name)
 {
@@ -111,7 +112,6 @@ void run(QStringList arguments)
 
 int runTool(const QStringList& arguments)
 {
-    Console::setVerbose(false);
     Console::catchInterrupts();
     try {
         run(arguments);
@@ -133,10 +133,29 @@ int runTool(const QStringList& arguments)
 
 } // namespace
 
+/// The toolkit's object; with fonts, which need no display, only for commands that draw.
+static std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv)
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    const Command* command = takeCommand(arguments);
+    if (command == nullptr || !command->needsFonts)
+        return std::make_unique<QCoreApplication>(argc, argv);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Drivers keep compiled programs in the user's folders; the tool writes nothing but its results.
+    for (const char* cache : {"MESA_SHADER_CACHE_DISABLE", "MESA_GLSL_CACHE_DISABLE"})
+        qputenv(cache, "true");
+    qputenv("__GL_SHADER_DISK_CACHE", "0");
+    return std::make_unique<QGuiApplication>(argc, argv);
+}
+
 } // namespace tirn
 
 int main(int argc, char** argv)
 {
-    const QCoreApplication application(argc, argv);
+    // The toolkit itself has something to say at its start.
+    tirn::Console::setVerbose(false);
+    const std::unique_ptr<QCoreApplication> application = tirn::makeApplication(argc, argv);
     return tirn::runTool(QCoreApplication::arguments());
 }

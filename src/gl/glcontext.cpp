@@ -45,17 +45,4 @@ void HiddenContext::doneCurrent()
         m_context.doneCurrent();
 }
 
-CurrentScope::CurrentScope(HiddenContext& context)
-    : m_context(QOpenGLContext::currentContext() == nullptr ? &context : nullptr)
-{
-    if (m_context != nullptr)
-        m_context->makeCurrent();
-}
-
-CurrentScope::~CurrentScope()
-{
-    if (m_context != nullptr)
-        m_context->doneCurrent();
-}
-
 } // namespace tirn

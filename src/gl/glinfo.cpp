@@ -1,6 +1,5 @@
 #include "gl/glinfo.h"
 
-#include <QOpenGLFramebufferObject>
 #include <QStringList>
 
 #include "base/log.h"
@@ -20,10 +19,7 @@ bool GlInfo::hasExtension(const QString& name)
     return m_glExtensions.contains(name);
 }
 
-bool GlInfo::hasPBuffer()
-{
-    return m_context.makeCurrent() && QOpenGLFramebufferObject::hasOpenGLFramebufferObjects();
-}
+bool GlInfo::hasPBuffer() { return hasExtension("GL_ARB_framebuffer_object"); }
 
 bool GlInfo::hasStereo()
 {

@@ -5,7 +5,7 @@
 #include <QSet>
 #include <QString>
 
-#include "gl/glcontext.h"
+#include "gl/offscreencontext.h"
 
 namespace tirn {
 
@@ -28,14 +28,11 @@ struct GlCapabilities
     bool canEditPalettes() const { return hasPalettedTexture || (hasFragmentProgram && hasMultitexture); }
 };
 
-/// Answers every question on the driver, from a hidden context that all others share their names with.
+/// Answers every question on the driver of a context, which outlives it.
 class GlInfo
 {
 public:
-    GlInfo() = default;
-
-    bool isValid() const { return m_context.isValid(); }
-    HiddenContext& hidden() { return m_context; }
+    explicit GlInfo(OffscreenContext& context) : m_context(context) {}
 
     /// Extension predicates; each makes the hidden context current first.
     bool hasExtension(const QString& name);
@@ -61,7 +58,7 @@ public:
     GlCapabilities readCapabilities();
 
 private:
-    HiddenContext m_context;
+    OffscreenContext& m_context;
     QSet<QString> m_glExtensions;
 };
 

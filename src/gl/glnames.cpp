@@ -13,24 +13,32 @@ namespace {
 std::atomic<int> liveTextures = 0;
 std::atomic<int> liveLists = 0;
 std::atomic<int> livePrograms = 0;
+std::atomic<int> liveBuffers = 0;
 
-} // namespace
-
-LiveGlNames liveGlNames() { return {liveTextures, liveLists, livePrograms}; }
-
-GLuint makeSharedTexture()
+template <class Entry>
+GLuint makeName(Entry generate, std::atomic<int>& live)
 {
     GLuint name = 0;
-    gl().GenTextures(1, &name);
-    liveTextures += name != 0;
+    if (generate != nullptr)
+        generate(1, &name);
+    live += name != 0;
     return name;
 }
 
-void deleteSharedTexture(GLuint name)
+template <class Entry>
+void removeName(Entry remove, std::atomic<int>& live, GLuint name)
 {
-    gl().DeleteTextures(1, &name);
-    --liveTextures;
+    remove(1, &name);
+    --live;
 }
+
+} // namespace
+
+LiveGlNames liveGlNames() { return {liveTextures, liveLists, livePrograms, liveBuffers}; }
+
+GLuint makeSharedTexture() { return makeName(gl().GenTextures, liveTextures); }
+
+void deleteSharedTexture(GLuint name) { removeName(gl().DeleteTextures, liveTextures, name); }
 
 GLuint makeSharedList()
 {
@@ -106,32 +114,16 @@ void ListNames::clear()
     m_count = 0;
 }
 
-ProgramName::ProgramName(ProgramName&& other) noexcept : m_id(std::exchange(other.m_id, 0)) {}
+GLuint ProgramKind::make() { return makeName(gl().GenProgramsARB, livePrograms); }
 
-ProgramName& ProgramName::operator=(ProgramName&& other) noexcept
-{
-    if (this != &other) {
-        clear();
-        m_id = std::exchange(other.m_id, 0);
-    }
-    return *this;
-}
+void ProgramKind::remove(GLuint name) { removeName(gl().DeleteProgramsARB, livePrograms, name); }
 
-GLuint ProgramName::generate()
-{
-    clear();
-    gl().GenProgramsARB(1, &m_id);
-    livePrograms += m_id != 0;
-    return m_id;
-}
+GLuint FrameBufferKind::make() { return makeName(gl().GenFramebuffers, liveBuffers); }
 
-void ProgramName::clear()
-{
-    if (m_id == 0)
-        return;
-    gl().DeleteProgramsARB(1, &m_id);
-    --livePrograms;
-    m_id = 0;
-}
+void FrameBufferKind::remove(GLuint name) { removeName(gl().DeleteFramebuffers, liveBuffers, name); }
+
+GLuint RenderBufferKind::make() { return makeName(gl().GenRenderbuffers, liveBuffers); }
+
+void RenderBufferKind::remove(GLuint name) { removeName(gl().DeleteRenderbuffers, liveBuffers, name); }
 
 } // namespace tirn

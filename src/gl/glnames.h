@@ -1,5 +1,6 @@
 #pragma once
 
+#include <utility>
 #include <vector>
 
 #include <qopengl.h>
@@ -12,6 +13,8 @@ struct LiveGlNames
     int textures = 0;
     int lists = 0;
     int programs = 0;
+    /// Frame buffer objects and their buffers.
+    int buffers = 0;
 
     bool operator==(const LiveGlNames&) const = default;
 };
@@ -71,21 +74,60 @@ private:
     int m_count = 0;
 };
 
-/// Owns one fragment program.
-class ProgramName
+/// Owns one name of a kind; a kind makes and deletes its names and counts them.
+template <class Kind>
+class SingleName
 {
 public:
-    ProgramName() = default;
-    ProgramName(ProgramName&& other) noexcept;
-    ProgramName& operator=(ProgramName&& other) noexcept;
-    ~ProgramName() { clear(); }
+    SingleName() = default;
+    SingleName(SingleName&& other) noexcept : m_id(std::exchange(other.m_id, 0)) {}
+    SingleName& operator=(SingleName&& other) noexcept
+    {
+        if (this != &other) {
+            clear();
+            m_id = std::exchange(other.m_id, 0);
+        }
+        return *this;
+    }
+    ~SingleName() { clear(); }
 
-    GLuint generate();
-    void clear();
+    /// A new name in place of the old one; 0 when the driver gives none.
+    GLuint generate()
+    {
+        clear();
+        m_id = Kind::make();
+        return m_id;
+    }
+    void clear()
+    {
+        if (m_id != 0)
+            Kind::remove(std::exchange(m_id, 0));
+    }
     GLuint id() const { return m_id; }
 
 private:
     GLuint m_id = 0;
 };
+
+struct ProgramKind
+{
+    static GLuint make();
+    static void remove(GLuint name);
+};
+struct FrameBufferKind
+{
+    static GLuint make();
+    static void remove(GLuint name);
+};
+struct RenderBufferKind
+{
+    static GLuint make();
+    static void remove(GLuint name);
+};
+
+/// A fragment program; a frame buffer object, which its own context alone knows; one of its buffers.
+using ProgramName = SingleName<ProgramKind>;
+using FrameBufferName = SingleName<FrameBufferKind>;
+using RenderBufferName = SingleName<RenderBufferKind>;
 
 } // namespace tirn

@@ -28,14 +28,19 @@ const GlTable& gl() { return *tableInUse.load(std::memory_order_acquire); }
 
 bool loadGl()
 {
-    static std::mutex mutex;
-    const std::scoped_lock lock(mutex);
     QOpenGLContext* context = QOpenGLContext::currentContext();
     if (context == nullptr)
         return false;
-    if (driverTable.BindTexture == nullptr)
-        driverTable = GlTable::load([context](const char* name) { return context->getProcAddress(name); });
+    loadGl([context](const char* name) { return context->getProcAddress(name); });
     return true;
+}
+
+void loadGl(const std::function<GlTable::Function(const char*)>& resolve)
+{
+    static std::mutex mutex;
+    const std::scoped_lock lock(mutex);
+    if (driverTable.BindTexture == nullptr)
+        driverTable = GlTable::load(resolve);
 }
 
 GlTableScope::GlTableScope(const GlTable& table) : m_previous(tableInUse.exchange(&table)) {}

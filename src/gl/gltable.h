@@ -16,11 +16,19 @@ namespace tirn {
     X(void, ActiveTextureARB, (GLenum unit), (unit))                                                                   \
     X(void, AlphaFunc, (GLenum function, GLfloat reference), (function, reference))                                    \
     X(void, Begin, (GLenum mode), (mode))                                                                              \
+    X(void, BindFramebuffer, (GLenum target, GLuint buffer), (target, buffer))                                         \
     X(void, BindProgramARB, (GLenum target, GLuint program), (target, program))                                        \
+    X(void, BindRenderbuffer, (GLenum target, GLuint buffer), (target, buffer))                                        \
     X(void, BindTexture, (GLenum target, GLuint texture), (target, texture))                                           \
     X(void, BlendEquationEXT, (GLenum mode), (mode))                                                                   \
     X(void, BlendFunc, (GLenum source, GLenum destination), (source, destination))                                     \
+    X(void, BlendFuncSeparate, (GLenum source, GLenum destination, GLenum sourceAlpha, GLenum destinationAlpha),       \
+      (source, destination, sourceAlpha, destinationAlpha))                                                            \
+    X(void, BlitFramebuffer, (GLint fromX0, GLint fromY0, GLint fromX1, GLint fromY1, GLint toX0, GLint toY0,          \
+                              GLint toX1, GLint toY1, GLbitfield mask, GLenum filter),                                 \
+      (fromX0, fromY0, fromX1, fromY1, toX0, toY0, toX1, toY1, mask, filter))                                          \
     X(void, CallList, (GLuint list), (list))                                                                           \
+    X(GLenum, CheckFramebufferStatus, (GLenum target), (target))                                                       \
     X(void, Clear, (GLbitfield mask), (mask))                                                                          \
     X(void, ClearColor, (GLfloat red, GLfloat green, GLfloat blue, GLfloat alpha), (red, green, blue, alpha))          \
     X(void, ClipPlane, (GLenum plane, const GLdouble* equation), (plane, equation))                                    \
@@ -28,8 +36,10 @@ namespace tirn {
     X(void, ColorMask, (GLboolean red, GLboolean green, GLboolean blue, GLboolean alpha), (red, green, blue, alpha))   \
     X(void, ColorTableEXT, (GLenum target, GLenum internalFormat, GLsizei width, GLenum format, GLenum type,           \
                             const void* table), (target, internalFormat, width, format, type, table))                  \
+    X(void, DeleteFramebuffers, (GLsizei count, const GLuint* buffers), (count, buffers))                              \
     X(void, DeleteLists, (GLuint first, GLsizei count), (first, count))                                                \
     X(void, DeleteProgramsARB, (GLsizei count, const GLuint* programs), (count, programs))                             \
+    X(void, DeleteRenderbuffers, (GLsizei count, const GLuint* buffers), (count, buffers))                             \
     X(void, DeleteTextures, (GLsizei count, const GLuint* textures), (count, textures))                                \
     X(void, DepthFunc, (GLenum function), (function))                                                                  \
     X(void, DepthMask, (GLboolean write), (write))                                                                     \
@@ -42,8 +52,14 @@ namespace tirn {
     X(void, EndList, (), ())                                                                                           \
     X(void, Finish, (), ())                                                                                            \
     X(void, Flush, (), ())                                                                                             \
+    X(void, FramebufferRenderbuffer, (GLenum target, GLenum attachment, GLenum bufferTarget, GLuint buffer),           \
+      (target, attachment, bufferTarget, buffer))                                                                      \
+    X(void, FramebufferTexture2D, (GLenum target, GLenum attachment, GLenum textureTarget, GLuint texture,             \
+                                   GLint level), (target, attachment, textureTarget, texture, level))                  \
+    X(void, GenFramebuffers, (GLsizei count, GLuint* buffers), (count, buffers))                                       \
     X(GLuint, GenLists, (GLsizei range), (range))                                                                      \
     X(void, GenProgramsARB, (GLsizei count, GLuint* programs), (count, programs))                                      \
+    X(void, GenRenderbuffers, (GLsizei count, GLuint* buffers), (count, buffers))                                      \
     X(void, GenTextures, (GLsizei count, GLuint* textures), (count, textures))                                         \
     X(void, GetBooleanv, (GLenum name, GLboolean* values), (name, values))                                             \
     X(GLenum, GetError, (), ())                                                                                        \
@@ -73,6 +89,10 @@ namespace tirn {
     X(void, ReadBuffer, (GLenum buffer), (buffer))                                                                     \
     X(void, ReadPixels, (GLint x, GLint y, GLsizei width, GLsizei height, GLenum format, GLenum type, void* pixels),   \
       (x, y, width, height, format, type, pixels))                                                                     \
+    X(void, RenderbufferStorage, (GLenum target, GLenum format, GLsizei width, GLsizei height),                        \
+      (target, format, width, height))                                                                                 \
+    X(void, RenderbufferStorageMultisample, (GLenum target, GLsizei samples, GLenum format, GLsizei width,             \
+                                             GLsizei height), (target, samples, format, width, height))                \
     X(void, Rotated, (GLdouble angle, GLdouble x, GLdouble y, GLdouble z), (angle, x, y, z))                           \
     X(void, Scaled, (GLdouble x, GLdouble y, GLdouble z), (x, y, z))                                                   \
     X(void, TexCoord2f, (GLfloat s, GLfloat t), (s, t))                                                                \
@@ -118,6 +138,8 @@ const GlTable& gl();
 
 /// Fills the table from the toolkit's current context, once in a process. False when no context is current.
 bool loadGl();
+/// The same through another way to find entries.
+void loadGl(const std::function<GlTable::Function(const char*)>& resolve);
 
 /// Puts another table in use while it lives; for tests that record calls.
 class GlTableScope

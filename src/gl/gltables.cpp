@@ -19,7 +19,7 @@ constexpr std::size_t kListBytes = std::size_t{4} * kListEntries;
 class TableScope
 {
 public:
-    explicit TableScope(HiddenContext* context)
+    explicit TableScope(OffscreenContext* context)
     {
         if (context != nullptr)
             m_current.emplace(*context);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "depth/curvetextures.h"
-#include "gl/glcontext.h"
+#include "gl/offscreencontext.h"
 #include "gl/renderthreadkind.h"
 #include "palettes/palettetables.h"
 
@@ -17,7 +17,7 @@ class GlPaletteTables : public PaletteTables
 public:
     /// `context` may be null where the caller's own context is always current; otherwise it must outlive
     /// this.
-    GlPaletteTables(RenderThreadKind kind, HiddenContext* context) : m_kind(kind), m_context(context) {}
+    GlPaletteTables(RenderThreadKind kind, OffscreenContext* context) : m_kind(kind), m_context(context) {}
 
     unsigned upload(unsigned handle, std::span<const std::uint8_t> rgba) override;
     void release(unsigned handle) override;
@@ -27,20 +27,20 @@ private:
     unsigned recordList(unsigned handle, std::span<const std::uint8_t> rgba);
 
     RenderThreadKind m_kind;
-    HiddenContext* m_context;
+    OffscreenContext* m_context;
 };
 
 /// Puts depth curves on the card, as 1D luminance textures. Contexts as for palettes.
 class GlCurveTextures : public CurveTextures
 {
 public:
-    explicit GlCurveTextures(HiddenContext* context) : m_context(context) {}
+    explicit GlCurveTextures(OffscreenContext* context) : m_context(context) {}
 
     CurveUpload upload(unsigned texture, std::span<const float> texels) override;
     void release(unsigned texture) override;
 
 private:
-    HiddenContext* m_context;
+    OffscreenContext* m_context;
 };
 
 } // namespace tirn

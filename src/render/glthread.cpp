@@ -161,7 +161,22 @@ void GLThread::setupBuffer()
     logDebug("Buffer setup");
 }
 
-bool GLThread::drawPicture(QSize size)
+bool GLThread::drawPicture(const PicturePart& part)
+{
+    m_part = part;
+    if (part.transparent) {
+        gl().BlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
+        gl().ClearColor(0, 0, 0, 0);
+    }
+    if (!beginScene(part.whole))
+        return false;
+    const FrameState frame = takeFrameState(m_host.scene, m_host.view);
+    drawFrame(frame, part.whole);
+    finishFrame();
+    return true;
+}
+
+bool GLThread::drawNextFrame(QSize size)
 {
     setupBuffer();
     return drawScene(size) == Outcome::Drawn;
@@ -169,20 +184,9 @@ bool GLThread::drawPicture(QSize size)
 
 GLThread::Outcome GLThread::drawScene(QSize size)
 {
-    applyPending();
-    gl().Viewport(0, 0, size.width(), size.height());
-    gl().Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    m_text.setScale(fontScale * m_host.surface.pixelRatio());
-    const FrameState before = takeFrameState(m_host.scene, m_host.view);
-    if (drawMessageOnly(size))
+    m_part = {size, QRect(QPoint(0, 0), size), fontScale * m_host.surface.pixelRatio(), false};
+    if (!beginScene(size))
         return Outcome::NothingToDraw;
-    if (before.array == nullptr) {
-        m_lists.clear();
-        drawNoStack(before.batchMode, size);
-        return Outcome::NothingToDraw;
-    }
-    if (!prepareProgram(before))
-        return Outcome::Failed;
     stepScene();
     const FrameState frame = takeFrameState(m_host.scene, m_host.view);
     m_host.events.rotationDrawn(frame.view.rotX, frame.view.rotY, frame.view.rotZ);
@@ -190,6 +194,23 @@ GLThread::Outcome GLThread::drawScene(QSize size)
     drawFrame(frame, size);
     finishFrame();
     return Outcome::Drawn;
+}
+
+bool GLThread::beginScene(QSize size)
+{
+    applyPending();
+    gl().Viewport(0, 0, m_part.part.width(), m_part.part.height());
+    gl().Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    m_text.setScale(m_part.overlayScale);
+    const FrameState before = takeFrameState(m_host.scene, m_host.view);
+    if (drawMessageOnly(size))
+        return false;
+    if (before.array == nullptr) {
+        m_lists.clear();
+        drawNoStack(before.batchMode, size);
+        return false;
+    }
+    return prepareProgram(before);
 }
 
 /// Read from the back buffer before the swap, where the frame surely is.

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
 
 #include <QImage>
+#include <QRect>
 #include <QThread>
 
 #include "base/stopwatch.h"
@@ -29,6 +31,18 @@ struct RenderHost
     FrameSurface& surface;
     RenderEvents& events;
     RenderThreadKind kind;
+};
+
+/// The part of a picture that a frame draws into the lower left corner of its buffer, in device pixels, y
+/// from the bottom. A window shows all of its picture.
+struct PicturePart
+{
+    QSize whole;
+    QRect part;
+    /// By how much overlays are larger than in a plain window of 512 pixels.
+    double overlayScale = 1;
+    /// Colours come out multiplied by their opacity, over nothing.
+    bool transparent = false;
 };
 
 /// Draws frames, for a card with paletted textures; the other cards' threads derive from it.
@@ -82,11 +96,14 @@ public:
     int framesDrawn() const { return m_framesDrawn; }
     double lastFrameSeconds() const { return m_lastFrameSeconds; }
 
-    /// Sets up the current context and draws one frame of the scene into it, without swapping; for pictures
-    /// outside the window. Returns false when there was only a message to draw.
-    bool drawPicture(QSize size);
     /// Prepares the context of an off-screen buffer the way a run prepares its window.
     void setupBuffer();
+    /// Draws the scene as it is into the current frame buffer, with nothing moving on; for pictures outside
+    /// the window, in a context that `setupBuffer` prepared. Returns false when there was only a message to
+    /// draw.
+    bool drawPicture(const PicturePart& part);
+    /// The next frame of a run, drawn on this thread and not swapped: what moves by itself moves on.
+    bool drawNextFrame(QSize size);
     /// Sets up a fresh context: clear colour, blending, tests, material.
     virtual void initializeGL();
     /// One frame of a state into the current frame buffer of `size` device pixels, without swapping.
@@ -99,7 +116,7 @@ public:
     RenderListCache& lists() { return m_lists; }
 
 protected:
-    enum class Outcome { Drawn, NothingToDraw, Failed };
+    enum class Outcome { Drawn, NothingToDraw };
 
     void run() override;
 
@@ -137,6 +154,8 @@ protected:
     void applyView(const FrameState& frame);
     void drawEye(const FrameState& frame, const Vector3& eye, const Vector3& focus);
     void setupOverlay(const FrameState& frame);
+    /// Sets an orthographic projection on the shown part, and leaves the identity as model view.
+    void setOrtho(const OrthoBounds& bounds);
 
     RenderHost m_host;
     TextPainter m_text;
@@ -148,6 +167,9 @@ private:
 
     Outcome renderFrame();
     Outcome drawScene(QSize size);
+    /// Background and blend equation as far as they changed, a cleared buffer; false when no volume can be
+    /// drawn, whose message then stands there.
+    bool beginScene(QSize size);
     void grab(QSize size);
     Next nextStep(Outcome outcome);
     Next sleepUntilChange(int milliseconds);
@@ -164,6 +186,8 @@ private:
     void drawOverlays(const FrameState& frame, QSize size);
     qint64 elapsed() const { return static_cast<qint64>(m_timer.seconds() * 1000); }
 
+    /// What the projections and the text of the frame at hand are shifted by.
+    PicturePart m_part;
     RenderListCache m_lists;
     std::mutex m_stateMutex;
     std::condition_variable m_wake;
@@ -192,6 +216,16 @@ struct SquareViewport
     int side = 0;
 };
 SquareViewport squareViewport(QSize size);
+
+/// The part of a square viewport that lies in a part of the picture, and the matrix, column by column, that
+/// spreads it over the whole of the normalised coordinates. Nothing passes where the two do not meet.
+struct PartViewport
+{
+    QRect pixels;
+    bool whole = true;
+    std::array<double, 16> spread = {};
+};
+PartViewport partViewport(const SquareViewport& square, const QRect& part);
 
 /// The frame rate as text; a time of 0 has a text of its own.
 QString frameRateText(double seconds);

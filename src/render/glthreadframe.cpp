@@ -18,16 +18,6 @@ void setColorMask(const ColorMask& mask)
     gl().ColorMask(value(mask.red), value(mask.green), value(mask.blue), value(mask.alpha));
 }
 
-/// Sets an orthographic projection, and leaves the identity as model view.
-void setOrtho(const OrthoBounds& bounds)
-{
-    gl().MatrixMode(GL_PROJECTION);
-    gl().LoadIdentity();
-    gl().Ortho(bounds.left, bounds.right, bounds.bottom, bounds.top, bounds.zNear, bounds.zFar);
-    gl().MatrixMode(GL_MODELVIEW);
-    gl().LoadIdentity();
-}
-
 /// Cuts the axes across the slices while it lives.
 class ClipScope
 {
@@ -144,16 +134,61 @@ ListNames GLThread::buildRenderList(const FrameState& frame, Orientation orienta
     return list;
 }
 
+PartViewport partViewport(const SquareViewport& square, const QRect& part)
+{
+    const QRect whole(square.x, square.y, square.side, square.side);
+    const QRect shown = whole & part;
+    if (shown == whole)
+        return {whole.translated(-part.topLeft())};
+    PartViewport viewport;
+    viewport.whole = false;
+    if (shown.isEmpty()) {
+        // All is moved to one place outside of what is shown.
+        viewport.pixels = {0, 0, 1, 1};
+        viewport.spread[12] = 2;
+        viewport.spread[15] = 1;
+        return viewport;
+    }
+    const auto spread = [&](std::size_t axis, int from, int size, int wholeFrom) {
+        viewport.spread[5 * axis] = static_cast<double>(square.side) / size;
+        viewport.spread[12 + axis] = (square.side - 2.0 * (from - wholeFrom) - size) / size;
+    };
+    viewport.pixels = shown.translated(-part.topLeft());
+    spread(0, shown.x(), shown.width(), square.x);
+    spread(1, shown.y(), shown.height(), square.y);
+    viewport.spread[10] = viewport.spread[15] = 1;
+    return viewport;
+}
+
+void GLThread::setOrtho(const OrthoBounds& bounds)
+{
+    const PartViewport viewport = partViewport(squareViewport(m_part.whole), m_part.part);
+    gl().MatrixMode(GL_PROJECTION);
+    gl().LoadIdentity();
+    if (!viewport.whole)
+        gl().MultMatrixd(viewport.spread.data());
+    gl().Ortho(bounds.left, bounds.right, bounds.bottom, bounds.top, bounds.zNear, bounds.zFar);
+    gl().MatrixMode(GL_MODELVIEW);
+    gl().LoadIdentity();
+}
+
 void GLThread::setupProjection(const FrameState& frame, QSize size)
 {
-    const SquareViewport square = squareViewport(size);
-    gl().Viewport(square.x, square.y, square.side, square.side);
+    const PartViewport viewport = partViewport(squareViewport(size), m_part.part);
+    gl().Viewport(viewport.pixels.x(), viewport.pixels.y(), viewport.pixels.width(),
+                  viewport.pixels.height());
     gl().MatrixMode(GL_PROJECTION);
     if (frame.view.renderMode == RenderMode::Normal || frame.view.renderMode == RenderMode::FourViews) {
         setOrtho(widenedBounds(frame.view, frame.scale));
         return;
     }
-    gl().LoadMatrixd(perspectiveMatrix(60, 1, 0.1, 10000).data());
+    const std::array<double, 16> perspective = perspectiveMatrix(60, 1, 0.1, 10000);
+    if (viewport.whole) {
+        gl().LoadMatrixd(perspective.data());
+    } else {
+        gl().LoadMatrixd(viewport.spread.data());
+        gl().MultMatrixd(perspective.data());
+    }
     gl().MatrixMode(GL_MODELVIEW);
     gl().LoadIdentity();
 }

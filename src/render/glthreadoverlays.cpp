@@ -56,17 +56,20 @@ ScaleBarLabel scaleBarLabel(double barSize, int maxPow, double voxelSizeX, doubl
 
 void GLThread::drawTextInWindow(const TextLine& line, int x, int y, QSize size)
 {
-    const double ratio = m_host.surface.pixelRatio();
-    m_text.draw(line, static_cast<int>(x * ratio), static_cast<int>(size.height() - y * ratio));
+    const double ratio = m_part.overlayScale;
+    m_text.draw(line, static_cast<int>(x * ratio) - m_part.part.x(),
+                static_cast<int>(size.height() - y * ratio) - m_part.part.y());
 }
 
 void GLThread::drawTextAt(const TextLine& line, const FrameState& frame, double x, double y, QSize size)
 {
     const SquareViewport square = squareViewport(size);
     const OrthoBounds& bounds = frame.view.ortho;
-    m_text.draw(
-        line, square.x + static_cast<int>((x - bounds.left) / (bounds.right - bounds.left) * square.side),
-        square.y + static_cast<int>((y - bounds.bottom) / (bounds.top - bounds.bottom) * square.side));
+    const auto place = [&](double at, double low, double high) {
+        return static_cast<int>((at - low) / (high - low) * square.side);
+    };
+    m_text.draw(line, square.x - m_part.part.x() + place(x, bounds.left, bounds.right),
+                square.y - m_part.part.y() + place(y, bounds.bottom, bounds.top));
 }
 
 void GLThread::drawNoStack(bool batchMode, QSize size)
@@ -109,12 +112,12 @@ void GLThread::drawFrameRate(QSize size)
     gl().Finish();
     const QString text = frameRateText(m_frameClock.restart());
     drawTextInWindow({text, 12, false, Qt::white}, 10,
-                     static_cast<int>(size.height() / m_host.surface.pixelRatio()) - 10, size);
+                     static_cast<int>(size.height() / m_part.overlayScale) - 10, size);
 }
 
 void GLThread::drawOrientationLabel(const FrameState& frame, QSize size)
 {
-    const double ratio = m_host.surface.pixelRatio();
+    const double ratio = m_part.overlayScale;
     drawTextInWindow({orientationName(orientationOf(frame.rotation)), 10, false, Qt::white},
                      static_cast<int>(size.width() / ratio) - 100,
                      static_cast<int>(size.height() / ratio) - 10, size);
@@ -122,7 +125,7 @@ void GLThread::drawOrientationLabel(const FrameState& frame, QSize size)
 
 void GLThread::drawTimeLabel(const FrameState& frame, QSize size)
 {
-    const double ratio = m_host.surface.pixelRatio();
+    const double ratio = m_part.overlayScale;
     const int width = static_cast<int>(size.width() / ratio);
     const int x = std::max(10, width - (static_cast<int>(frame.timeLabel.size()) * 11 + 10));
     drawTextInWindow({frame.timeLabel, 16, true, Qt::white}, x, static_cast<int>(size.height() / ratio) - 10,
@@ -131,7 +134,7 @@ void GLThread::drawTimeLabel(const FrameState& frame, QSize size)
 
 void GLThread::drawFileLabel(const FrameState& frame, QSize size)
 {
-    const double ratio = m_host.surface.pixelRatio();
+    const double ratio = m_part.overlayScale;
     const int width = static_cast<int>(size.width() / ratio);
     const int x = std::max(10, width / 2 - static_cast<int>(frame.watermark.size()) * 7 / 2);
     drawTextInWindow({frame.watermark, 12, true, Qt::white}, x, static_cast<int>(size.height() / ratio) - 5,
@@ -160,6 +163,7 @@ void GLThread::drawScaleBar(const FrameState& frame, QSize size)
         return;
     }
     setColor(view.scaleBarColor);
+    gl().LineWidth(static_cast<GLfloat>(std::max(1.0, m_part.overlayScale)));
     const double z = view.ortho.zNear + 0.1;
     {
         const PrimitiveScope strip(GL_LINE_STRIP);
@@ -168,6 +172,7 @@ void GLThread::drawScaleBar(const FrameState& frame, QSize size)
         vertex(x + view.scaleBarSize, y, z);
         vertex(x + view.scaleBarSize, y + 0.02, z);
     }
+    gl().LineWidth(1);
     drawTextAt({label.text, points, true, view.scaleBarColor}, frame, x + 0.03, y + 0.01, size);
 }
 

@@ -9,44 +9,9 @@
 
 #include "base/log.h"
 #include "gl/gltable.h"
-#include "render/nvidiathread.h"
+#include "render/renderthreads.h"
 
 namespace tirn {
-
-namespace {
-
-struct ThreadRow
-{
-    RenderThreadKind kind;
-    const char* log;
-    std::unique_ptr<GLThread> (*create)(const RenderHost&);
-};
-
-template <typename Thread>
-std::unique_ptr<GLThread> createThread(const RenderHost& host)
-{
-    return std::make_unique<Thread>(host);
-}
-
-constexpr ThreadRow kThreads[] = {
-    {RenderThreadKind::Paletted, "Using GLThread", &createThread<GLThread>},
-    {RenderThreadKind::Nvidia, "Using NvidiaThread", &createThread<NvidiaThread>},
-    {RenderThreadKind::FragmentProgram, "Using AtiThread", &createThread<NvidiaThread>},
-    {RenderThreadKind::LostCause, "Using Lost Cause Thread", &createThread<LostCauseThread>},
-};
-
-} // namespace
-
-RenderThreadKind chooseThreadKind(const GlCapabilities& card)
-{
-    if (card.hasFloatBuffer)
-        return RenderThreadKind::Nvidia;
-    if (card.hasPalettedTexture)
-        return RenderThreadKind::Paletted;
-    if (card.hasFragmentProgram)
-        return RenderThreadKind::FragmentProgram;
-    return RenderThreadKind::LostCause;
-}
 
 TirnWidget::TirnWidget(const QString& name, const WidgetServices& services, bool stereo, QWidget* parent)
     : QWidget(parent), m_scene(services.scene), m_hidden(services.hidden),
@@ -66,10 +31,8 @@ TirnWidget::TirnWidget(const QString& name, const WidgetServices& services, bool
         logDebug("glTexImage3DEXT screwed");
     if (gl().BlendEquationEXT == nullptr)
         logDebug("glBlendEquationEXT screwed");
-    const ThreadRow& row = kThreads[static_cast<std::size_t>(m_threadKind)];
-    logDebug("%s", row.log);
-    m_renderThread = row.create({services.scene, m_view, services.settings, services.shaders,
-                                 services.renderLock, m_surface, services.events, m_threadKind});
+    m_renderThread = makeRenderThread({services.scene, m_view, services.settings, services.shaders,
+                                       services.renderLock, m_surface, services.events, m_threadKind});
 }
 
 TirnWidget::~TirnWidget()

@@ -5,6 +5,7 @@
 #include <QMenu>
 #include <QWidget>
 
+#include "gl/glcontext.h"
 #include "gl/glinfo.h"
 #include "render/glthread.h"
 #include "render/windowsurface.h"
@@ -42,10 +43,6 @@ struct ContextMenuActions
     QAction* about = nullptr;
     QAction* exit = nullptr;
 };
-
-/// The render thread's kind for a card: the first of float buffers, paletted textures and fragment programs
-/// that it has.
-RenderThreadKind chooseThreadKind(const GlCapabilities& card);
 
 /// The GL window. It never paints by itself: whatever changes the picture changes the view state and asks its
 /// render thread for a frame.

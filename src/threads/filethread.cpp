@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "base/log.h"
-#include "gl/gltable.h"
 #include "image/imagefile.h"
+#include "volume/volumemaking.h"
 
 namespace tirn {
 
@@ -72,46 +72,23 @@ std::unique_ptr<VoxelArray> makeVolume(const LoadRequest& request, const LoadRep
         return nullptr;
     report.progress("Encoding " + name, kReadShare, kTotal, false);
     const ImageFile& first = *array->images().front();
-    array->stack() = first.attributes();
-    const auto files = static_cast<int>(array->images().size());
-    array->setChannelCount(first.attributes().channels > 1 ? first.attributes().channels : files);
-    array->setTimePoints(1);
-    array->sliceFirst = first.firstLayer();
-    array->sliceLast = first.lastLayer();
-    array->sliceStep = first.layerStep();
-    for (int i = 0; i < files; ++i) {
-        // Every file has its part of the second hundred.
-        const Progress progress = {[&report, i, files](const QString& message, int percent, int total) {
-                                       report.progress(message, (i * 100 + percent) / files, total, false);
-                                   },
-                                   &cancelled};
-        if (cancelled)
-            return nullptr;
-        if (!array->encode(GL_TEXTURE_2D, -1, progress))
-            throw LoadFailure("I cannot undestand the data in " + first.fileName() + " for some reason.");
-    }
+    const int channels = first.attributes().channels;
+    const Progress progress = {[&report](const QString& message, int percent, int total) {
+                                   report.progress(message, percent, total, false);
+                               },
+                               &cancelled};
+    const bool complete = completeVolume(
+        *array, {channels > 1 ? channels : static_cast<int>(array->images().size())}, progress);
+    if (cancelled)
+        return nullptr;
+    if (!complete)
+        throw LoadFailure("I cannot undestand the data in " + first.fileName() + " for some reason.");
     assignPalettes(*array, request);
-    array->resetCurves();
-    array->scale =
-        scaleOfVoxels(array->stack().dimX, array->stack().dimY, array->stack().dimZ, array->sliceStep);
-    array->baseScale = array->scale;
-    // The volume is complete before another context draws it.
-    gl().Finish();
     report.progress("", 0, 0, true);
     return array;
 }
 
 } // namespace
-
-AxisScale scaleOfVoxels(double dimX, double dimY, double dimZ, int step)
-{
-    // Written so that a voxel size that is no number counts as unknown.
-    if (!(dimX > 0) || !(dimY > 0) || !(dimZ > 0))
-        return {};
-    const double largest = std::max({dimX, dimY, dimZ});
-    logDebug("dimZ %f DIM %f step %d", dimZ, largest, step);
-    return {dimX / largest, dimY / largest, dimZ / largest * std::max(1, step)};
-}
 
 void loadStack(const LoadRequest& request, const LoadReport& report, const std::atomic<bool>& cancelled)
 {

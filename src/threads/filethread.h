@@ -37,10 +37,6 @@ struct LoadReport
 /// the finished volume or a text of what went wrong.
 void loadStack(const LoadRequest& request, const LoadReport& report, const std::atomic<bool>& cancelled);
 
-/// The scale that a volume's voxel size gives: the largest side 1, the others in proportion, z times the step
-/// between the layers read; 1 on all axes when a side is unknown.
-AxisScale scaleOfVoxels(double dimX, double dimY, double dimZ, int step);
-
 /// Reads and encodes stacks away from the interface thread.
 ///
 /// One load at a time. The request is set before the start; the hidden context belongs to the thread while it

@@ -1,3 +1,4 @@
+#include "gl/glcontext.h"
 #include "gl/glinfo.h"
 
 #include <gtest/gtest.h>
@@ -11,15 +12,16 @@ namespace {
 class Card : public ::testing::Test
 {
 protected:
-    GlInfo info;
+    HiddenContext hidden;
+    GlInfo info{hidden};
     test::LogCapture log;
 };
 
 TEST_F(Card, HasTheExtensionsThatItsContextLists)
 {
-    ASSERT_TRUE(info.isValid());
-    ASSERT_TRUE(info.hidden().makeCurrent());
-    const auto listed = [&](const char* name) { return info.hidden().context().hasExtension(name); };
+    ASSERT_TRUE(hidden.isValid());
+    ASSERT_TRUE(hidden.makeCurrent());
+    const auto listed = [&](const char* name) { return hidden.context().hasExtension(name); };
     EXPECT_EQ(info.hasFragmentProgram(), listed("GL_ARB_fragment_program"));
     EXPECT_EQ(info.hasMultitexture(), listed("GL_ARB_multitexture"));
     EXPECT_EQ(info.hasPalettedTexture(), listed("GL_EXT_paletted_texture"));

@@ -38,7 +38,7 @@ void RecordedRig::makePalettes(int count, int depth)
 std::vector<std::string> RecordedRig::draw(const std::vector<std::string>& names)
 {
     gl.clear();
-    m_thread->drawPicture(m_surface.size());
+    m_thread->drawNextFrame(m_surface.size());
     return gl.texts(names);
 }
 

@@ -148,17 +148,8 @@ void RenderRig::setTables(const std::vector<ColourTable>& tables)
 QImage RenderRig::draw()
 {
     m_surface->makeCurrent();
-    m_thread->drawPicture(m_surface->size());
+    m_thread->drawNextFrame(m_surface->size());
     return m_surface->image();
-}
-
-std::unique_ptr<GLThread> makeRenderThread(const RenderHost& host)
-{
-    if (host.kind == RenderThreadKind::Paletted)
-        return std::make_unique<GLThread>(host);
-    if (host.kind == RenderThreadKind::LostCause)
-        return std::make_unique<LostCauseThread>(host);
-    return std::make_unique<NvidiaThread>(host);
 }
 
 Picture pictureOf(const QImage& image)

@@ -9,7 +9,7 @@
 
 #include "gl/glcontext.h"
 #include "gl/gltables.h"
-#include "render/glthread.h"
+#include "render/renderthreads.h"
 #include "support/compositor.h"
 #include "support/plainstack.h"
 
@@ -109,9 +109,6 @@ private:
     std::unique_ptr<GLThread> m_thread;
     RenderThreadKind m_kind;
 };
-
-/// The thread of a kind, as the widget chooses it.
-std::unique_ptr<GLThread> makeRenderThread(const RenderHost& host);
 
 /// A drawn image as the compositor's picture; every pixel counts as covered.
 Picture pictureOf(const QImage& image);
