@@ -43,6 +43,8 @@ struct PicturePart
     double overlayScale = 1;
     /// Colours come out multiplied by their opacity, over nothing.
     bool transparent = false;
+    /// The longest side of a viewport that the driver takes.
+    int largestViewport = 16384;
 };
 
 /// Draws frames, for a card with paletted textures; the other cards' threads derive from it.
@@ -217,15 +219,17 @@ struct SquareViewport
 };
 SquareViewport squareViewport(QSize size);
 
-/// The part of a square viewport that lies in a part of the picture, and the matrix, column by column, that
-/// spreads it over the whole of the normalised coordinates. Nothing passes where the two do not meet.
+/// The viewport for a part of a picture. Where the driver takes it, that is the whole square, most of which
+/// lies outside of the buffer: then all parts are rounded alike. A larger square is cut down to what the part
+/// shows of it, which a matrix, column by column, spreads over the normalised coordinates; nothing passes
+/// where the two do not meet.
 struct PartViewport
 {
     QRect pixels;
     bool whole = true;
     std::array<double, 16> spread = {};
 };
-PartViewport partViewport(const SquareViewport& square, const QRect& part);
+PartViewport partViewport(const SquareViewport& square, const PicturePart& part);
 
 /// The frame rate as text; a time of 0 has a text of its own.
 QString frameRateText(double seconds);

@@ -134,11 +134,12 @@ ListNames GLThread::buildRenderList(const FrameState& frame, Orientation orienta
     return list;
 }
 
-PartViewport partViewport(const SquareViewport& square, const QRect& part)
+PartViewport partViewport(const SquareViewport& square, const PicturePart& picture)
 {
+    const QRect& part = picture.part;
     const QRect whole(square.x, square.y, square.side, square.side);
     const QRect shown = whole & part;
-    if (shown == whole)
+    if (shown == whole || square.side <= picture.largestViewport)
         return {whole.translated(-part.topLeft())};
     PartViewport viewport;
     viewport.whole = false;
@@ -162,7 +163,7 @@ PartViewport partViewport(const SquareViewport& square, const QRect& part)
 
 void GLThread::setOrtho(const OrthoBounds& bounds)
 {
-    const PartViewport viewport = partViewport(squareViewport(m_part.whole), m_part.part);
+    const PartViewport viewport = partViewport(squareViewport(m_part.whole), m_part);
     gl().MatrixMode(GL_PROJECTION);
     gl().LoadIdentity();
     if (!viewport.whole)
@@ -174,7 +175,7 @@ void GLThread::setOrtho(const OrthoBounds& bounds)
 
 void GLThread::setupProjection(const FrameState& frame, QSize size)
 {
-    const PartViewport viewport = partViewport(squareViewport(size), m_part.part);
+    const PartViewport viewport = partViewport(squareViewport(size), m_part);
     gl().Viewport(viewport.pixels.x(), viewport.pixels.y(), viewport.pixels.width(),
                   viewport.pixels.height());
     gl().MatrixMode(GL_PROJECTION);

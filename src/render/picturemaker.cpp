@@ -59,12 +59,13 @@ void limitToOpacity(QImage& picture)
     }
 }
 
+int lowered(int limit, int wanted) { return wanted > 0 ? std::min(limit, wanted) : limit; }
+
 QString sizeText(QSize size) { return QString::asprintf("%d x %d", size.width(), size.height()); }
 
 } // namespace
 
-PictureMaker::PictureMaker(GLThread& thread, int largestTile) : m_thread(thread), m_largestTile(largestTile)
-{}
+PictureMaker::PictureMaker(GLThread& thread, const Limits& limits) : m_thread(thread), m_limits(limits) {}
 
 QImage PictureMaker::draw(const PictureRequest& request, const Progress& progress)
 {
@@ -88,8 +89,8 @@ QImage PictureMaker::draw(const PictureRequest& request, const Progress& progres
 
 bool PictureMaker::drawTiles(const PictureRequest& request, const Progress& progress, QImage& picture)
 {
-    const int limit =
-        m_largestTile > 0 ? std::min(m_largestTile, PBuffer::largestSide()) : PBuffer::largestSide();
+    const int limit = lowered(PBuffer::largestSide(), m_limits.tile);
+    const int viewport = lowered(PBuffer::largestSide(), m_limits.viewport);
     const TileCut across = cutSide(request.size.width(), limit);
     const TileCut along = cutSide(request.size.height(), limit);
     const QSize tileSize(across.length + 2 * across.margin, along.length + 2 * along.margin);
@@ -111,7 +112,7 @@ bool PictureMaker::drawTiles(const PictureRequest& request, const Progress& prog
                                   across.length, along.length) &
                             picture.rect();
         const QRect drawn = taken.adjusted(-across.margin, -along.margin, across.margin, along.margin);
-        m_thread.drawPicture({request.size, drawn, request.overlayScale, request.transparent});
+        m_thread.drawPicture({request.size, drawn, request.overlayScale, request.transparent, viewport});
         gl().ReadPixels(0, 0, drawn.width(), drawn.height(), GL_BGRA, GL_UNSIGNED_BYTE, tile.bits());
         copyTile(tile, drawn, taken, picture);
         progress("Drawing", i + 1, tiles);

@@ -26,8 +26,14 @@ struct PictureRequest
 class PictureMaker
 {
 public:
-    /// `largestTile` lowers the driver's limit where it is above 0.
-    explicit PictureMaker(GLThread& thread, int largestTile = 0);
+    /// `limits` lower those of the driver where they are above 0.
+    struct Limits
+    {
+        int tile = 0;
+        int viewport = 0;
+    };
+    explicit PictureMaker(GLThread& thread, const Limits& limits);
+    explicit PictureMaker(GLThread& thread) : PictureMaker(thread, Limits()) {}
 
     /// The picture, 32 bits a pixel. Null when it was cancelled or could not be made; `error` says why.
     /// Reports one step a tile.
@@ -39,7 +45,7 @@ private:
     bool drawTiles(const PictureRequest& request, const Progress& progress, QImage& picture);
 
     GLThread& m_thread;
-    int m_largestTile;
+    Limits m_limits;
     QString m_error;
 };
 

@@ -23,7 +23,8 @@ struct Layer
 const std::map<QString, Layer>& layers()
 {
     static const std::map<QString, Layer> all = {
-        {"core", {{"base", "image", "formats", "palettes", "depth", "movies", "mesh", "pictures", "session"}, {}}},
+        {"core",
+         {{"base", "image", "formats", "palettes", "depth", "movies", "mesh", "pictures", "session"}, {}}},
         {"gl", {{"gl", "volume", "render"}, {"core"}}},
         {"app", {{"threads", "ui", "app"}, {"core", "gl"}}},
         {"cli", {{"cli"}, {"core", "gl"}}},

@@ -183,9 +183,10 @@ TEST_P(PBuffers, APlainBufferIsNoTexture)
     ASSERT_TRUE(buffer.Initialize(8, 8, false, true));
     EXPECT_EQ(buffer.Bind(0), 0U);
     EXPECT_EQ(buffer.Release(0), 0U);
-    EXPECT_EQ(log.warnings(),
-              (QStringList{"PBuffer::Bind() failed - pbuffer format does not support render to texture!",
-                           "PBuffer::Release() failed - pbuffer format does not support render to texture!"}));
+    EXPECT_EQ(
+        log.warnings(),
+        (QStringList{"PBuffer::Bind() failed - pbuffer format does not support render to texture!",
+                     "PBuffer::Release() failed - pbuffer format does not support render to texture!"}));
     log.clear();
     PBuffer missing("rgba texture", true);
     EXPECT_EQ(missing.Bind(0), 0U);
@@ -219,7 +220,8 @@ TEST_P(PBuffers, PixelsAreCopiedInTheFormatOfTheComponents)
         std::vector<std::uint8_t> copied(4 * 2 * bytes + 1, 99);
         // 8 goes into no number of components: the count of bytes is always 0.
         EXPECT_EQ(buffer.CopyToBuffer(copied.data(), -1, 9999), 0U) << each.mode;
-        EXPECT_EQ(std::vector<std::uint8_t>(copied.end() - 1 - static_cast<std::ptrdiff_t>(bytes), copied.end() - 1),
+        EXPECT_EQ(std::vector<std::uint8_t>(copied.end() - 1 - static_cast<std::ptrdiff_t>(bytes),
+                                            copied.end() - 1),
                   each.pixel)
             << each.mode;
         EXPECT_EQ(copied.back(), 99) << each.mode;
@@ -267,7 +269,8 @@ std::string platformName(const ::testing::TestParamInfo<Platform>& info)
     return info.param == Platform::Toolkit ? "Toolkit" : "Egl";
 }
 
-INSTANTIATE_TEST_SUITE_P(Platforms, PBuffers, ::testing::Values(Platform::Toolkit, Platform::Egl), platformName);
+INSTANTIATE_TEST_SUITE_P(Platforms, PBuffers, ::testing::Values(Platform::Toolkit, Platform::Egl),
+                         platformName);
 
 } // namespace
 } // namespace tirn

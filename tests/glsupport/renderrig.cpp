@@ -130,15 +130,20 @@ VoxelArray& RenderRig::show(const std::vector<PlainStack>& timePoints, const Vol
     return *scene.arrays.back();
 }
 
+std::unique_ptr<Palette> paletteOf(const ColourTable& table, PaletteTables& tables)
+{
+    std::vector<PaletteEntry> entries;
+    for (std::size_t i = 0; i + 3 < table.size(); i += 4)
+        entries.push_back({table[i], table[i + 1], table[i + 2], table[i + 3]});
+    return std::make_unique<Palette>(entries, 4, "table", &tables);
+}
+
 void RenderRig::setTables(const std::vector<ColourTable>& tables)
 {
     m_hidden->makeCurrent();
     scene.palettes.clear();
     for (std::size_t c = 0; c < tables.size(); ++c) {
-        std::vector<PaletteEntry> entries;
-        for (std::size_t i = 0; i + 3 < tables[c].size(); i += 4)
-            entries.push_back({tables[c][i], tables[c][i + 1], tables[c][i + 2], tables[c][i + 3]});
-        scene.palettes.push_back(std::make_unique<Palette>(entries, 4, "table", m_paletteTables.get()));
+        scene.palettes.push_back(paletteOf(tables[c], *m_paletteTables));
         if (VoxelArray* array = scene.current())
             array->channels()[c].display.palette = static_cast<int>(c);
     }

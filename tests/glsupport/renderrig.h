@@ -62,6 +62,9 @@ public:
 /// A stack as the program keeps it, with its statistics.
 std::shared_ptr<ImageFile> imageOf(const PlainStack& stack);
 
+/// A palette with the entries of a table.
+std::unique_ptr<Palette> paletteOf(const ColourTable& table, PaletteTables& tables);
+
 /// A volume of a plain stack, one image a time point, encoded in the current context.
 struct VolumeSpec
 {

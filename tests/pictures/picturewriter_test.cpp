@@ -139,7 +139,8 @@ TEST_F(PictureWriter, EachFormatHasItsWriter)
     EXPECT_TRUE(test::fileContent(path("a")).startsWith("II*"));
     EXPECT_EQ(savePicture(colours(), path("a"), PictureFormat::Raw, 72), "");
     EXPECT_EQ(test::fileContent(path("a")).size(), 18);
-    EXPECT_EQ(savePicture(colours(), path("a"), PictureFormat::Printer, 72), "I don't know what format you want");
+    EXPECT_EQ(savePicture(colours(), path("a"), PictureFormat::Printer, 72),
+              "I don't know what format you want");
 }
 
 TEST_F(PictureWriter, AFailureSaysSoAndKeepsWhatIsThere)
@@ -152,7 +153,8 @@ TEST_F(PictureWriter, AFailureSaysSoAndKeepsWhatIsThere)
     test::saveBytes(path("a.tif"), "before");
     QImage wide(21846, 1, QImage::Format_RGB32);
     wide.fill(Qt::red);
-    EXPECT_EQ(saveTiff(wide, path("a.tif"), 72), "A row of more than 64 KB does not fit a strip of a TIFF file");
+    EXPECT_EQ(saveTiff(wide, path("a.tif"), 72),
+              "A row of more than 64 KB does not fit a strip of a TIFF file");
     EXPECT_EQ(test::fileContent(path("a.tif")), "before");
     EXPECT_EQ(files(), QStringList{"a.tif"});
 }
