@@ -13,6 +13,8 @@
 #include "app/events.h"
 #include "gl/glinfo.h"
 #include "gl/gltables.h"
+#include "render/picturemaker.h"
+#include "render/snapshots.h"
 #include "render/tirnwidget.h"
 #include "session/settings.h"
 #include "threads/filethread.h"
@@ -66,6 +68,21 @@ public:
     /// Files a loaded volume and makes it current.
     void addArray(std::unique_ptr<VoxelArray> array, const std::vector<QStringList>& files);
     void loadFromCommandLine(const QStringList& arguments);
+
+    /// The picture that a capture filled and that a writer takes and resets.
+    QImage& image() { return m_image; }
+    /// Whether pictures are drawn outside of the window; otherwise they are what the window shows.
+    bool canDrawOffScreen() const;
+    /// Takes a picture of the current volume; null when that is not possible or was cancelled.
+    bool capture(const PictureRequest& request, const Progress& progress = {});
+    /// For composites of pictures of this size; without off-screen drawing they have the window's.
+    SnapshotSource snapshotSource(QSize size, const Progress& progress = {});
+    /// Writers of `image`; a text of what went wrong, empty when all is well.
+    QString savePng(const QString& name, int dpi);
+    QString saveRaw(const QString& name);
+    QString saveTiff(const QString& name, int dpi);
+    /// Asks for a printer; false when there is none or printing failed.
+    bool printImage();
 
 public Q_SLOTS:
     void closeAll();
@@ -143,6 +160,7 @@ private:
     HelpPages m_help;
     std::unique_ptr<FileThread> m_fileThread;
     int m_lastBaseProgress = 0;
+    QImage m_image;
 };
 
 } // namespace tirn

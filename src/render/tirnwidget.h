@@ -61,6 +61,8 @@ public:
     /// A copy of the view; `changeView` changes it under the scene's lock and asks for a frame.
     ViewState view() const;
     void changeView(const std::function<void(ViewState&)>& change);
+    /// The view itself, which changes with the scene's lock held.
+    ViewState& viewState() { return m_view; }
     void setContextMenuActions(const ContextMenuActions& actions);
     QMenu& contextMenu() { return m_contextMenu; }
 

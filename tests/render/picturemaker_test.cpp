@@ -6,25 +6,10 @@
 #include "glsupport/renderrig.h"
 #include "render/picturemaker.h"
 #include "support/logcapture.h"
+#include "support/picturecompare.h"
 
 namespace tirn::test {
 namespace {
-
-/// The largest difference of two pictures in any colour or opacity.
-int largestDifference(const QImage& a, const QImage& b)
-{
-    EXPECT_EQ(a.size(), b.size());
-    int largest = 0;
-    for (int y = 0; y < a.height(); ++y) {
-        for (int x = 0; x < a.width(); ++x) {
-            const QRgb p = a.pixel(x, y);
-            const QRgb q = b.pixel(x, y);
-            largest = std::max({largest, std::abs(qRed(p) - qRed(q)), std::abs(qGreen(p) - qGreen(q)),
-                                std::abs(qBlue(p) - qBlue(q)), std::abs(qAlpha(p) - qAlpha(q))});
-        }
-    }
-    return largest;
-}
 
 class Pictures : public ::testing::Test
 {

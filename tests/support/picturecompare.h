@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+#include <QImage>
+
 #include "support/compositor.h"
 
 namespace tirn::test {
@@ -24,5 +26,8 @@ PictureDifference compare(const Picture& predicted, const Picture& seen);
 /// Whether a picture is as good as the prediction: something was drawn, the mean is below 1.5 and the
 /// percentile below 8.
 bool matches(const PictureDifference& difference);
+
+/// The largest difference of two pictures of one size in any colour or opacity; 256 for different sizes.
+int largestDifference(const QImage& a, const QImage& b);
 
 } // namespace tirn::test
