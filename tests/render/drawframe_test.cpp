@@ -187,11 +187,18 @@ TEST_P(DrawFrame, AnAnaglyphMasksEachEyeAndResetsTheMask)
 {
     showVolume();
     rig.view.renderMode = RenderMode::Anaglyph;
-    rig.view.filterColors = 1;
-    rig.draw();
-    EXPECT_EQ(rig.draw({"ColorMask", "CallList"}),
-              (Calls{"ColorMask(1, 0, 0, 1)", call(list()), "ColorMask(0, 1, 1, 1)", call(list()),
-                     "ColorMask(1, 1, 1, 1)"}));
+    const std::pair<const char*, const char*> masks[] = {
+        {"1, 0, 0, 1", "0, 0, 1, 1"}, {"1, 0, 0, 1", "0, 1, 1, 1"}, {"1, 0, 0, 1", "0, 1, 0, 1"},
+        {"0, 0, 1, 1", "1, 0, 0, 1"}, {"0, 1, 1, 1", "1, 0, 0, 1"}, {"0, 1, 0, 1", "1, 0, 0, 1"}};
+    for (int pair = 0; pair < 6; ++pair) {
+        rig.view.filterColors = pair;
+        rig.draw();
+        const auto mask = [](const char* channels) { return "ColorMask(" + std::string(channels) + ")"; };
+        EXPECT_EQ(rig.draw({"ColorMask", "CallList"}),
+                  (Calls{mask(masks[pair].first), call(list()), mask(masks[pair].second), call(list()),
+                         "ColorMask(1, 1, 1, 1)"}))
+            << pair;
+    }
     rig.view.renderMode = RenderMode::Normal;
     EXPECT_TRUE(rig.draw({"ColorMask"}).empty());
 }
