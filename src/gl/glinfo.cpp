@@ -1,5 +1,6 @@
 #include "gl/glinfo.h"
 
+#include <QRegularExpression>
 #include <QStringList>
 
 #include "base/log.h"
@@ -17,6 +18,31 @@ bool GlInfo::hasExtension(const QString& name)
             m_glExtensions.insert(extension);
     }
     return m_glExtensions.contains(name);
+}
+
+bool isVersionBefore(const QByteArray& version, int minor)
+{
+    for (int older = 0; older < minor; ++older) {
+        const QByteArray start = "1." + QByteArray::number(older);
+        if (version == start || version.startsWith(start + '.') || version.startsWith(start + ' '))
+            return true;
+    }
+    return version.isEmpty();
+}
+
+QString GlInfo::firstMissing(const QString& names)
+{
+    static const QRegularExpression version("^GL_VERSION_1_([2-4])$");
+    for (const QString& name : names.split(' ', Qt::SkipEmptyParts)) {
+        const QRegularExpressionMatch match = version.match(name);
+        const bool has = match.hasMatch() && m_context.makeCurrent()
+                             ? !isVersionBefore(reinterpret_cast<const char*>(gl().GetString(GL_VERSION)),
+                                                match.captured(1).toInt())
+                             : hasExtension(name);
+        if (!has)
+            return name;
+    }
+    return {};
 }
 
 bool GlInfo::hasPBuffer() { return hasExtension("GL_ARB_framebuffer_object"); }

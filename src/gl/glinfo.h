@@ -9,6 +9,9 @@
 
 namespace tirn {
 
+/// Whether a version text of the driver is one from before "GL_VERSION_1_<minor>".
+bool isVersionBefore(const QByteArray& version, int minor);
+
 /// What the card can do. The fields stand in the order in which they are read.
 struct GlCapabilities
 {
@@ -36,6 +39,9 @@ public:
 
     /// Extension predicates; each makes the hidden context current first.
     bool hasExtension(const QString& name);
+    /// The first of some extensions, parted by blanks, that the driver lacks; empty when it has them all.
+    /// "GL_VERSION_1_2" to "GL_VERSION_1_4" stand for these versions and all later ones.
+    QString firstMissing(const QString& names);
     bool hasFragmentProgram() { return hasExtension("GL_ARB_fragment_program"); }
     bool hasNonPowerOfTwo() { return hasExtension("GL_ARB_texture_non_power_of_two"); }
     bool hasMultitexture() { return hasExtension("GL_ARB_multitexture"); }

@@ -39,7 +39,10 @@ std::unique_ptr<OffscreenStage> OffscreenStage::on(std::unique_ptr<OffscreenCont
     std::unique_ptr<OffscreenStage> stage(new OffscreenStage(std::move(context)));
     if (stage->m_thread != nullptr)
         return stage;
-    error = stage->rendererName() + QStringLiteral(" has no fragment programs or no frame buffer objects");
+    error = stage->rendererName() + " lacks " +
+            GlInfo(*stage->m_context)
+                .firstMissing("GL_VERSION_1_4 GL_ARB_multitexture GL_ARB_fragment_program "
+                              "GL_ARB_framebuffer_object");
     return nullptr;
 }
 

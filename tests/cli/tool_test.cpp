@@ -70,7 +70,7 @@ TEST_F(Tool, HelpAndVersionAreAnswers)
 {
     EXPECT_EQ(tool({"--version"}).out, "tirntool 0.1.0\n");
     EXPECT_EQ(tool({"--help"}).code, 0);
-    for (const char* command : {"info", "dump", "raw", "convert", "palette"}) {
+    for (const char* command : {"info", "dump", "raw", "convert", "palette", "render"}) {
         EXPECT_TRUE(tool({"--help"}).out.contains(QByteArray("  ") + command));
         const Outcome help = tool({command, "--help"});
         EXPECT_EQ(help.code, 0);

@@ -65,5 +65,25 @@ TEST(CardAbilities, PalettesNeedTablesOrProgramsWithMultitexture)
     EXPECT_TRUE(card.canEditPalettes());
 }
 
+TEST_F(Card, NamesTheFirstExtensionThatIsMissing)
+{
+    EXPECT_EQ(info.firstMissing(""), "");
+    EXPECT_EQ(info.firstMissing("GL_VERSION_1_2 GL_VERSION_1_4 GL_ARB_multitexture"), "");
+    EXPECT_EQ(info.firstMissing("GL_ARB_multitexture GL_NO_such GL_neither"), "GL_NO_such");
+}
+
+TEST(GlVersion, LaterVersionsStandForEarlierOnes)
+{
+    EXPECT_TRUE(isVersionBefore("1.0", 2));
+    EXPECT_TRUE(isVersionBefore("1.1.0 driver", 2));
+    EXPECT_FALSE(isVersionBefore("1.2 driver", 2));
+    EXPECT_TRUE(isVersionBefore("1.2 driver", 3));
+    EXPECT_TRUE(isVersionBefore("1.3", 4));
+    EXPECT_FALSE(isVersionBefore("1.5", 4));
+    EXPECT_FALSE(isVersionBefore("4.5 (Compatibility Profile) Mesa", 4));
+    EXPECT_FALSE(isVersionBefore("1.10", 4));
+    EXPECT_TRUE(isVersionBefore("", 2));
+}
+
 } // namespace
 } // namespace tirn
