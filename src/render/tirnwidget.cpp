@@ -3,17 +3,55 @@
 #include "render/tirnwidget.h"
 
 #include <cmath>
+#include <tuple>
 
 #include <QEvent>
 #include <QWindow>
 
 #include "base/log.h"
 #include "gl/gltable.h"
+#include "movies/frameload.h"
 #include "render/nvidiathread.h"
 
 namespace tirn {
 
 namespace {
+
+ShownStack shownStack(const VoxelArray& array)
+{
+    ShownStack stack;
+    stack.scale = {array.scale.x, array.scale.y, array.scale.z};
+    stack.cutMin = {array.cut.xMin, array.cut.yMin, array.cut.zMin};
+    stack.cutMax = {array.cut.xMax, array.cut.yMax, array.cut.zMax};
+    stack.timePoint = array.timePoint();
+    for (const Channel& channel : array.channels())
+        stack.channels.push_back(channel.display);
+    return stack;
+}
+
+ShownFrame shownFrame(const ViewState& view, const VoxelArray* array)
+{
+    ShownFrame shown = {
+        {view.rotX, view.rotY, view.rotZ}, {view.transX, view.transY, view.transZ}, std::nullopt};
+    if (array != nullptr)
+        shown.stack = shownStack(*array);
+    return shown;
+}
+
+void show(const ShownFrame& shown, ViewState& view, VoxelArray* array)
+{
+    std::tie(view.rotX, view.rotY, view.rotZ) = std::tuple_cat(shown.rotation);
+    std::tie(view.transX, view.transY, view.transZ) = std::tuple_cat(shown.translation);
+    if (array == nullptr)
+        return;
+    const ShownStack& stack = *shown.stack;
+    array->scale = {stack.scale[0], stack.scale[1], stack.scale[2]};
+    array->cut = {stack.cutMin[0], stack.cutMax[0], stack.cutMin[1],
+                  stack.cutMax[1], stack.cutMin[2], stack.cutMax[2]};
+    array->setTimePoint(stack.timePoint);
+    for (std::size_t c = 0; c < stack.channels.size(); ++c)
+        array->channels()[c].display = stack.channels[c];
+}
 
 struct ThreadRow
 {
@@ -309,30 +347,10 @@ void TirnWidget::showScaleBar(bool on)
 void TirnWidget::loadFrame(const KeyFrame& frame)
 {
     changeView([&](ViewState& view) {
-        view.rotX = frame.xrot;
-        view.rotY = frame.yrot;
-        view.rotZ = frame.zrot;
-        view.transX = frame.xtrans;
-        view.transY = frame.ytrans;
-        view.transZ = frame.ztrans;
         VoxelArray* array = m_scene.current();
-        if (array == nullptr)
-            return;
-        array->scale = {frame.xscale, frame.yscale, frame.zscale};
-        const std::pair<int*, double> sides[] = {
-            {&array->cut.xMin, frame.xmin}, {&array->cut.xMax, frame.xmax}, {&array->cut.yMin, frame.ymin},
-            {&array->cut.yMax, frame.ymax}, {&array->cut.zMin, frame.zmin}, {&array->cut.zMax, frame.zmax}};
-        for (const auto& [side, value] : sides) {
-            if (value >= 0)
-                *side = static_cast<int>(value);
-        }
-        array->setTimePoint(frame.timepoint);
-        const std::size_t channels = std::min(frame.channels.size(), array->channels().size());
-        for (std::size_t c = 0; c < channels; ++c) {
-            const KeyFrameChannel& saved = frame.channels[c];
-            array->channels()[c].display = {static_cast<ChannelState>(saved.state), saved.alternatePalette,
-                                            saved.palette};
-        }
+        ShownFrame shown = shownFrame(view, array);
+        loadKeyFrame(frame, shown);
+        show(shown, view, array);
     });
     const std::size_t palettes = std::min(frame.palettes.size(), m_scene.palettes.size());
     for (std::size_t p = 0; p < palettes; ++p) {
