@@ -24,5 +24,6 @@ extern const Command kDumpCommand;
 extern const Command kRawCommand;
 extern const Command kConvertCommand;
 extern const Command kPaletteCommand;
+extern const Command kDepthCommand;
 
 } // namespace tirn

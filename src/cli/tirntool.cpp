@@ -15,8 +15,8 @@ namespace {
 
 enum ExitCode { Done = 0, FileFailed = 1, WrongUsage = 2, Stopped = 130 };
 
-const Command* const kCommands[] = {&kInfoCommand, &kDumpCommand, &kRawCommand, &kConvertCommand,
-                                    &kPaletteCommand};
+const Command* const kCommands[] = {&kInfoCommand,    &kDumpCommand,    &kRawCommand,
+                                    &kConvertCommand, &kPaletteCommand, &kDepthCommand};
 
 const Command* findCommand(const QString& name)
 {

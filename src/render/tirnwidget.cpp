@@ -38,7 +38,7 @@ ShownFrame shownFrame(const ViewState& view, const VoxelArray* array)
     return shown;
 }
 
-void show(const ShownFrame& shown, ViewState& view, VoxelArray* array)
+void putOnScreen(const ShownFrame& shown, ViewState& view, VoxelArray* array)
 {
     std::tie(view.rotX, view.rotY, view.rotZ) = std::tuple_cat(shown.rotation);
     std::tie(view.transX, view.transY, view.transZ) = std::tuple_cat(shown.translation);
@@ -350,7 +350,7 @@ void TirnWidget::loadFrame(const KeyFrame& frame)
         VoxelArray* array = m_scene.current();
         ShownFrame shown = shownFrame(view, array);
         loadKeyFrame(frame, shown);
-        show(shown, view, array);
+        putOnScreen(shown, view, array);
     });
     const std::size_t palettes = std::min(frame.palettes.size(), m_scene.palettes.size());
     for (std::size_t p = 0; p < palettes; ++p) {
