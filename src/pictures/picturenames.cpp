@@ -70,12 +70,4 @@ QString nextPictureName(const QString& name, const QString& extension)
            extension;
 }
 
-QString numberedPictureName(const QString& name, int number)
-{
-    const auto dot = name.lastIndexOf('.');
-    const auto end = dot > name.lastIndexOf('/') ? dot : name.size();
-    return name.left(static_cast<int>(end)) + QString::asprintf("%.4d", number) +
-           name.mid(static_cast<int>(end));
-}
-
 } // namespace tirn

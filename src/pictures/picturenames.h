@@ -23,7 +23,4 @@ QString fixedPictureName(const QString& name, const QString& extension);
 /// "0000"; its last four characters are taken for its extension.
 QString nextPictureName(const QString& name, const QString& extension);
 
-/// The name of frame `number` of a series: four digits before the ending.
-QString numberedPictureName(const QString& name, int number);
-
 } // namespace tirn

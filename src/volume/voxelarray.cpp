@@ -1,7 +1,6 @@
 #include "volume/voxelarray.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include <QDir>
 #include <QFileInfo>
@@ -9,6 +8,7 @@
 #include "base/checkedsize.h"
 #include "base/log.h"
 #include "base/stopwatch.h"
+#include "depth/curvesession.h"
 #include "session/relativepath.h"
 
 namespace tirn {
@@ -65,15 +65,6 @@ void VoxelArray::resetCurves()
 {
     for (Channel& channel : m_channels)
         channel.zCurve.setDepth(depth());
-}
-
-int VoxelArray::significantBits() const
-{
-    if (m_stack.maxValue == -1)
-        return m_stack.bitDepth;
-    if (m_stack.maxValue < 1)
-        return 0;
-    return static_cast<int>(std::floor(std::log(m_stack.maxValue) / std::log(2.0) + 0.5));
 }
 
 std::int64_t VoxelArray::texturesPerChannel() const
@@ -298,11 +289,7 @@ QDomElement VoxelArray::saveSession(QDomDocument& document, const QString& sessi
         QDomElement element = appendElement(document, root, "channel",
                                             {{"palette", number(channel.display.palette)},
                                              {"state", number(static_cast<int>(channel.display.state))}});
-        QDomElement curve = appendElement(document, element, "ZCurve", {{"saved", "0"}});
-        QString text;
-        for (int z = 0; z < channel.zCurve.size(); ++z)
-            text += plainNumber(channel.zCurve[z]) + "\n";
-        curve.appendChild(document.createTextNode(text));
+        element.appendChild(saveCurveToSession(channel.zCurve, document));
     }
     return root;
 }
