@@ -28,5 +28,6 @@ extern const Command kConvertCommand;
 extern const Command kPaletteCommand;
 extern const Command kRenderCommand;
 extern const Command kDepthCommand;
+extern const Command kMovieCommand;
 
 } // namespace tirn

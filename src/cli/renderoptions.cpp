@@ -8,6 +8,8 @@
 #include "cli/console.h"
 #include "cli/stackinput.h"
 #include "cli/toolerror.h"
+#include "depth/curvefile.h"
+#include "mesh/stlreader.h"
 #include "palettes/palettefile.h"
 #include "palettes/palettelist.h"
 #include "session/settings.h"
@@ -78,6 +80,21 @@ void takeBackground(const QCommandLineParser& parser, bool maySeeThrough, Render
     if (options.view.blendMode != GL_FUNC_ADD)
         throw UsageError{"--background none: only with alpha blending"};
     options.transparent = true;
+}
+
+/// A surface of one colour, whose own light is most of it.
+Material plainMaterial(const QColor& color)
+{
+    constexpr float own = 0.8F;
+    const std::array<float, 3> parts = {static_cast<float>(color.redF()), static_cast<float>(color.greenF()),
+                                        static_cast<float>(color.blueF())};
+    Material material;
+    for (std::size_t i = 0; i < 3; ++i) {
+        material.ambientAndDiffuse[i] = parts[i];
+        material.emission[i] = own * parts[i];
+        material.specular[i] = 0;
+    }
+    return material;
 }
 
 std::unique_ptr<Palette> readPalette(const QString& name, PaletteTables& tables)
@@ -159,6 +176,45 @@ std::unique_ptr<VoxelArray> makeVolume(OffscreenStage& stage, const std::vector<
     return array;
 }
 
+/// Applies the curves of a file while drawing.
+void takeCurves(OffscreenStage& stage, const QString& name)
+{
+    if (name.isEmpty())
+        return;
+    VoxelArray& array = *stage.scene.current();
+    std::vector<std::vector<double>*> curves;
+    for (Channel& channel : array.channels())
+        curves.push_back(channel.zCurve.curve().get());
+    const CurveFileResult result = readCurveFile(name, array.depth(), curves);
+    if (!result.error.isEmpty())
+        throw FileError(name, result.error);
+    for (Channel& channel : array.channels())
+        channel.zCurve.generateTexture();
+    stage.shaders().zCorrection = true;
+}
+
+void takeMesh(OffscreenStage& stage, const RenderOptions& options)
+{
+    if (options.mesh.isEmpty())
+        return;
+    const VoxelArray& array = *stage.scene.current();
+    StlContent content;
+    const QString reason = readStl(options.mesh, content);
+    if (!reason.isEmpty())
+        throw FileError(options.mesh, reason);
+    const std::array<double, 3> voxelSize = {array.stack().dimX, array.stack().dimY, array.stack().dimZ};
+    if (options.meshFit == MeshFit::Microns && *std::min_element(voxelSize.begin(), voxelSize.end()) <= 0)
+        throw FileError(options.mesh,
+                        QStringLiteral("cannot be placed by microns: the voxel size is not known"));
+    auto mesh = std::make_unique<Segmentation>();
+    mesh->facets = std::move(content.facets);
+    mesh->bounds = boundsOf(mesh->facets);
+    fitMesh(*mesh, options.meshFit, array.geometry(), voxelSize);
+    if (options.meshColor.isValid())
+        mesh->material = plainMaterial(options.meshColor);
+    stage.scene.segmentations.push_back(std::move(mesh));
+}
+
 } // namespace
 
 QSize sizeOption(const QString& option, const QString& text)
@@ -211,6 +267,14 @@ void addRenderOptions(QCommandLineParser& parser)
     parser.addOption({"focal", "Where the volume stands in an anaglyph (default in).", "front|in|behind"});
     parser.addOption({"stretch", "Spread the bits that the data use over the whole palette (default: not)."});
     parser.addOption({"watermark", "Text at the bottom (default: none).", "TEXT"});
+    parser.addOption({"zcurve", "Depth correction, for the 3d target (default: none).", "FILE.mzp"});
+    parser.addOption({"mesh", "Surface in the volume (default: none).", "FILE.stl"});
+    parser.addOption(
+        {"mesh-fit",
+         "What the surface's numbers are: none for drawing units, volume to fill the volume, voxels "
+         "or microns (default none).",
+         "none|volume|voxels|microns"});
+    parser.addOption({"mesh-color", "Colour of the surface (default: a purple).", "RRGGBB"});
 }
 
 RenderOptions renderOptions(const QCommandLineParser& parser, bool maySeeThrough)
@@ -254,6 +318,17 @@ RenderOptions renderOptions(const QCommandLineParser& parser, bool maySeeThrough
         wordOption<double>(parser, "focal", {{"in", 2.0}, {"front", 1.0}, {"behind", 3.0}});
     options.stretch = parser.isSet("stretch");
     options.watermark = parser.value("watermark");
+    options.zCurve = parser.value("zcurve");
+    if (!options.zCurve.isEmpty() && options.target != GL_TEXTURE_3D)
+        throw UsageError{"--zcurve: depth correction is drawn in the 3d target only; say --target 3d"};
+    options.mesh = parser.value("mesh");
+    options.meshFit = wordOption<MeshFit>(parser, "mesh-fit",
+                                          {{"none", MeshFit::None},
+                                           {"volume", MeshFit::Volume},
+                                           {"voxels", MeshFit::Voxels},
+                                           {"microns", MeshFit::Microns}});
+    if (parser.isSet("mesh-color"))
+        options.meshColor = colorOption("mesh-color", parser.value("mesh-color"));
     return options;
 }
 
@@ -275,6 +350,8 @@ std::unique_ptr<OffscreenStage> makeStage(const std::vector<QStringList>& timePo
     cutVolume(array, options.cut);
     if (!options.scale.isEmpty())
         array.scale = {options.scale[0], options.scale[1], options.scale[2]};
+    takeCurves(*stage, options.zCurve);
+    takeMesh(*stage, options);
     return stage;
 }
 

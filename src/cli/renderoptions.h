@@ -9,6 +9,7 @@
 #include <QStringList>
 
 #include "render/offscreenstage.h"
+#include "volume/meshfit.h"
 
 namespace tirn {
 
@@ -34,6 +35,12 @@ struct RenderOptions
         QColor color;
     };
     std::vector<ChannelPalette> palettes;
+    /// A depth curve file, or empty.
+    QString zCurve;
+    /// A surface, or empty; its colour may be invalid.
+    QString mesh;
+    MeshFit meshFit = MeshFit::None;
+    QColor meshColor;
 };
 
 /// The options that every drawing subcommand has.

@@ -69,9 +69,12 @@ namespace tirn {
     X(void, GetTexLevelParameteriv, (GLenum target, GLint level, GLenum name, GLint* values),                          \
       (target, level, name, values))                                                                                   \
     X(GLboolean, IsList, (GLuint list), (list))                                                                        \
+    X(void, Lightf, (GLenum light, GLenum name, GLfloat value), (light, name, value))                                  \
+    X(void, Lightfv, (GLenum light, GLenum name, const GLfloat* values), (light, name, values))                        \
     X(void, LineWidth, (GLfloat width), (width))                                                                       \
     X(void, LoadIdentity, (), ())                                                                                      \
     X(void, LoadMatrixd, (const GLdouble* matrix), (matrix))                                                           \
+    X(void, Materialf, (GLenum face, GLenum name, GLfloat value), (face, name, value))                                 \
     X(void, Materialfv, (GLenum face, GLenum name, const GLfloat* values), (face, name, values))                       \
     X(void, MatrixMode, (GLenum mode), (mode))                                                                         \
     X(void, MultMatrixd, (const GLdouble* matrix), (matrix))                                                           \
@@ -79,6 +82,7 @@ namespace tirn {
     X(void, MultiTexCoord2fARB, (GLenum unit, GLfloat s, GLfloat t), (unit, s, t))                                     \
     X(void, MultiTexCoord3fARB, (GLenum unit, GLfloat s, GLfloat t, GLfloat r), (unit, s, t, r))                       \
     X(void, NewList, (GLuint list, GLenum mode), (list, mode))                                                         \
+    X(void, Normal3f, (GLfloat x, GLfloat y, GLfloat z), (x, y, z))                                                    \
     X(void, Ortho, (GLdouble left, GLdouble right, GLdouble bottom, GLdouble top, GLdouble zNear, GLdouble zFar),      \
       (left, right, bottom, top, zNear, zFar))                                                                         \
     X(void, PixelStorei, (GLenum name, GLint value), (name, value))                                                    \
@@ -95,6 +99,7 @@ namespace tirn {
                                              GLsizei height), (target, samples, format, width, height))                \
     X(void, Rotated, (GLdouble angle, GLdouble x, GLdouble y, GLdouble z), (angle, x, y, z))                           \
     X(void, Scaled, (GLdouble x, GLdouble y, GLdouble z), (x, y, z))                                                   \
+    X(void, ShadeModel, (GLenum mode), (mode))                                                                         \
     X(void, TexCoord2f, (GLfloat s, GLfloat t), (s, t))                                                                \
     X(void, TexCoord3f, (GLfloat s, GLfloat t, GLfloat r), (s, t, r))                                                  \
     X(void, TexImage1D, (GLenum target, GLint level, GLint internalFormat, GLsizei width, GLint border,                \

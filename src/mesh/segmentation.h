@@ -33,9 +33,6 @@ struct Segmentation
     std::vector<Triangle> facets;
     Material material;
     MeshBounds bounds;
-
-    /// The display list that draws it, 0 while there is none.
-    unsigned displayList = 0;
 };
 
 /// The box around facets. A coordinate that is not a number does not count.

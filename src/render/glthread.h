@@ -11,6 +11,8 @@
 
 #include "base/stopwatch.h"
 #include "render/framesurface.h"
+#include "render/light.h"
+#include "render/meshdrawing.h"
 #include "render/renderlistcache.h"
 #include "render/renderlock.h"
 #include "render/scene.h"
@@ -116,6 +118,10 @@ public:
     /// The view as a key frame; with `force` the palettes are in it, too. False when no stack is current.
     bool getKeyFrame(const FrameState& frame, bool force, KeyFrame& keyFrame) const;
     RenderListCache& lists() { return m_lists; }
+    /// Deletes all display lists; with a context of their share group current.
+    void clearLists();
+    /// The light of surfaces; changes while no frame is drawn.
+    Light& light() { return m_light; }
 
 protected:
     enum class Outcome { Drawn, NothingToDraw };
@@ -144,6 +150,7 @@ protected:
     void drawCutBox(const FrameState& frame);
     void drawAxes();
     void drawProjectionBox(const FrameState& frame);
+    /// Surfaces over the volume; the matrix is that of the viewer, without the view.
     void drawSegmentation(const FrameState& frame);
     void drawFrameRate(QSize size);
     void drawOrientationLabel(const FrameState& frame, QSize size);
@@ -191,6 +198,8 @@ private:
     /// What the projections and the text of the frame at hand are shifted by.
     PicturePart m_part;
     RenderListCache m_lists;
+    MeshList m_meshList;
+    Light m_light;
     std::mutex m_stateMutex;
     std::condition_variable m_wake;
     bool m_active = false;

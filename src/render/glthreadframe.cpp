@@ -257,40 +257,45 @@ void GLThread::drawNormal(const FrameState& frame)
     gl().Enable(GL_DEPTH_TEST);
     gl().DepthFunc(GL_ALWAYS);
     gl().DepthMask(GL_FALSE);
-    const MatrixScope saved;
-    applyView(frame);
-    if (frame.view.showBoundingBox)
-        drawBoundingBox(frame);
-    drawVolume(frame, orientationOf(frame.rotation), m_lists.currentRenderList());
-    if (frame.view.showBoundingBox) {
-        drawBoxFront(frame);
-        if (drawCutBoxFlag)
-            drawCutBox(frame);
+    {
+        const MatrixScope saved;
+        applyView(frame);
+        if (frame.view.showBoundingBox)
+            drawBoundingBox(frame);
+        drawVolume(frame, orientationOf(frame.rotation), m_lists.currentRenderList());
+        if (frame.view.showBoundingBox) {
+            drawBoxFront(frame);
+            if (drawCutBoxFlag)
+                drawCutBox(frame);
+        }
     }
     gl().DepthMask(GL_TRUE);
     drawSegmentation(frame);
 }
 
-/// The scene for one eye; the view matrix has been set.
+/// The scene for one eye. Channels of one slice lie in one plane: each must pass where the one before it has
+/// drawn.
 void GLThread::drawEye(const FrameState& frame, const Vector3& eye, const Vector3& focus)
 {
+    gl().Enable(GL_DEPTH_TEST);
+    gl().DepthFunc(GL_LEQUAL);
     gl().Clear(GL_DEPTH_BUFFER_BIT);
     gl().MatrixMode(GL_MODELVIEW);
     gl().LoadMatrixd(lookAtMatrix(eye, focus, frame.view.camera.vup).data());
-    applyView(frame);
-    if (frame.view.showBoundingBox)
-        drawBoundingBox(frame);
-    drawVolume(frame, orientationOf(frame.rotation), m_lists.currentRenderList());
-    if (frame.view.showBoundingBox && drawCutBoxFlag)
-        drawCutBox(frame);
+    {
+        const MatrixScope saved;
+        applyView(frame);
+        if (frame.view.showBoundingBox)
+            drawBoundingBox(frame);
+        drawVolume(frame, orientationOf(frame.rotation), m_lists.currentRenderList());
+        if (frame.view.showBoundingBox && drawCutBoxFlag)
+            drawCutBox(frame);
+    }
     drawSegmentation(frame);
 }
 
 void GLThread::drawAnaglyph(const FrameState& frame)
 {
-    gl().Enable(GL_DEPTH_TEST);
-    // Channels of one slice lie in one plane: each must pass where the one before it has drawn.
-    gl().DepthFunc(GL_LEQUAL);
     const auto pair = static_cast<std::size_t>(std::clamp(frame.view.filterColors, 0, 5));
     const EyeSetup eyes = eyeSetup(frame.view.camera);
     setColorMask(kFilterColors[pair].left);
@@ -339,17 +344,38 @@ void GLThread::drawFourViews(const FrameState& frame)
     drawNormal(frame);
 }
 
-void GLThread::drawSegmentation(const FrameState& /*frame*/)
+void GLThread::drawSegmentation(const FrameState& frame)
 {
     const auto& segmentations = m_host.scene.segmentations;
-    if (segmentations.empty() || segmentations.front()->displayList == 0)
+    if (segmentations.empty() || segmentations.front()->facets.empty())
+        return;
+    const Segmentation& mesh = *segmentations.front();
+    const GLuint list = m_meshList.of(mesh);
+    if (list == 0)
         return;
     disableTexturing();
-    gl().Clear(GL_DEPTH_BUFFER_BIT);
-    gl().DepthFunc(GL_LEQUAL);
-    gl().CallList(segmentations.front()->displayList);
-    gl().DepthFunc(GL_ALWAYS);
+    {
+        const MatrixScope saved;
+        const EnabledScope lighting(GL_LIGHTING);
+        const EnabledScope depthTest(GL_DEPTH_TEST);
+        gl().DepthFunc(GL_LEQUAL);
+        gl().DepthMask(GL_TRUE);
+        gl().Clear(GL_DEPTH_BUFFER_BIT);
+        gl().ShadeModel(GL_SMOOTH);
+        m_light.apply();
+        applyView(frame);
+        applyMaterial(mesh.material);
+        gl().CallList(list);
+    }
+    // What is drawn next has the plain material again.
+    gl().Materialfv(GL_FRONT_AND_BACK, GL_EMISSION, kEmission);
     enableTexturing();
+}
+
+void GLThread::clearLists()
+{
+    m_lists.clear();
+    m_meshList.clear();
 }
 
 void GLThread::disableTexturing()

@@ -106,7 +106,6 @@ void NvidiaThread::drawShaderError(const FrameState& frame)
 
 void NvidiaThread::drawFullscreenStereo(const FrameState& frame, QSize /*size*/)
 {
-    gl().DepthFunc(GL_LEQUAL);
     const EyeSetup eyes = eyeSetup(frame.view.camera);
     gl().DrawBuffer(GL_BACK_LEFT);
     gl().Clear(GL_COLOR_BUFFER_BIT);

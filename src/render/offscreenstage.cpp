@@ -64,6 +64,8 @@ OffscreenStage::OffscreenStage(std::unique_ptr<OffscreenContext> context) : m_co
 OffscreenStage::~OffscreenStage()
 {
     m_context->makeCurrent();
+    if (m_thread != nullptr)
+        m_thread->clearLists();
     m_thread.reset();
     scene.arrays.clear();
     scene.palettes.clear();

@@ -46,7 +46,12 @@ void copyTile(const QImage& tile, const QRect& drawn, const QRect& taken, QImage
     }
 }
 
-/// Colours that rounding has made brighter than their opacity allows would wrap around.
+int lowered(int limit, int wanted) { return wanted > 0 ? std::min(limit, wanted) : limit; }
+
+QString sizeText(QSize size) { return QString::asprintf("%d x %d", size.width(), size.height()); }
+
+} // namespace
+
 void limitToOpacity(QImage& picture)
 {
     for (int y = 0; y < picture.height(); ++y) {
@@ -58,12 +63,6 @@ void limitToOpacity(QImage& picture)
         }
     }
 }
-
-int lowered(int limit, int wanted) { return wanted > 0 ? std::min(limit, wanted) : limit; }
-
-QString sizeText(QSize size) { return QString::asprintf("%d x %d", size.width(), size.height()); }
-
-} // namespace
 
 PictureMaker::PictureMaker(GLThread& thread, const Limits& limits) : m_thread(thread), m_limits(limits) {}
 

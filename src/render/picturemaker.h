@@ -49,4 +49,7 @@ private:
     QString m_error;
 };
 
+/// Cuts colours that are multiplied by their opacity, and that rounding has made brighter than it, to it.
+void limitToOpacity(QImage& picture);
+
 } // namespace tirn

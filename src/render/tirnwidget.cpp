@@ -40,7 +40,7 @@ TirnWidget::~TirnWidget()
 {
     m_renderThread->stopAndWait();
     const CurrentScope current(m_hidden);
-    m_renderThread->lists().clear();
+    m_renderThread->clearLists();
 }
 
 ViewState TirnWidget::view() const

@@ -111,7 +111,7 @@ RenderRig::~RenderRig()
 {
     m_thread->stopAndWait();
     m_hidden->makeCurrent();
-    m_thread->lists().clear();
+    m_thread->clearLists();
     m_thread.reset();
     scene.arrays.clear();
     scene.palettes.clear();

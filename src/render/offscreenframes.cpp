@@ -1,0 +1,61 @@
+#include "render/offscreenframes.h"
+
+#include "gl/gltable.h"
+#include "pictures/picturesize.h"
+#include "render/keyframeview.h"
+#include "render/picturemaker.h"
+
+namespace tirn {
+
+OffscreenFrames::OffscreenFrames(OffscreenStage& stage, QSize size, bool transparent)
+    : m_stage(stage), m_size(size), m_transparent(transparent), m_buffer("rgba", true)
+{
+    stage.makeCurrent();
+    const int limit = PBuffer::largestSide();
+    if (!m_buffer.Initialize(size.width(), size.height(), false, true)) {
+        m_error = QString("Frames of %1 x %2 pixels cannot be drawn; the driver's limit is %3")
+                      .arg(size.width())
+                      .arg(size.height())
+                      .arg(limit);
+        return;
+    }
+    m_pixels.resize(static_cast<std::size_t>(size.width()) * static_cast<std::size_t>(size.height()) * 4);
+    m_buffer.Activate();
+    stage.thread().setupBuffer();
+}
+
+OffscreenFrames::~OffscreenFrames() { m_buffer.Deactivate(); }
+
+bool OffscreenFrames::draw(const KeyFrame& pose, FramePicture* picture)
+{
+    if (!m_buffer.isActive())
+        return false;
+    showKeyFrame(pose, m_stage.view, m_stage.scene.current());
+    m_stage.view.rotX = wrapDegrees(pose.xrot);
+    m_stage.view.rotY = wrapDegrees(pose.yrot);
+    m_stage.view.rotZ = wrapDegrees(pose.zrot);
+    showPalettes(pose, m_stage.scene);
+    m_stage.thread().drawPicture({m_size, QRect(QPoint(0, 0), m_size), overlayScale(m_size), m_transparent});
+    if (picture != nullptr) {
+        gl().ReadPixels(0, 0, m_size.width(), m_size.height(), GL_BGRA, GL_UNSIGNED_BYTE, m_pixels.data());
+        *picture = {m_pixels.data(), m_size.width(), m_size.height()};
+    }
+    return true;
+}
+
+bool OffscreenFrames::loadTimePoint(int timePoint)
+{
+    m_stage.scene.current()->setTimePoint(timePoint);
+    return true;
+}
+
+QImage straightPicture(const FramePicture& picture)
+{
+    QImage image = QImage(picture.pixels, picture.width, picture.height, picture.width * 4,
+                          QImage::Format_ARGB32_Premultiplied)
+                       .mirrored();
+    limitToOpacity(image);
+    return image.convertToFormat(QImage::Format_ARGB32);
+}
+
+} // namespace tirn
