@@ -5,6 +5,7 @@
 #include <span>
 #include <vector>
 
+#include "depth/curveformulas.h"
 #include "depth/curvetextures.h"
 
 namespace tirn {
@@ -43,6 +44,10 @@ public:
     /// The multiplier of slice z, which must be there.
     double& operator[](int z) { return (*m_curve)[static_cast<std::size_t>(z)]; }
     double operator[](int z) const { return (*m_curve)[static_cast<std::size_t>(z)]; }
+
+    /// Fill the curve by a formula; the texture stays.
+    void powerCurve(const CurveParameters& parameters) { tirn::powerCurve(*m_curve, parameters); }
+    void linearCurve(double offset, int maximum) { tirn::linearCurve(*m_curve, offset, maximum); }
 
     /// Makes the texture agree with the curve.
     void generateTexture();

@@ -1,5 +1,7 @@
 #include "image/imageattributes.h"
 
+#include <cmath>
+
 #include "base/checkedsize.h"
 #include "base/log.h"
 
@@ -79,6 +81,15 @@ ImageAttributes& ImageAttributes::operator=(const ImageAttributes& other)
 }
 
 int ImageAttributes::realBitDepth() const { return maxValue < 0 ? bitDepth : bitCount(maxValue); }
+
+int ImageAttributes::significantBits() const
+{
+    if (maxValue == -1)
+        return bitDepth;
+    if (maxValue < 1)
+        return 0;
+    return static_cast<int>(std::floor(std::log(maxValue) / std::log(2.0) + 0.5));
+}
 
 QString ImageAttributes::depthText() const
 {

@@ -70,6 +70,8 @@ struct ImageAttributes
 
     /// The bits that `maxValue` needs, or `bitDepth` while that is unknown.
     int realBitDepth() const;
+    /// The bits that the data use, rounded: 12 for a maximum of 3000 as of 4095.
+    int significantBits() const;
     /// True when a sample takes a 16-bit word.
     bool hasWords() const { return bitDepth > 8; }
     int bytesPerSample() const { return hasWords() ? 2 : 1; }

@@ -1,7 +1,6 @@
 #include "volume/voxelarray.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include <QDir>
 #include <QFileInfo>
@@ -65,15 +64,6 @@ void VoxelArray::resetCurves()
 {
     for (Channel& channel : m_channels)
         channel.zCurve.setDepth(depth());
-}
-
-int VoxelArray::significantBits() const
-{
-    if (m_stack.maxValue == -1)
-        return m_stack.bitDepth;
-    if (m_stack.maxValue < 1)
-        return 0;
-    return static_cast<int>(std::floor(std::log(m_stack.maxValue) / std::log(2.0) + 0.5));
 }
 
 std::int64_t VoxelArray::texturesPerChannel() const

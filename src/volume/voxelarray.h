@@ -98,7 +98,7 @@ public:
     int finalDepth() const { return m_geometry.finalZ > depth() ? m_geometry.finalZ : depth(); }
     int bitsPerSample() const { return m_stack.bitDepth; }
     /// The bits that the data use, rounded: 12 for a maximum of 3000 as of 4095.
-    int significantBits() const;
+    int significantBits() const { return m_stack.significantBits(); }
     int channelCount() const { return static_cast<int>(m_channels.size()); }
     int timePointCount() const { return m_timePoints; }
     GLenum textureTarget() const { return m_textureTarget; }
