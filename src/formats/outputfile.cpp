@@ -32,10 +32,7 @@ bool OutputFile::open()
     if (info.exists() && !info.isWritable())
         return false;
     for (int attempt = 0; attempt < 100; ++attempt) {
-        m_file.setFileName(QStringLiteral("%1.%2-%3.part")
-                               .arg(m_target)
-                               .arg(QCoreApplication::applicationPid())
-                               .arg(attempt));
+        m_file.setFileName(partName(m_target, attempt));
         if (m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered)) {
             m_pending = true;
             if (info.exists())
@@ -63,10 +60,20 @@ bool OutputFile::commit()
         return false;
     if (m_inPlace)
         return true;
+    m_pending = !moveOver(m_file.fileName(), m_target);
+    return !m_pending;
+}
+
+QString partName(const QString& target, int attempt)
+{
+    return QStringLiteral("%1.%2-%3.part").arg(target).arg(QCoreApplication::applicationPid()).arg(attempt);
+}
+
+bool moveOver(const QString& from, const QString& target)
+{
     std::error_code error;
-    std::filesystem::rename(QFile::encodeName(m_file.fileName()).toStdString(),
-                            QFile::encodeName(m_target).toStdString(), error);
-    m_pending = static_cast<bool>(error);
+    std::filesystem::rename(QFile::encodeName(from).toStdString(), QFile::encodeName(target).toStdString(),
+                            error);
     return !error;
 }
 

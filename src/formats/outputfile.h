@@ -32,4 +32,9 @@ private:
     bool m_pending = false;
 };
 
+/// The name beside `target` under which a file of it is made, another for each attempt.
+QString partName(const QString& target, int attempt);
+/// Moves a file over another, which it replaces whole or not at all. False with the target as it was.
+bool moveOver(const QString& from, const QString& target);
+
 } // namespace tirn

@@ -1,21 +1,11 @@
 #pragma once
 
-#include <cstdint>
 #include <vector>
 
+#include "palettes/channeldisplay.h"
 #include "palettes/palettevalues.h"
 
 namespace tirn {
-
-/// How a channel was shown: its display state and the two palettes that it shows or swaps between.
-struct KeyFrameChannel
-{
-    std::uint8_t state = 0;
-    int alternatePalette = 0;
-    int palette = 0;
-
-    bool operator==(const KeyFrameChannel&) const = default;
-};
 
 /// All that the viewer shows at one moment. A plain value: copies share nothing.
 struct KeyFrame
@@ -25,7 +15,7 @@ struct KeyFrame
     /// Copies of all palettes in list order; empty when the frame was taken without them.
     std::vector<PaletteValues> palettes;
     /// One for each channel of the stack.
-    std::vector<KeyFrameChannel> channels;
+    std::vector<ChannelDisplay> channels;
     /// Rotation in degrees.
     double xrot = 0;
     double yrot = 0;

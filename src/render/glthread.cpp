@@ -300,34 +300,6 @@ void GLThread::stepFlash()
     m_lastFlash = elapsed();
 }
 
-bool stepChannels(std::vector<ChannelDisplay>& channels)
-{
-    const std::vector<ChannelDisplay> before = channels;
-    for (ChannelDisplay& channel : channels) {
-        if (channel.state == ChannelState::FlashOn)
-            channel.state = ChannelState::FlashOff;
-        else if (channel.state == ChannelState::FlashOff)
-            channel.state = ChannelState::FlashOn;
-        else if (channel.state == ChannelState::PaletteSwap)
-            std::swap(channel.palette, channel.alternatePalette);
-    }
-    const auto shown = std::find_if(channels.begin(), channels.end(), [](const ChannelDisplay& channel) {
-        return channel.state == ChannelState::RotatingFlashOn;
-    });
-    if (shown != channels.end()) {
-        shown->state = ChannelState::RotatingFlashWaiting;
-        const auto start = static_cast<std::size_t>(shown - channels.begin());
-        for (std::size_t k = 1; k <= channels.size(); ++k) {
-            ChannelDisplay& next = channels[(start + k) % channels.size()];
-            if (next.state == ChannelState::RotatingFlashWaiting) {
-                next.state = ChannelState::RotatingFlashOn;
-                break;
-            }
-        }
-    }
-    return channels != before;
-}
-
 void GLThread::record(const FrameState& frame)
 {
     {
@@ -368,10 +340,7 @@ bool GLThread::getKeyFrame(const FrameState& frame, bool force, KeyFrame& keyFra
     keyFrame.ymax = frame.cut.yMax;
     keyFrame.zmax = frame.cut.zMax;
     keyFrame.timepoint = frame.timePoint;
-    for (const ChannelDisplay& channel : frame.channels) {
-        keyFrame.channels.push_back(
-            {static_cast<std::uint8_t>(channel.state), channel.alternatePalette, channel.palette});
-    }
+    keyFrame.channels.assign(frame.channels.begin(), frame.channels.end());
     const std::scoped_lock lock(m_host.scene.mutex);
     keyFrame.array = m_host.scene.currentIndex;
     if (force) {

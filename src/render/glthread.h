@@ -206,10 +206,6 @@ private:
     QImage m_grabbed;
 };
 
-/// One pass over flashing channels: flashes turn, palette swaps swap, rotating flashes hand on. Returns
-/// whether any changed.
-bool stepChannels(std::vector<ChannelDisplay>& channels);
-
 /// The square, centred part of a window that the picture fills.
 struct SquareViewport
 {

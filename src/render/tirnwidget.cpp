@@ -10,6 +10,7 @@
 #include "base/log.h"
 #include "gl/gltable.h"
 #include "render/renderthreads.h"
+#include "render/showframe.h"
 
 namespace tirn {
 
@@ -271,32 +272,7 @@ void TirnWidget::showScaleBar(bool on)
 
 void TirnWidget::loadFrame(const KeyFrame& frame)
 {
-    changeView([&](ViewState& view) {
-        view.rotX = frame.xrot;
-        view.rotY = frame.yrot;
-        view.rotZ = frame.zrot;
-        view.transX = frame.xtrans;
-        view.transY = frame.ytrans;
-        view.transZ = frame.ztrans;
-        VoxelArray* array = m_scene.current();
-        if (array == nullptr)
-            return;
-        array->scale = {frame.xscale, frame.yscale, frame.zscale};
-        const std::pair<int*, double> sides[] = {
-            {&array->cut.xMin, frame.xmin}, {&array->cut.xMax, frame.xmax}, {&array->cut.yMin, frame.ymin},
-            {&array->cut.yMax, frame.ymax}, {&array->cut.zMin, frame.zmin}, {&array->cut.zMax, frame.zmax}};
-        for (const auto& [side, value] : sides) {
-            if (value >= 0)
-                *side = static_cast<int>(value);
-        }
-        array->setTimePoint(frame.timepoint);
-        const std::size_t channels = std::min(frame.channels.size(), array->channels().size());
-        for (std::size_t c = 0; c < channels; ++c) {
-            const KeyFrameChannel& saved = frame.channels[c];
-            array->channels()[c].display = {static_cast<ChannelState>(saved.state), saved.alternatePalette,
-                                            saved.palette};
-        }
-    });
+    changeView([&](ViewState& view) { showKeyFrame(frame, view, m_scene.current()); });
     const std::size_t palettes = std::min(frame.palettes.size(), m_scene.palettes.size());
     for (std::size_t p = 0; p < palettes; ++p) {
         try {

@@ -1,38 +1,10 @@
 #pragma once
 
-#include <cstdint>
-
 #include "depth/zcurve.h"
 #include "image/stackstats.h"
+#include "palettes/channeldisplay.h"
 
 namespace tirn {
-
-/// How a channel is shown. The numbers stand in session files and key frames; every odd one is hidden.
-enum class ChannelState : std::uint8_t {
-    Shown = 0,
-    Hidden = 1,
-    FlashOn = 2,
-    FlashOff = 3,
-    RotatingFlashOn = 4,
-    RotatingFlashWaiting = 5,
-    PaletteSwap = 6,
-};
-
-constexpr bool isHidden(ChannelState state) { return (static_cast<int>(state) & 1) != 0; }
-
-/// True for the states that change by themselves.
-constexpr bool isFlashing(ChannelState state) { return state >= ChannelState::FlashOn; }
-
-/// What a channel shows: its state and the indices of its two palettes.
-struct ChannelDisplay
-{
-    ChannelState state = ChannelState::Shown;
-    /// The palette that PaletteSwap swaps with.
-    int alternatePalette = 0;
-    int palette = 0;
-
-    bool operator==(const ChannelDisplay&) const = default;
-};
 
 /// One colour channel of a volume.
 struct Channel

@@ -22,7 +22,7 @@ TEST(KeyFrame, CopiesHoldTheirOwnPalettes)
 {
     KeyFrame frame;
     frame.palettes = {{{1, 2}, {3, 4}, {5, 6}, {7, 8}}};
-    frame.channels = {{6, 1, 2}};
+    frame.channels = {{ChannelState::PaletteSwap, 1, 2}};
     KeyFrame copy = frame;
     EXPECT_EQ(copy, frame);
     copy.palettes[0].green[1] = 9;
@@ -46,7 +46,7 @@ TEST(KeyFrame, EveryFieldCounts)
     frame.zmax = 5;
     EXPECT_NE(frame, KeyFrame());
     KeyFrame channels;
-    channels.channels = {{0, 0, 1}};
+    channels.channels = {{ChannelState::Shown, 0, 1}};
     EXPECT_NE(channels, KeyFrame());
 }
 

@@ -218,7 +218,7 @@ TEST_F(RenderThread, RecordedFramesBecomeKeyFrames)
     EXPECT_EQ(frame.zmax, 7);
     EXPECT_EQ(frame.palettes.size(), 2U);
     ASSERT_EQ(frame.channels.size(), 2U);
-    EXPECT_EQ(frame.channels[1], (KeyFrameChannel{1, 1, 0}));
+    EXPECT_EQ(frame.channels[1], (ChannelDisplay{ChannelState::Hidden, 1, 0}));
 }
 
 TEST_F(RenderThread, AKeyFrameNeedsAStackAndLeavesPalettesOutUnlessAsked)

@@ -1,0 +1,123 @@
+#include "movies/framesink.h"
+
+#include <new>
+
+#include <QFile>
+#include <QFileInfo>
+
+#include "base/log.h"
+#include "formats/outputfile.h"
+#include "movies/moviename.h"
+
+namespace tirn {
+
+namespace {
+
+constexpr int kAttempts = 100;
+constexpr int kBytesPerPixel = 4;
+
+} // namespace
+
+QImage imageOf(const FramePicture& picture)
+{
+    const QImage bottomUp(picture.pixels, picture.width, picture.height, picture.width * kBytesPerPixel,
+                          QImage::Format_ARGB32);
+    return bottomUp.mirrored();
+}
+
+bool FrameSink::fail(const QString& text)
+{
+    if (m_error.isEmpty())
+        m_error = text;
+    return false;
+}
+
+QString cannotWriteText(const QString& fileName)
+{
+    return QString("The file %1 cannot be written to.").arg(fileName);
+}
+
+AviSink::AviSink(QString fileName, int width, int height, float frameRate, std::int64_t firstFrame)
+    : m_fileName(std::move(fileName)), m_width(width), m_height(height), m_frameRate(frameRate),
+      m_firstFrame(firstFrame)
+{}
+
+AviSink::~AviSink()
+{
+    if (m_writer != nullptr)
+        QFile::remove(m_writer->fileName());
+}
+
+bool AviSink::begin(std::int64_t reserve)
+{
+    logDebug("writing %s", m_fileName.toUtf8().constData());
+    if (QFileInfo(m_fileName).isDir())
+        return fail(cannotWriteText(m_fileName));
+    for (int attempt = 0; attempt < kAttempts && m_writer == nullptr; ++attempt) {
+        const QString part = partName(m_fileName, attempt);
+        auto writer = std::make_unique<AviWriter>(part, m_width, m_height, m_frameRate);
+        if (writer->open())
+            m_writer = std::move(writer);
+        else if (!QFileInfo::exists(part))
+            break;
+    }
+    if (m_writer == nullptr)
+        return fail(cannotWriteText(m_fileName));
+    try {
+        if (reserve > 0 && !m_writer->pad(reserve))
+            return fail(QString("There is no room for %1 frames in %2.").arg(reserve).arg(m_fileName));
+    } catch (const std::bad_alloc&) {
+        return fail("Could not allocate memory to pad movie");
+    }
+    return true;
+}
+
+bool AviSink::write(const FramePicture& picture, std::int64_t frame)
+{
+    if (m_writer == nullptr)
+        return fail(cannotWriteText(m_fileName));
+    if (picture.width != m_width || picture.height != m_height || picture.pixels == nullptr) {
+        return fail(
+            QString("Frame %1 is no picture of %2 by %3 pixels.").arg(frame).arg(m_width).arg(m_height));
+    }
+    if (!m_writer->writeFrameAt(picture.pixels, frame - m_firstFrame))
+        return fail(QString("The file %1 could not be written past frame %2.").arg(m_fileName).arg(frame));
+    m_frames = m_writer->frames();
+    return true;
+}
+
+bool AviSink::finish()
+{
+    if (m_writer == nullptr)
+        return false;
+    const std::unique_ptr<AviWriter> writer = std::move(m_writer);
+    const bool valid = writer->close();
+    m_frames = writer->frames();
+    if (valid && moveOver(writer->fileName(), m_fileName))
+        return true;
+    QFile::remove(writer->fileName());
+    return fail(cannotWriteText(m_fileName));
+}
+
+NumberedSink::NumberedSink(QString fileName, PictureWriter writer)
+    : m_fileName(std::move(fileName)), m_writer(std::move(writer))
+{}
+
+bool NumberedSink::begin(std::int64_t) { return true; }
+
+bool NumberedSink::write(const FramePicture& picture, std::int64_t frame)
+{
+    const QString name = numberedName(m_fileName, frame);
+    const QString part = partName(name, 0);
+    const QString text = m_writer(part, picture);
+    if (text.isEmpty() && moveOver(part, name)) {
+        ++m_frames;
+        return true;
+    }
+    QFile::remove(part);
+    return fail(text.isEmpty() ? cannotWriteText(name) : text);
+}
+
+bool NumberedSink::finish() { return m_frames > 0 || error().isEmpty(); }
+
+} // namespace tirn

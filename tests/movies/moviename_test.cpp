@@ -1,0 +1,35 @@
+#include <gtest/gtest.h>
+
+#include "movies/moviename.h"
+#include "support/qtprint.h"
+
+namespace tirn {
+namespace {
+
+TEST(MovieName, AKnownExtensionIsReplaced)
+{
+    EXPECT_EQ(movieName("", MovieFormat::Png), "tirn0000.png");
+    EXPECT_EQ(movieName("a.avi", MovieFormat::Tiff), "a.tif");
+    EXPECT_EQ(movieName("a.mov", MovieFormat::Avi), "a.avi");
+    EXPECT_EQ(movieName("a.raw", MovieFormat::Raw), "a.raw");
+    EXPECT_EQ(movieName("a.png.tif", MovieFormat::Quicktime), "a.png.mov");
+    EXPECT_EQ(movieName("a.jpg", MovieFormat::Png), "a.jpg.png");
+    EXPECT_EQ(movieName("a.AVI", MovieFormat::Png), "a.AVI.png");
+    EXPECT_EQ(movieName(".avi", MovieFormat::Png), ".png");
+}
+
+TEST(MovieName, AnEmptyNameStaysEmptyWhileItIsChosen)
+{
+    EXPECT_EQ(renamedForFormat("", MovieFormat::Png), "");
+    EXPECT_EQ(renamedForFormat("a.tif", MovieFormat::Png), "a.png");
+}
+
+TEST(MovieName, TheFrameGoesInFrontOfTheExtension)
+{
+    EXPECT_EQ(numberedName("tirn0000.png", 7), "tirn00000007.png");
+    EXPECT_EQ(numberedName("a.tif", 12345), "a12345.tif");
+    EXPECT_EQ(numberedName("abc", 1), "0001abc");
+}
+
+} // namespace
+} // namespace tirn
