@@ -1,0 +1,95 @@
+#include "movies/movieloop.h"
+
+#include <algorithm>
+#include <climits>
+
+namespace tirn {
+
+namespace {
+
+class Loop
+{
+public:
+    Loop(const MovieJob& job, FrameSource& source, FrameSink* sink, const Progress& progress)
+        : m_job(job), m_source(source), m_sink(sink), m_progress(progress)
+    {}
+
+    MovieResult run()
+    {
+        if (m_sink != nullptr && !m_sink->begin(m_job.outOfOrder ? wanted() : 0)) {
+            m_result.error = m_sink->error();
+            return m_result;
+        }
+        report();
+        MovieStep step;
+        KeyFrame pose = m_job.start;
+        while (!m_progress.cancelled() && m_job.steps(step, pose) && perform(step, pose))
+            report();
+        m_result.cancelled = m_result.error.isEmpty() && m_progress.cancelled();
+        if (m_sink != nullptr && !m_sink->finish() && m_result.error.isEmpty())
+            m_result.error = m_sink->error();
+        return m_result;
+    }
+
+private:
+    std::int64_t wanted() const
+    {
+        if (!m_job.range)
+            return m_job.total;
+        return std::max<std::int64_t>(0, std::min(m_job.range->last, m_job.total - 1) -
+                                             std::max<std::int64_t>(m_job.range->first, 0) + 1);
+    }
+
+    bool isWanted(std::int64_t frame) const
+    {
+        return !m_job.range || (frame >= m_job.range->first && frame <= m_job.range->last);
+    }
+
+    void report() const
+    {
+        const auto limited = [](std::int64_t n) {
+            return static_cast<int>(std::clamp<std::int64_t>(n, 0, INT_MAX));
+        };
+        m_progress({}, limited(std::min(m_result.pictures, wanted())), limited(wanted()));
+    }
+
+    bool perform(const MovieStep& step, const KeyFrame& pose)
+    {
+        if (step.kind == MovieStep::Kind::LoadTimePoint)
+            return m_source.loadTimePoint(step.timePoint) || fail(m_source.error());
+        FramePicture picture;
+        bool drawn = false;
+        for (std::int64_t frame = step.frame; frame < step.frame + step.pictures; ++frame) {
+            if (!isWanted(frame))
+                continue;
+            if (!drawn && !m_source.draw(pose, m_sink != nullptr ? &picture : nullptr))
+                return fail(m_source.error());
+            drawn = true;
+            if (m_sink != nullptr && !m_sink->write(picture, frame))
+                return fail(m_sink->error());
+            ++m_result.pictures;
+        }
+        return true;
+    }
+
+    bool fail(const QString& text)
+    {
+        m_result.error = text.isEmpty() ? QString("The frame could not be drawn.") : text;
+        return false;
+    }
+
+    const MovieJob& m_job;
+    FrameSource& m_source;
+    FrameSink* m_sink;
+    const Progress& m_progress;
+    MovieResult m_result;
+};
+
+} // namespace
+
+MovieResult runMovie(const MovieJob& job, FrameSource& source, FrameSink* sink, const Progress& progress)
+{
+    return Loop(job, source, sink, progress).run();
+}
+
+} // namespace tirn
