@@ -63,6 +63,8 @@ bool AviSink::begin(std::int64_t reserve)
     }
     if (m_writer == nullptr)
         return fail(cannotWriteText(m_fileName));
+    if (reserve > 0)
+        logDebug("padding avi");
     try {
         if (reserve > 0 && !m_writer->pad(reserve))
             return fail(QString("There is no room for %1 frames in %2.").arg(reserve).arg(m_fileName));

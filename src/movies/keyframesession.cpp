@@ -1,5 +1,7 @@
 #include "movies/keyframesession.h"
 
+#include "session/attributenumber.h"
+
 namespace tirn {
 
 namespace {
@@ -24,16 +26,13 @@ constexpr Attribute kAttributes[] = {
     {"zmax", &KeyFrame::zmax, "0", true},
 };
 
-/// The digits that the toolkit gives a number in an attribute, but with a point in every locale.
-constexpr int kDigits = 16;
-
 } // namespace
 
 QDomElement saveKeyFrame(const KeyFrame& frame, QDomDocument& document)
 {
     QDomElement element = document.createElement("keyframe");
     for (const Attribute& attribute : kAttributes)
-        element.setAttribute(attribute.name, QString::number(frame.*attribute.value, 'g', kDigits));
+        element.setAttribute(attribute.name, attributeNumber(frame.*attribute.value));
     element.setAttribute("timepoint", frame.timepoint);
     return element;
 }
