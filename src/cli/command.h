@@ -27,5 +27,6 @@ extern const Command kRawCommand;
 extern const Command kConvertCommand;
 extern const Command kPaletteCommand;
 extern const Command kRenderCommand;
+extern const Command kDepthCommand;
 
 } // namespace tirn

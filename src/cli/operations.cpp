@@ -2,6 +2,7 @@
 
 #include <climits>
 
+#include <QFileInfo>
 #include <QMap>
 #include <QRegularExpression>
 
@@ -9,6 +10,8 @@
 #include "cli/console.h"
 #include "cli/stackinput.h"
 #include "cli/toolerror.h"
+#include "depth/curvebaking.h"
+#include "depth/curvefile.h"
 
 namespace tirn {
 
@@ -159,6 +162,37 @@ StackStep makeDepth(const QString& text)
     return [conversion](std::unique_ptr<ImageFile>& stack) { ((*stack).*conversion)(); };
 }
 
+/// The curves of a file for the channels of a stack; those that the file leaves out change nothing.
+std::vector<std::vector<double>> curvesOf(const QString& name, const ImageAttributes& attributes)
+{
+    std::vector<std::vector<double>> curves(static_cast<std::size_t>(attributes.channels),
+                                            std::vector<double>(static_cast<std::size_t>(attributes.z), 1.0));
+    std::vector<std::vector<double>*> places;
+    for (std::vector<double>& curve : curves)
+        places.push_back(&curve);
+    const CurveFileResult result = readCurveFile(name, attributes.z, places);
+    if (!result.error.isEmpty())
+        throw FileError({}, result.error);
+    if (result.channels.empty())
+        throw FileError({}, name + " holds no curve for this stack.");
+    return curves;
+}
+
+StackStep makeZCurve(const QString& name)
+{
+    if (!QFileInfo(name).isFile())
+        throw FileError(name, QStringLiteral("No such file"));
+    return [name](std::unique_ptr<ImageFile>& stack) {
+        const auto curves = curvesOf(name, stack->attributes());
+        if (stack->attributes().channels > 1)
+            Console::report(name, {"warning: a depth curve changes the first channel only"});
+        Activity activity(QStringLiteral("Correcting"));
+        bakeCurves(*stack, curves, activity.progress());
+        Console::checkInterrupt();
+        stack->generateStatistics();
+    };
+}
+
 /// What follows the name of a filter.
 struct FilterArguments
 {
@@ -248,6 +282,9 @@ constexpr Operation kOperations[] = {
      makeFilter},
     {"depth", "OPERATION",
      "Operation: clamp-lower, clamp-upper, short, smart-lower, smart-mult, range=L:U or to=BITS.", makeDepth},
+    {"zcurve", "FILE.mzp",
+     "Operation: multiply the slices by a depth curve. The curves of all channels change the first channel.",
+     makeZCurve},
 };
 
 const Operation* findOperation(const QString& option)

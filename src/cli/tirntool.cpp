@@ -16,8 +16,8 @@ namespace {
 
 enum ExitCode { Done = 0, FileFailed = 1, WrongUsage = 2, Stopped = 130 };
 
-const Command* const kCommands[] = {&kInfoCommand,    &kDumpCommand,    &kRawCommand,
-                                    &kConvertCommand, &kPaletteCommand, &kRenderCommand};
+const Command* const kCommands[] = {&kInfoCommand,    &kDumpCommand,   &kRawCommand,  &kConvertCommand,
+                                    &kPaletteCommand, &kRenderCommand, &kDepthCommand};
 
 const Command* findCommand(const QString& name)
 {

@@ -150,20 +150,28 @@ double zbrent(const SearchFunction& f, double x1, double x2, double tolerance)
     return 0;
 }
 
-double fitPower(CurveSearch search, const ImageFile& stack, int channel, CurveParameters parameters,
-                const PowerRange& range)
+std::optional<double> fitPower(CurveSearch search, const ImageFile& stack, int channel,
+                               CurveParameters parameters, const PowerRange& range, const Progress& progress)
 {
+    struct Cancelled
+    {};
     logDebug("stack entropy %f maxentropy %f", stack.entropy(channel), stack.maxEntropy(channel));
     std::vector<double> curve(static_cast<std::size_t>(std::max(stack.attributes().z, 0)));
     const SearchFunction deficit = [&](double power) {
+        if (progress.cancelled())
+            throw Cancelled{};
         parameters.power = power;
         return entropyDeficit(stack, channel, parameters, curve);
     };
-    const double power = search == CurveSearch::Brent
-                             ? zbrent(deficit, range.min, range.max, range.step)
-                             : linearEntropySearch(deficit, range.min, range.max, range.step);
-    logDebug("pow %f", power);
-    return std::clamp(power, kLeastPower, kMostPower);
+    try {
+        const double power = search == CurveSearch::Brent
+                                 ? zbrent(deficit, range.min, range.max, range.step)
+                                 : linearEntropySearch(deficit, range.min, range.max, range.step);
+        logDebug("pow %f", power);
+        return std::clamp(power, kLeastPower, kMostPower);
+    } catch (const Cancelled&) {
+        return std::nullopt;
+    }
 }
 
 } // namespace tirn

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <span>
 
+#include "base/progress.h"
 #include "depth/curveformulas.h"
 
 namespace tirn {
@@ -48,8 +50,9 @@ constexpr double kLeastPower = 0.1;
 constexpr double kMostPower = 10;
 
 /// Fits the power of `parameters` to a channel by Brent's method or the linear scan, and cuts it to what a
-/// curve takes.
-double fitPower(CurveSearch search, const ImageFile& stack, int channel, CurveParameters parameters,
-                const PowerRange& range);
+/// curve takes. Nothing when cancelled.
+std::optional<double> fitPower(CurveSearch search, const ImageFile& stack, int channel,
+                               CurveParameters parameters, const PowerRange& range,
+                               const Progress& progress = {});
 
 } // namespace tirn

@@ -30,14 +30,14 @@ constexpr std::size_t kFloatsOfRecord = 12;
 constexpr qint64 kLongestLine = 0x10000;
 constexpr std::size_t kFacetsBetweenLogs = 10000;
 
-/// A number of the ASCII form: digits, one character that may be any, digits; no exponent. The possessive
-/// quantifiers match the same lines; without them a long row of digits takes the square of its length.
-#define TIRN_STL_NUMBER R"((-?\d++.?\d*+))"
-
+/// A pattern of the ASCII form. "%1" stands for a number: digits, one character that may be any, digits; no
+/// exponent. The possessive quantifiers match the same lines; without them a long row of digits takes the
+/// square of its length.
 QRegularExpression pattern(const char* text)
 {
-    return QRegularExpression(text, QRegularExpression::UseUnicodePropertiesOption |
-                                        QRegularExpression::DotMatchesEverythingOption);
+    return QRegularExpression(QString(text).replace("%1", R"((-?\d++.?\d*+))"),
+                              QRegularExpression::UseUnicodePropertiesOption |
+                                  QRegularExpression::DotMatchesEverythingOption);
 }
 
 /// A line of a facet, and what is said where it is another one.
@@ -54,12 +54,9 @@ constexpr int kNormal = 3;
 const std::vector<FacetLine>& facetLines()
 {
     // The normal allows no white space behind it, a vertex does.
-    static const QRegularExpression vertex = pattern(
-        R"(^\s*vertex\s*)" TIRN_STL_NUMBER R"(\s+)" TIRN_STL_NUMBER R"(\s+)" TIRN_STL_NUMBER R"(\s*$)");
+    static const QRegularExpression vertex = pattern(R"(^\s*vertex\s*%1\s+%1\s+%1\s*$)");
     static const std::vector<FacetLine> lines = {
-        {pattern(R"(^\s*facet\s*normal\s*)" TIRN_STL_NUMBER R"(\s+)" TIRN_STL_NUMBER R"(\s+)" TIRN_STL_NUMBER
-                 "$"),
-         "can't find normal", kNormal},
+        {pattern(R"(^\s*facet\s*normal\s*%1\s+%1\s+%1$)"), "can't find normal", kNormal},
         {pattern(R"(^\s*outer\s+loop\s*$)"), "can't find outer loop", -1},
         {vertex, "can't find vertex 1", 0},
         {vertex, "can't find vertex 2", 1},

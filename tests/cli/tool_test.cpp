@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "cli/toolrun.h"
 #include "image/imagefile.h"
 #include "palettes/palettefile.h"
 #include "support/picfile.h"
@@ -18,23 +19,9 @@
 namespace tirn {
 namespace {
 
+using test::Outcome;
 using test::samples;
-
-struct Outcome
-{
-    int code = -1;
-    QByteArray out;
-    QString err;
-};
-
-Outcome tool(const QStringList& arguments)
-{
-    QProcess process;
-    process.start(TIRN_TOOL, arguments);
-    process.waitForFinished(-1);
-    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-            process.readAllStandardOutput(), QString::fromLocal8Bit(process.readAllStandardError())};
-}
+using test::tool;
 
 class Tool : public testing::Test
 {
@@ -70,7 +57,7 @@ TEST_F(Tool, HelpAndVersionAreAnswers)
 {
     EXPECT_EQ(tool({"--version"}).out, "tirntool 0.1.0\n");
     EXPECT_EQ(tool({"--help"}).code, 0);
-    for (const char* command : {"info", "dump", "raw", "convert", "palette"}) {
+    for (const char* command : {"info", "dump", "raw", "convert", "palette", "depth"}) {
         EXPECT_TRUE(tool({"--help"}).out.contains(QByteArray("  ") + command));
         const Outcome help = tool({command, "--help"});
         EXPECT_EQ(help.code, 0);

@@ -223,13 +223,21 @@ TEST(FitPower, CutsThePowerToWhatACurveTakes)
     EXPECT_EQ(fitPower(CurveSearch::Linear, *stack, 0, {}, {12, 12, 0.01}), 10);
 }
 
+TEST(FitPower, StopsWhenCancelled)
+{
+    const auto stack = decayingStack(6);
+    const std::atomic<bool> cancel = true;
+    EXPECT_EQ(fitPower(CurveSearch::Brent, *stack, 0, {}, {}, {{}, &cancel}), std::nullopt);
+    EXPECT_EQ(fitPower(CurveSearch::Linear, *stack, 0, {}, {}, {{}, &cancel}), std::nullopt);
+}
+
 TEST(FitPower, IsTheRootOfTheDeficitAndSaysWhatItFound)
 {
     const auto stack = decayingStack(12);
     const test::SlowStack slow(*stack);
     const int bins = static_cast<int>(stack->statsList()[0].sliceHistograms[0].size());
     const LogCapture log;
-    const double power = fitPower(CurveSearch::Brent, *stack, 0, {1, 1, 0, 4}, {0, 4, 0.01});
+    const double power = *fitPower(CurveSearch::Brent, *stack, 0, {1, 1, 0, 4}, {0, 4, 0.01});
     const test::SlowRoot expected = test::slowBrent(
         [&](double p) {
             return stack->attributes().significantBits() -
