@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include "depth/curvefile.h"
+#include "depth/curvesession.h"
 #include "formats/bioradio.h"
 #include "formats/imsubs.h"
 #include "formats/leicaio.h"
@@ -16,6 +18,11 @@
 #include "formats/vffio.h"
 #include "formats/zeissio.h"
 #include "image/imagefile.h"
+#include "mesh/segmentation.h"
+#include "movies/frameload.h"
+#include "movies/keyframesession.h"
+#include "movies/timeframemovie.h"
+#include "movies/timeframesession.h"
 #include "palettes/palettefile.h"
 #include "palettes/palettesession.h"
 #include "support/picfile.h"
@@ -85,6 +92,65 @@ void fuzzSession(const QString& name)
         readSessionPalette(document.documentElement());
 }
 
+void fuzzStl(const QString& name)
+{
+    Segmentation mesh;
+    mesh.load(name);
+}
+
+void fuzzCurveFile(const QString& name)
+{
+    std::vector<double> first;
+    std::vector<double> second;
+    std::vector<double>* const curves[] = {&first, &second};
+    for (const int slices : {3, 200, 0})
+        readCurveFile(name, slices, curves);
+}
+
+void fuzzSessionCurve(const QString& name)
+{
+    QDomDocument document;
+    if (!document.setContent(fileContent(name)))
+        return;
+    for (const int slices : {-1, 0, 5}) {
+        ZCurve curve = readSessionCurve(document.documentElement(), slices);
+        curve.generateTexture();
+    }
+}
+
+void fuzzKeyFrames(const QString& name)
+{
+    QDomDocument document;
+    if (!document.setContent(fileContent(name)))
+        return;
+    ShownFrame shown;
+    shown.stack = ShownStack{};
+    loadKeyFrame(readKeyFrame(document.documentElement()), shown);
+    for (const KeyFrame& frame : readKeyFrames(document.documentElement()))
+        loadKeyFrame(frame, shown);
+}
+
+/// The frames that the elements ask for, up to a number.
+void fuzzTimeFrames(const QString& name)
+{
+    QDomDocument document;
+    if (!document.setContent(fileContent(name)))
+        return;
+    TimeFrameMovie movie;
+    movie.timeFrames = readTimeFrames(document.documentElement());
+    movie.size = {64, 32, 8};
+    movie.start.channels.resize(2);
+    movie.start.palettes.resize(2, {{0, 255}, {0, 255}, {0, 255}, {0, 255}});
+    const MovieSteps steps = timeFrameSteps(movie);
+    MovieStep step;
+    KeyFrame pose;
+    for (int frame = 0; frame < 300 && steps(step, pose); ++frame) {
+    }
+    QDomDocument again;
+    for (const TimeFrame& timeFrame : movie.timeFrames)
+        again.appendChild(saveTimeFrame(timeFrame, again));
+}
+
 constexpr FuzzTarget kTargets[] = {
     {"biorad", fuzzReader<BioradIO>, "pic"},
     {"deltavision", fuzzReader<IMSubs>, "r3d"},
@@ -101,6 +167,11 @@ constexpr FuzzTarget kTargets[] = {
     {"palette_col", fuzzPalette, "col"},
     {"palette_lut", fuzzPalette, "lut"},
     {"session_palette", fuzzSession, "xml"},
+    {"stl", fuzzStl, "stl"},
+    {"curve_mzp", fuzzCurveFile, "mzp"},
+    {"session_curve", fuzzSessionCurve, "xml"},
+    {"session_keyframes", fuzzKeyFrames, "xml"},
+    {"session_timeframes", fuzzTimeFrames, "xml"},
 };
 
 /// Memory, where the system has a file system of it.
