@@ -26,6 +26,10 @@ ZCurve::ZCurve(Array array, CurveTextures* textures)
     : m_textures(textures), m_curve(array ? std::move(array) : std::make_shared<std::vector<double>>())
 {}
 
+ZCurve::ZCurve(const ZCurve& other)
+    : m_saved(other.m_saved), m_textures(other.m_textures), m_curve(other.m_curve)
+{}
+
 ZCurve& ZCurve::operator=(const ZCurve& other)
 {
     if (this != &other) {
@@ -66,7 +70,7 @@ void ZCurve::generateTexture()
     if (m_textures == nullptr)
         return;
     if (!m_texture || m_texture->texels != texels.size())
-        m_texture = std::make_shared<Texture>(m_textures);
+        m_texture = std::make_unique<Texture>(m_textures);
     const CurveUpload upload = m_textures->upload(m_texture->name, texels);
     m_texture->name = upload.texture;
     m_texture->texels = texels.size();

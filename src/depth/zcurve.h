@@ -13,8 +13,8 @@ namespace tirn {
 /// A channel's depth correction: one multiplier a slice, 1.0 leaving it unchanged, and its 1D texture.
 ///
 /// The array is shared on purpose: whoever takes `curve()` writes into the curve itself, and so does a copy
-/// of the curve. The texture is released with the last curve that names it. Whatever touches the texture
-/// needs the card's context current, where there is a card.
+/// of the curve. The texture is not: it has one owner, which releases it, and a copy makes its own. Whatever
+/// touches the texture needs the card's context current, where there is a card.
 class ZCurve
 {
 public:
@@ -24,8 +24,8 @@ public:
     explicit ZCurve(CurveTextures* textures = nullptr);
     explicit ZCurve(int slices, CurveTextures* textures = nullptr);
     explicit ZCurve(Array array, CurveTextures* textures = nullptr);
-    /// Shares the array and the texture.
-    ZCurve(const ZCurve&) = default;
+    /// Shares the array; has no texture yet.
+    ZCurve(const ZCurve& other);
     ZCurve(ZCurve&&) noexcept = default;
     /// Shares the array, keeps a texture of its own and brings it up to date.
     ZCurve& operator=(const ZCurve& other);
@@ -67,7 +67,7 @@ private:
 
     bool m_saved = false;
     CurveTextures* m_textures;
-    std::shared_ptr<Texture> m_texture;
+    std::unique_ptr<Texture> m_texture;
     Array m_curve;
 };
 

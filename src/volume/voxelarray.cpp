@@ -8,6 +8,7 @@
 #include "base/checkedsize.h"
 #include "base/log.h"
 #include "base/stopwatch.h"
+#include "depth/curvesession.h"
 #include "session/relativepath.h"
 
 namespace tirn {
@@ -288,11 +289,7 @@ QDomElement VoxelArray::saveSession(QDomDocument& document, const QString& sessi
         QDomElement element = appendElement(document, root, "channel",
                                             {{"palette", number(channel.display.palette)},
                                              {"state", number(static_cast<int>(channel.display.state))}});
-        QDomElement curve = appendElement(document, element, "ZCurve", {{"saved", "0"}});
-        QString text;
-        for (int z = 0; z < channel.zCurve.size(); ++z)
-            text += plainNumber(channel.zCurve[z]) + "\n";
-        curve.appendChild(document.createTextNode(text));
+        element.appendChild(saveCurveToSession(channel.zCurve, document));
     }
     return root;
 }

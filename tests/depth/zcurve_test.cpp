@@ -122,17 +122,36 @@ TEST(ZCurve, ResetLeavesTheTextureAlone)
     EXPECT_TRUE(textures.uploads.empty());
 }
 
-TEST(ZCurve, ACopySharesTheTextureWhichTheLastOneReleases)
+TEST(ZCurve, ACopyHasATextureOfItsOwnAndReleasesNoOther)
 {
+    RecordingTextures textures;
+    ZCurve curve(2, &textures);
+    curve.generateTexture();
+    {
+        ZCurve copy(curve);
+        EXPECT_EQ(copy.textureName(), 0U);
+        EXPECT_EQ(copy.curve(), curve.curve());
+    }
+    EXPECT_TRUE(textures.released.empty());
+    {
+        ZCurve copy(curve);
+        copy.generateTexture();
+        EXPECT_EQ(copy.textureName(), 2U);
+    }
+    EXPECT_EQ(textures.released, std::vector<unsigned>{2});
+    EXPECT_EQ(curve.textureName(), 1U);
+}
+
+TEST(ZCurve, TheTextureMovesWithTheCurve)
+{
+    static_assert(std::is_nothrow_move_constructible_v<ZCurve>,
+                  "growing lists of curves keep their textures");
     RecordingTextures textures;
     {
         ZCurve curve(2, &textures);
         curve.generateTexture();
-        {
-            const ZCurve copy(curve);
-            EXPECT_EQ(copy.textureName(), 1U);
-        }
-        EXPECT_TRUE(textures.released.empty());
+        const ZCurve moved(std::move(curve));
+        EXPECT_EQ(moved.textureName(), 1U);
     }
     EXPECT_EQ(textures.released, std::vector<unsigned>{1});
 }

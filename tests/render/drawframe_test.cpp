@@ -329,7 +329,8 @@ TEST_P(DrawFrame, DrawsASegmentationThatHasAList)
     EXPECT_EQ(rig.draw({"CallList"}), Calls{call(list())});
     rig.scene.segmentations.front()->displayList = 4711;
     EXPECT_EQ(rig.draw({"CallList"}), (Calls{call(list()), "CallList(4711)"}));
-    rig.scene.segmentations.push_back(std::make_unique<Segmentation>(Segmentation{4712}));
+    rig.scene.segmentations.push_back(std::make_unique<Segmentation>());
+    rig.scene.segmentations.back()->displayList = 4712;
     EXPECT_EQ(rig.draw({"CallList"}), (Calls{call(list()), "CallList(4711)"}));
 }
 
@@ -348,7 +349,7 @@ TEST_P(DrawFrame, RecordsKeyFramesWhileAsked)
     ASSERT_EQ(rig.scene.keyFrames.size(), 2U);
     KeyFrame expected;
     expected.palettes = {rig.scene.palettes[0]->values()};
-    expected.channels = {{0, 5, 0}};
+    expected.channels = {{ChannelState::Shown, 5, 0}};
     expected.xrot = 12;
     expected.ytrans = 0.5;
     expected.yscale = 2;

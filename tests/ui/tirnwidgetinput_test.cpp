@@ -328,7 +328,7 @@ TEST_F(WidgetInput, AKeyFrameBringsTheWholeViewBack)
     frame.zmin = 2;
     frame.zmax = 5;
     frame.timepoint = 0;
-    frame.channels = {{1, 0, 0}, {2, 0, 0}};
+    frame.channels = {{ChannelState::Hidden, 0, 0}, {ChannelState::FlashOn, 0, 0}};
     frame.palettes = {app().palette(0)->values()};
     frame.palettes[0].red[7] = 123;
     widget().stopAndWait();
