@@ -70,11 +70,11 @@ QString nextPictureName(const QString& name, const QString& extension)
            extension;
 }
 
-QString numberedPictureName(const QString& name, int number)
+QString numberedPictureName(const QString& name, std::int64_t number)
 {
     const auto dot = name.lastIndexOf('.');
     const auto end = dot > name.lastIndexOf('/') ? dot : name.size();
-    return name.left(static_cast<int>(end)) + QString::asprintf("%.4d", number) +
+    return name.left(static_cast<int>(end)) + QString::asprintf("%.4lld", static_cast<long long>(number)) +
            name.mid(static_cast<int>(end));
 }
 

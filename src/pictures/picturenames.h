@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include <QString>
 
 namespace tirn {
@@ -24,6 +26,6 @@ QString fixedPictureName(const QString& name, const QString& extension);
 QString nextPictureName(const QString& name, const QString& extension);
 
 /// The name of frame `number` of a series: four digits before the ending.
-QString numberedPictureName(const QString& name, int number);
+QString numberedPictureName(const QString& name, std::int64_t number);
 
 } // namespace tirn
