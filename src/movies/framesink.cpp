@@ -52,8 +52,12 @@ AviSink::~AviSink()
 bool AviSink::begin(std::int64_t reserve)
 {
     logDebug("writing %s", m_fileName.toUtf8().constData());
-    if (QFileInfo(m_fileName).isDir())
+    const QFileInfo info(m_fileName);
+    if (info.exists() && (!info.isFile() || !info.isWritable()))
         return fail(cannotWriteText(m_fileName));
+    // The file behind a link is the one to replace, not the link.
+    if (info.exists() && info.isSymLink())
+        m_fileName = info.canonicalFilePath();
     for (int attempt = 0; attempt < kAttempts && m_writer == nullptr; ++attempt) {
         const QString part = partName(m_fileName, attempt);
         auto writer = std::make_unique<AviWriter>(part, m_width, m_height, m_frameRate);

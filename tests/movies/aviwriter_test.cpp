@@ -414,6 +414,18 @@ TEST_F(Avi, TheSinkMakesTheFileBesideItsTarget)
     EXPECT_EQ(files(), QStringList{"movie.avi"});
 }
 
+TEST_F(Avi, TheSinkReplacesTheFileBehindALinkAndNoDevice)
+{
+    test::saveBytes(path("real.avi"), "mine");
+    ASSERT_TRUE(QFile::link(path("real.avi"), path("link.avi")));
+    AviSink sink(path("link.avi"), 2, 2, 15);
+    ASSERT_TRUE(sink.begin(0));
+    EXPECT_TRUE(sink.finish());
+    EXPECT_TRUE(QFileInfo(path("link.avi")).isSymLink());
+    EXPECT_EQ(fileContent(path("real.avi")).size(), 232);
+    EXPECT_FALSE(AviSink("/dev/null", 2, 2, 15).begin(0));
+}
+
 TEST_F(Avi, TheSinkReportsAFullDiskAndKeepsWhatIsWhole)
 {
     AviSink sink(path(), 16, 16, 15);
