@@ -17,7 +17,7 @@
 #include "movies/moviename.h"
 #include "movies/timeframemovie.h"
 #include "movies/timeframesession.h"
-#include "pictures/picturewriter.h"
+#include "pictures/picturenames.h"
 #include "render/keyframeview.h"
 #include "render/offscreenframes.h"
 
@@ -28,7 +28,6 @@ namespace {
 constexpr int kUsualRate = 15;
 constexpr int kMostRate = 240;
 constexpr int kMostFrames = 10000000;
-constexpr int kPictureDpi = 72;
 constexpr std::int64_t kLargestPlainAvi = std::int64_t{2} << 30;
 
 /// What the options say of a movie.
@@ -240,7 +239,7 @@ void checkTargets(const QString& out, MovieFormat format, const MovieJob& job, Q
     }
     const std::int64_t first = job.range ? job.range->first : 0;
     for (std::int64_t i = 0; i < framesToWrite(job); ++i)
-        checkReplaceable(numberedName(out, first + i), overwrite);
+        checkReplaceable(numberedPictureName(out, static_cast<int>(first + i)), overwrite);
 }
 
 std::unique_ptr<FrameSink> makeSink(const QString& out, MovieFormat format, const MovieOptions& options,
@@ -250,14 +249,7 @@ std::unique_ptr<FrameSink> makeSink(const QString& out, MovieFormat format, cons
         return std::make_unique<AviSink>(out, render.size.width(), render.size.height(),
                                          static_cast<float>(options.rate),
                                          options.range ? options.range->first : 0);
-    const bool transparent = render.transparent;
-    return std::make_unique<NumberedSink>(out, [format, transparent](const QString& name,
-                                                                     const FramePicture& picture) {
-        const QImage image =
-            transparent ? straightPicture(picture) : imageOf(picture).convertToFormat(QImage::Format_RGB32);
-        return savePicture(image, name, format == MovieFormat::Png ? PictureFormat::Png : PictureFormat::Tiff,
-                           kPictureDpi, true);
-    });
+    return std::make_unique<NumberedSink>(out, pictureWriterOf(format));
 }
 
 void run(const QCommandLineParser& parser)

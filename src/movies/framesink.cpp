@@ -7,7 +7,7 @@
 
 #include "base/log.h"
 #include "formats/outputfile.h"
-#include "movies/moviename.h"
+#include "pictures/picturewriter.h"
 
 namespace tirn {
 
@@ -15,13 +15,14 @@ namespace {
 
 constexpr int kAttempts = 100;
 constexpr int kBytesPerPixel = 4;
+constexpr int kDotsAnInch = 72;
 
 } // namespace
 
 QImage imageOf(const FramePicture& picture)
 {
     const QImage bottomUp(picture.pixels, picture.width, picture.height, picture.width * kBytesPerPixel,
-                          QImage::Format_ARGB32);
+                          picture.transparent ? QImage::Format_ARGB32 : QImage::Format_RGB32);
     return bottomUp.mirrored();
 }
 
@@ -51,8 +52,12 @@ AviSink::~AviSink()
 bool AviSink::begin(std::int64_t reserve)
 {
     logDebug("writing %s", m_fileName.toUtf8().constData());
-    if (QFileInfo(m_fileName).isDir())
+    const QFileInfo info(m_fileName);
+    if (info.exists() && (!info.isFile() || !info.isWritable()))
         return fail(cannotWriteText(m_fileName));
+    // The file behind a link is the one to replace, not the link.
+    if (info.exists() && info.isSymLink())
+        m_fileName = info.canonicalFilePath();
     for (int attempt = 0; attempt < kAttempts && m_writer == nullptr; ++attempt) {
         const QString part = partName(m_fileName, attempt);
         auto writer = std::make_unique<AviWriter>(part, m_width, m_height, m_frameRate);
@@ -101,6 +106,17 @@ bool AviSink::finish()
     return fail(cannotWriteText(m_fileName));
 }
 
+PictureWriter pictureWriterOf(MovieFormat format)
+{
+    const PictureFormat pictures = format == MovieFormat::Png    ? PictureFormat::Png
+                                   : format == MovieFormat::Raw  ? PictureFormat::Raw
+                                   : format == MovieFormat::Tiff ? PictureFormat::Tiff
+                                                                 : PictureFormat::Printer;
+    return [pictures](const QString& fileName, const FramePicture& picture) {
+        return savePicture(imageOf(picture), fileName, pictures, kDotsAnInch);
+    };
+}
+
 NumberedSink::NumberedSink(QString fileName, PictureWriter writer)
     : m_fileName(std::move(fileName)), m_writer(std::move(writer))
 {}
@@ -109,15 +125,12 @@ bool NumberedSink::begin(std::int64_t) { return true; }
 
 bool NumberedSink::write(const FramePicture& picture, std::int64_t frame)
 {
-    const QString name = numberedName(m_fileName, frame);
-    const QString part = partName(name, 0);
-    const QString text = m_writer(part, picture);
-    if (text.isEmpty() && moveOver(part, name)) {
-        ++m_frames;
-        return true;
-    }
-    QFile::remove(part);
-    return fail(text.isEmpty() ? cannotWriteText(name) : text);
+    const QString name = numberedPictureName(m_fileName, frame);
+    const QString text = m_writer(name, picture);
+    if (!text.isEmpty())
+        return fail(QString("%1: %2").arg(name, text));
+    ++m_frames;
+    return true;
 }
 
 bool NumberedSink::finish() { return m_frames > 0 || error().isEmpty(); }

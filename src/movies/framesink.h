@@ -8,6 +8,7 @@
 #include <QString>
 
 #include "movies/aviwriter.h"
+#include "movies/moviename.h"
 
 namespace tirn {
 
@@ -18,6 +19,8 @@ struct FramePicture
     const std::uint8_t* pixels = nullptr;
     int width = 0;
     int height = 0;
+    /// Whether alpha says how much of a pixel there is; otherwise it says nothing.
+    bool transparent = false;
 };
 
 /// The same as a picture of the toolkit, top row first.
@@ -76,10 +79,14 @@ private:
     std::unique_ptr<AviWriter> m_writer;
 };
 
-/// Writes one picture to a file of this name and returns the text of a failure, empty for none.
+/// Writes one picture to a file of this name and returns the text of a failure, empty for none. A failure
+/// leaves what was there.
 using PictureWriter = std::function<QString(const QString& fileName, const FramePicture& picture)>;
 
-/// A picture file for each frame, named by `numberedName`, each made beside its target and moved over it.
+/// The writer of a format's pictures, at 72 dots an inch. Formats without pictures fail.
+PictureWriter pictureWriterOf(MovieFormat format);
+
+/// A picture file for each frame, its number in four digits before the ending.
 class NumberedSink : public FrameSink
 {
 public:

@@ -32,10 +32,4 @@ QString renamedForFormat(const QString& name, MovieFormat format)
     return name.isEmpty() ? name : movieName(name, format);
 }
 
-QString numberedName(const QString& name, std::int64_t frame)
-{
-    return name.chopped(std::min<qsizetype>(kExtensionLength, name.size())) +
-           QString::asprintf("%.4lld", static_cast<long long>(frame)) + name.right(kExtensionLength);
-}
-
 } // namespace tirn

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdint>
-
 #include <QString>
 
 namespace tirn {
@@ -21,9 +19,5 @@ QString movieName(const QString& name, MovieFormat format);
 
 /// The same with an empty name left empty, for a name that is still being chosen.
 QString renamedForFormat(const QString& name, MovieFormat format);
-
-/// The file of one frame: its number in four digits goes between the name and its extension, which has four
-/// characters.
-QString numberedName(const QString& name, std::int64_t frame);
 
 } // namespace tirn

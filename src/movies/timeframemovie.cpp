@@ -35,7 +35,10 @@ public:
         : m_movie(movie), m_start(movie.firstPose()),
           // Whole frames, while the maker of predefined movies rounds.
           m_flash(flashing ? std::max<std::int64_t>(std::int64_t{movie.flashMilliseconds} * 15 / 1000, 1) : 0)
-    {}
+    {
+        if (flashing)
+            logDebug("flashcount %d", static_cast<int>(m_flash));
+    }
 
     bool operator()(MovieStep& step, KeyFrame& pose)
     {

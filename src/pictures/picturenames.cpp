@@ -70,4 +70,12 @@ QString nextPictureName(const QString& name, const QString& extension)
            extension;
 }
 
+QString numberedPictureName(const QString& name, std::int64_t number)
+{
+    const auto dot = name.lastIndexOf('.');
+    const auto end = dot > name.lastIndexOf('/') ? dot : name.size();
+    return name.left(static_cast<int>(end)) + QString::asprintf("%.4lld", static_cast<long long>(number)) +
+           name.mid(static_cast<int>(end));
+}
+
 } // namespace tirn

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include <QString>
 
 namespace tirn {
@@ -22,5 +24,8 @@ QString fixedPictureName(const QString& name, const QString& extension);
 /// The name of the next picture: the four digits before the extension count up. A name without them gets
 /// "0000"; its last four characters are taken for its extension.
 QString nextPictureName(const QString& name, const QString& extension);
+
+/// The name of frame `number` of a series: four digits before the ending.
+QString numberedPictureName(const QString& name, std::int64_t number);
 
 } // namespace tirn

@@ -1,5 +1,7 @@
 #include "render/offscreenframes.h"
 
+#include <algorithm>
+
 #include "gl/gltable.h"
 #include "pictures/picturesize.h"
 #include "render/keyframeview.h"
@@ -38,24 +40,26 @@ bool OffscreenFrames::draw(const KeyFrame& pose, FramePicture* picture)
     m_stage.thread().drawPicture({m_size, QRect(QPoint(0, 0), m_size), overlayScale(m_size), m_transparent});
     if (picture != nullptr) {
         gl().ReadPixels(0, 0, m_size.width(), m_size.height(), GL_BGRA, GL_UNSIGNED_BYTE, m_pixels.data());
-        *picture = {m_pixels.data(), m_size.width(), m_size.height()};
+        if (m_transparent)
+            straighten();
+        *picture = {m_pixels.data(), m_size.width(), m_size.height(), m_transparent};
     }
     return true;
+}
+
+/// Takes the opacity, with which the card has multiplied the colours, out of them.
+void OffscreenFrames::straighten()
+{
+    QImage picture(m_pixels.data(), m_size.width(), m_size.height(), QImage::Format_ARGB32_Premultiplied);
+    limitToOpacity(picture);
+    const QImage straight = picture.convertToFormat(QImage::Format_ARGB32);
+    std::copy_n(straight.constBits(), m_pixels.size(), m_pixels.begin());
 }
 
 bool OffscreenFrames::loadTimePoint(int timePoint)
 {
     m_stage.scene.current()->setTimePoint(timePoint);
     return true;
-}
-
-QImage straightPicture(const FramePicture& picture)
-{
-    QImage image = QImage(picture.pixels, picture.width, picture.height, picture.width * 4,
-                          QImage::Format_ARGB32_Premultiplied)
-                       .mirrored();
-    limitToOpacity(image);
-    return image.convertToFormat(QImage::Format_ARGB32);
 }
 
 } // namespace tirn

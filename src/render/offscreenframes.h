@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include <QImage>
+#include <QSize>
 
 #include "gl/pbuffer.h"
 #include "movies/movieloop.h"
@@ -14,7 +14,7 @@ namespace tirn {
 class OffscreenFrames : public FrameSource
 {
 public:
-    /// With `transparent` pictures have opacity, their colours multiplied by it.
+    /// With `transparent` pictures have opacity.
     OffscreenFrames(OffscreenStage& stage, QSize size, bool transparent = false);
     ~OffscreenFrames() override;
 
@@ -23,6 +23,8 @@ public:
     QString error() const override { return m_error; }
 
 private:
+    void straighten();
+
     OffscreenStage& m_stage;
     QSize m_size;
     bool m_transparent;
@@ -30,8 +32,5 @@ private:
     std::vector<std::uint8_t> m_pixels;
     QString m_error;
 };
-
-/// A picture whose colours are multiplied by its opacity, with straight ones; top row first.
-QImage straightPicture(const FramePicture& picture);
 
 } // namespace tirn

@@ -414,6 +414,18 @@ TEST_F(Avi, TheSinkMakesTheFileBesideItsTarget)
     EXPECT_EQ(files(), QStringList{"movie.avi"});
 }
 
+TEST_F(Avi, TheSinkReplacesTheFileBehindALinkAndNoDevice)
+{
+    test::saveBytes(path("real.avi"), "mine");
+    ASSERT_TRUE(QFile::link(path("real.avi"), path("link.avi")));
+    AviSink sink(path("link.avi"), 2, 2, 15);
+    ASSERT_TRUE(sink.begin(0));
+    EXPECT_TRUE(sink.finish());
+    EXPECT_TRUE(QFileInfo(path("link.avi")).isSymLink());
+    EXPECT_EQ(fileContent(path("real.avi")).size(), 232);
+    EXPECT_FALSE(AviSink("/dev/null", 2, 2, 15).begin(0));
+}
+
 TEST_F(Avi, TheSinkReportsAFullDiskAndKeepsWhatIsWhole)
 {
     AviSink sink(path(), 16, 16, 15);
@@ -453,13 +465,12 @@ TEST_F(Avi, ASinkWithoutRoomForItsPlacesLeavesNothing)
     EXPECT_TRUE(files().isEmpty());
 }
 
-/// Writes the first byte of the picture, or fails for a text.
-PictureWriter byteWriter(QString* failure)
+/// Writes the first byte of the picture, or fails with a text.
+PictureWriter byteWriter(const QString* failure)
 {
     return [failure](const QString& name, const FramePicture& picture) {
-        QFile file(name);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(reinterpret_cast<const char*>(picture.pixels), 1);
+        if (failure->isEmpty())
+            test::saveBytes(name, QByteArray(reinterpret_cast<const char*>(picture.pixels), 1));
         return *failure;
     };
 }
@@ -478,9 +489,29 @@ TEST_F(Avi, ANumberedSinkWritesAFileForEachFrame)
 
     failure = "No space left";
     EXPECT_FALSE(sink.write({pixels, 1, 1}, 8));
-    EXPECT_EQ(sink.error(), "No space left");
+    EXPECT_EQ(sink.error(), path("tirn00000008.png") + ": No space left");
     EXPECT_TRUE(sink.finish()) << "what was written stays";
+    EXPECT_EQ(sink.frames(), 2);
     EXPECT_EQ(files().size(), 2);
+}
+
+TEST_F(Avi, PicturesOfEachFormatHoldTheFrame)
+{
+    const std::uint8_t pixels[] = {1, 2, 3, 0, 4, 5, 6, 0};
+    for (const MovieFormat format : {MovieFormat::Png, MovieFormat::Raw, MovieFormat::Tiff}) {
+        const QString name = path("f" + movieExtension(format));
+        NumberedSink sink(name, pictureWriterOf(format));
+        EXPECT_TRUE(sink.write({pixels, 1, 2}, 3)) << sink.error().toStdString();
+    }
+    EXPECT_EQ(files(), (QStringList{"f0003.png", "f0003.raw", "f0003.tif"}));
+    const QImage png(path("f0003.png"));
+    EXPECT_EQ(png.pixel(0, 0), qRgb(6, 5, 4)) << "opaque whatever the card's alpha";
+    EXPECT_EQ(png.dotsPerMeterX(), 2835);
+    EXPECT_EQ(fileContent(path("f0003.raw")), QByteArray("\6\5\4\3\2\1", 6));
+    for (const MovieFormat format : {MovieFormat::Avi, MovieFormat::Quicktime}) {
+        NumberedSink sink(path("g.mov"), pictureWriterOf(format));
+        EXPECT_FALSE(sink.write({pixels, 1, 2}, 3));
+    }
 }
 
 TEST(FramePicture, BecomesAnImageWithItsTopRowFirst)
@@ -489,6 +520,9 @@ TEST(FramePicture, BecomesAnImageWithItsTopRowFirst)
     const QImage image = imageOf({pixels, 1, 2});
     EXPECT_EQ(image.pixel(0, 0), qRgb(6, 5, 4));
     EXPECT_EQ(image.pixel(0, 1), qRgb(3, 2, 1));
+    const std::uint8_t faint[] = {1, 2, 3, 100};
+    EXPECT_EQ(imageOf({faint, 1, 1, true}).pixel(0, 0), qRgba(3, 2, 1, 100));
+    EXPECT_EQ(imageOf({faint, 1, 1}).pixel(0, 0), qRgb(3, 2, 1));
 }
 
 } // namespace

@@ -24,12 +24,5 @@ TEST(MovieName, AnEmptyNameStaysEmptyWhileItIsChosen)
     EXPECT_EQ(renamedForFormat("a.tif", MovieFormat::Png), "a.png");
 }
 
-TEST(MovieName, TheFrameGoesInFrontOfTheExtension)
-{
-    EXPECT_EQ(numberedName("tirn0000.png", 7), "tirn00000007.png");
-    EXPECT_EQ(numberedName("a.tif", 12345), "a12345.tif");
-    EXPECT_EQ(numberedName("abc", 1), "0001abc");
-}
-
 } // namespace
 } // namespace tirn

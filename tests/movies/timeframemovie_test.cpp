@@ -100,8 +100,8 @@ TEST(TimeFrameMovie, LogsWhatItDoes)
     const test::LogCapture log;
     poses(timeFrameSteps(movie));
     EXPECT_EQ(log.lines(),
-              (QStringList{"doing timeframe", "doing Action 0", "doing Action 1", "Frame 1 timepoint 4",
-                           "doing Action final 0", "doing Action final 1"}));
+              (QStringList{"flashcount 4", "doing timeframe", "doing Action 0", "doing Action 1",
+                           "Frame 1 timepoint 4", "doing Action final 0", "doing Action final 1"}));
 }
 
 TEST(TimeFrameMovie, OddFramesGoOnIntoTheNextTimeFrame)

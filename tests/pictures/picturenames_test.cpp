@@ -68,5 +68,12 @@ TEST(PictureNames, TheDotOfTheExtensionStandsForAnyCharacter)
     EXPECT_EQ(nextPictureName("tirn0041_tif", ".tif"), "tirn0042.tif");
 }
 
+TEST(PictureNames, FramesAreNumberedBeforeTheEnding)
+{
+    EXPECT_EQ(numberedPictureName("turn.png", 7), "turn0007.png");
+    EXPECT_EQ(numberedPictureName("a.b/turn", 12), "a.b/turn0012");
+    EXPECT_EQ(numberedPictureName("turn.tif", 12345), "turn12345.tif");
+}
+
 } // namespace
 } // namespace tirn
