@@ -45,7 +45,7 @@ QStringList ImageIO::filterNames(const QStringList& names) { return names; }
 
 bool ImageIO::readLayers(int, int, int) { return false; }
 
-bool ImageIO::readAll() { return readLayers(0, attributes().fileZ - 1, 1); }
+bool ImageIO::readAll() { return readLayers(0, attributes().lastFileLayer(), 1); }
 
 QStringList ImageIO::fileNames() const
 {
@@ -129,6 +129,17 @@ bool ImageIO::fail(const QString& text)
     return false;
 }
 
+bool ImageIO::failForDepth()
+{
+    return fail(QString::asprintf("%d bits per sample not supported", attributes().bitDepth));
+}
+
+bool ImageIO::failForEarlyEnd(std::int64_t completeLayers, int layers)
+{
+    return fail(QString::asprintf("file ends early: %lld of %d layers",
+                                  static_cast<long long>(completeLayers), layers));
+}
+
 void ImageIO::releaseStack()
 {
     m_owner.setStackData({});
@@ -148,6 +159,12 @@ void ImageIO::setLayerRange(int first, int last, int step)
     m_owner.m_firstLayer = first;
     m_owner.m_lastLayer = last;
     m_owner.m_layerStep = step;
+}
+
+void ImageIO::setSteppedRange(int first, int last, int step)
+{
+    attributes().dimZ *= step;
+    setLayerRange(first, last, step);
 }
 
 } // namespace tirn

@@ -178,6 +178,33 @@ TEST_F(Tool, InfoPrintsJson)
     EXPECT_FALSE(object.contains("stats"));
 }
 
+TEST_F(Tool, TheJsonHasAllItsKeys)
+{
+    const QJsonObject object = json(tool({"info", "--json", "--stats", stk()}));
+    EXPECT_EQ(object.keys(), (QStringList{"bitDepth", "channels", "dimX", "dimY", "dimZ", "files", "lens",
+                                          "magFactor", "maxValue", "notes", "realBitDepth", "stats",
+                                          "timestamp", "type", "typeName", "x", "y", "z"}));
+    EXPECT_EQ(object["lens"].toInt(), -1);
+    EXPECT_EQ(object["magFactor"].toDouble(), -1);
+    EXPECT_EQ(object["notes"].toArray(), QJsonArray());
+    EXPECT_EQ(object["stats"].toArray()[0].toObject().keys(),
+              (QStringList{"channel", "entropy", "max", "mean", "median", "min", "mode", "sliceKurtosis",
+                           "sliceMean", "sliceSkew", "sliceStdDev"}));
+    test::TiffPage page;
+    page.fields = {
+        {306,
+         2,
+         {'2', '0', '0', '4', ':', '0', '5', ':', '0', '6', ' ', '0', '7', ':', '0', '8', ':', '0', '9', 0},
+         {}},
+        {281, 3, {200}, {}}};
+    const QString tiff = test::TiffFile{{page}}.save(path("dated.tif"));
+    const QJsonObject dated = json(tool({"info", "--json", tiff}));
+    EXPECT_EQ(dated["timestamp"].toString(), "2004-05-06T07:08:09");
+    EXPECT_EQ(dated["maxValue"].toInt(), 200);
+    EXPECT_EQ(dated["realBitDepth"].toInt(), 8);
+    EXPECT_TRUE(dated["dimX"].isNull());
+}
+
 TEST_F(Tool, WhatIsNoNumberIsNull)
 {
     test::StkFile file;
