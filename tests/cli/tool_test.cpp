@@ -369,7 +369,9 @@ TEST_F(Tool, AMultiPageTiffThatStatesNoDepthIsWarnedOf)
 {
     EXPECT_TRUE(tool({"convert", stk(3, 1, 8), path("a.tif")}).err.contains("--to pic and --to tiff"));
     EXPECT_TRUE(tool({"convert", stk(3, 2, 16), path("b.tif")}).err.contains("does not read back"));
+    EXPECT_TRUE(tool({"convert", stk(3, 3, 8), path("d.tif")}).err.contains("does not read back"));
     EXPECT_TRUE(tool({"convert", stk(3, 1, 16), path("c.tif")}).err.isEmpty());
+    EXPECT_TRUE(tool({"convert", stk(3, 3, 16), path("e.tif")}).err.isEmpty());
 }
 
 TEST_F(Tool, AWriterThatRefusesLeavesNothing)
