@@ -82,10 +82,7 @@ void ImageIO::mergeChannels(std::span<const std::byte* const> channelBuffers, vo
         return;
     const bool words = attributes.bitDepth != 8;
     logMerging(attributes.bitDepth);
-    if (words)
-        interleave16(channelBuffers, samplesPerChannel(attributes), destination);
-    else
-        interleave8(channelBuffers, samplesPerChannel(attributes), destination);
+    interleave(channelBuffers, samplesPerChannel(attributes), words ? 2 : 1, destination);
     logMerged(stopwatch.seconds());
 }
 

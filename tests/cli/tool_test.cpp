@@ -78,6 +78,7 @@ TEST_F(Tool, HelpAndVersionAreAnswers)
         EXPECT_TRUE(help.err.isEmpty());
     }
     EXPECT_TRUE(tool({"convert", "--help"}).out.contains("default"));
+    EXPECT_TRUE(tool({"--help"}).out.contains("Exit code: 0 done, 1 "));
 }
 
 TEST_F(Tool, WrongUsageEndsWithTwoAndOneLine)

@@ -118,6 +118,9 @@ TEST_F(MetaMorphIoTest, OtherFilesAreRefusedWithATextEach)
     StkFile mixed;
     mixed.fields = {{258, 3, {16, 8}, {}}};
     EXPECT_EQ(textOf(mixed.bytes()), QStringList{"Bitdepth per color channel must be equal"});
+    StkFile noDepth;
+    noDepth.fields = {{258, 3, {}, {}, 0}};
+    EXPECT_EQ(textOf(noDepth.bytes()), QStringList{"BitsPerSample is missing"});
     StkFile noPlanes;
     noPlanes.fields = {{33629, 5, {}, QByteArray(4, '\xff'), 5}};
     EXPECT_EQ(textOf(noPlanes.bytes()), QStringList{"unable to seek in file: " + path()});
