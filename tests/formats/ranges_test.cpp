@@ -61,6 +61,18 @@ TEST(Ranges, OutsideTheNumbersAreRefusedByEveryReader)
     }
 }
 
+TEST(Ranges, AllOfFewerThanNoLayersIsNothing)
+{
+    const QTemporaryDir directory;
+    for (const QString& name : oneOfEach(directory)) {
+        ImageFile owner;
+        const auto reader = findImageFormat(ImageIO::probeType(name))->create(owner, {name});
+        owner.attributes().fileZ = INT_MIN;
+        // A series counts its files.
+        EXPECT_EQ(reader->readAll(), name.endsWith("s.tif")) << name.toStdString();
+    }
+}
+
 TEST(Ranges, AStepOfZeroIsNoReasonToDivide)
 {
     const QTemporaryDir directory;
