@@ -82,7 +82,7 @@ std::int64_t leastBytes(const Target& target, const ImageFile& stack)
 
 void warnOfLostDepth(const Target& target, const QString& out, const ImageAttributes& attributes)
 {
-    const bool unstated = attributes.channels == 2 || (attributes.channels == 1 && !attributes.hasWords());
+    const bool unstated = attributes.channels == 2 || !attributes.hasWords();
     if (target.type == ImageType::MultiPageTiff && unstated) {
         Console::report(out,
                         {"warning: a multi-page TIFF of this depth and number of channels states no bits a "

@@ -64,7 +64,7 @@ void runRaw(const QCommandLineParser& parser)
 const Command kDumpCommand = {"dump", "Write the voxels of a stack as they lie in memory.",
                               "[--first N] [--last N] [--step N] FILE... OUT", addDumpOptions, runDump};
 
-const Command kRawCommand = {"raw", "The same for headerless data.",
+const Command kRawCommand = {"raw", "Write the voxels of headerless data as they lie in memory.",
                              "--size X,Y,Z [--channels C] [--bits 8|16] [--offset N] [--swap] FILE OUT",
                              addRawOptions, runRaw};
 

@@ -43,7 +43,8 @@ QString generalHelp()
            "  --version    Print the version.\n\n"
            "A stack is one FILE, or several where its format keeps channels (PIC) or layers (TIFF series)\n"
            "apart. OUT may be - for stdout where voxels are written. -- ends the options.\n"
-           "Exit code: 0 done, 1 a file could not be read or written, 2 wrong usage.\n";
+           "Exit code: 0 done, 1 a file could not be read or written, 2 wrong usage, 130 stopped by "
+           "Ctrl-C.\n";
 }
 
 QString commandHelp(const Command& command, const QCommandLineParser& parser)

@@ -14,6 +14,7 @@
 #include "formats/fileprobe.h"
 #include "formats/layerread.h"
 #include "image/imagefile.h"
+#include "image/layercount.h"
 #include "image/voxelallocation.h"
 
 namespace tirn {
@@ -241,7 +242,11 @@ Holdings holdings(std::span<const LayerSource> sources, int count, std::int64_t 
         for (int layer = 0; layer < count; ++layer) {
             const std::int64_t there = source.available(layer, layerBytes);
             complete += there == layerBytes ? 1 : 0;
-            empty += there == 0 ? 1 : 0;
+            // No later layer has any byte then.
+            if (there == 0) {
+                empty = count - layer;
+                break;
+            }
         }
         result.unreadable = result.unreadable || (atOnce ? empty == count : empty > 0);
         result.anyMissing = result.anyMissing || complete < count;
@@ -262,7 +267,7 @@ bool BioradIO::readLayers(int first, int last, int step)
         return fail(QStringLiteral("Illogical arguments to readLayers"));
     }
     ImageAttributes& stack = attributes();
-    const int count = (last - first + 1) / step;
+    const int count = layerCount(first, last, step);
     const auto layerSamples = checkedProduct({stack.fileX, stack.fileY});
     const auto layerBytes =
         layerSamples ? checkedProduct({*layerSamples, stack.bytesPerSample()}) : std::nullopt;
@@ -277,8 +282,9 @@ bool BioradIO::readLayers(int first, int last, int step)
         if (!file(channel).open(QIODevice::ReadOnly))
             return fail(QStringLiteral("error opening file"));
         files.push_back(std::make_unique<PositionedFile>(file(channel)));
-        sources.push_back(
-            {files.back().get(), biorad::kHeaderBytes + first * *layerBytes, step * *layerBytes});
+        // A step beyond the last layer leads to none, however far it goes.
+        sources.push_back({files.back().get(), biorad::kHeaderBytes + first * *layerBytes,
+                           std::min(step, last) * *layerBytes});
     }
     const Holdings there = holdings(sources, count, *layerBytes, step == 1);
     if (there.unreadable)
@@ -294,14 +300,11 @@ bool BioradIO::readLayers(int first, int last, int step)
     logDebug("made it past gory stuff");
     logMerging(stack.bitDepth);
     logMerged(stopwatch.seconds());
-    if (there.anyMissing) {
-        fail(QString::asprintf("file ends early: %lld of %d layers",
-                               static_cast<long long>(there.completeLayers), count));
-    }
+    if (there.anyMissing)
+        failForEarlyEnd(there.completeLayers, count);
     setStack(std::move(voxels), stack.fileX, stack.fileY, count);
     // The owner's own record is scaled, so a second read scales it again.
-    stack.dimZ *= step;
-    setLayerRange(first, last, step);
+    setSteppedRange(first, last, step);
     logDebug("exit BioradIO::readLayers\n");
     return true;
 }

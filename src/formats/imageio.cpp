@@ -45,7 +45,7 @@ QStringList ImageIO::filterNames(const QStringList& names) { return names; }
 
 bool ImageIO::readLayers(int, int, int) { return false; }
 
-bool ImageIO::readAll() { return readLayers(0, attributes().fileZ - 1, 1); }
+bool ImageIO::readAll() { return readLayers(0, attributes().lastFileLayer(), 1); }
 
 QStringList ImageIO::fileNames() const
 {
@@ -82,10 +82,7 @@ void ImageIO::mergeChannels(std::span<const std::byte* const> channelBuffers, vo
         return;
     const bool words = attributes.bitDepth != 8;
     logMerging(attributes.bitDepth);
-    if (words)
-        interleave16(channelBuffers, samplesPerChannel(attributes), destination);
-    else
-        interleave8(channelBuffers, samplesPerChannel(attributes), destination);
+    interleave(channelBuffers, samplesPerChannel(attributes), words ? 2 : 1, destination);
     logMerged(stopwatch.seconds());
 }
 
@@ -129,6 +126,17 @@ bool ImageIO::fail(const QString& text)
     return false;
 }
 
+bool ImageIO::failForDepth()
+{
+    return fail(QString::asprintf("%d bits per sample not supported", attributes().bitDepth));
+}
+
+bool ImageIO::failForEarlyEnd(std::int64_t completeLayers, int layers)
+{
+    return fail(QString::asprintf("file ends early: %lld of %d layers",
+                                  static_cast<long long>(completeLayers), layers));
+}
+
 void ImageIO::releaseStack()
 {
     m_owner.setStackData({});
@@ -148,6 +156,12 @@ void ImageIO::setLayerRange(int first, int last, int step)
     m_owner.m_firstLayer = first;
     m_owner.m_lastLayer = last;
     m_owner.m_layerStep = step;
+}
+
+void ImageIO::setSteppedRange(int first, int last, int step)
+{
+    attributes().dimZ *= step;
+    setLayerRange(first, last, step);
 }
 
 } // namespace tirn

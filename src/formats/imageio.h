@@ -70,6 +70,10 @@ protected:
     void setFiles(const QStringList& names);
     /// Appends to the owner's `errorList`; the result is false, for a reader to return.
     bool fail(const QString& text);
+    /// Fails with the text for the owner's depth, which no stack can have.
+    bool failForDepth();
+    /// Fails with the text for files that hold only so many of the layers asked for.
+    bool failForEarlyEnd(std::int64_t completeLayers, int layers);
     /// Gives up the voxels of the last read, so that old and new are never in memory together; the sizes are
     /// those of a stack without voxels until setStack.
     void releaseStack();
@@ -78,6 +82,8 @@ protected:
     static void logMerging(int bitDepth);
     static void logMerged(double seconds);
     void setLayerRange(int first, int last, int step);
+    /// setLayerRange for a format in which a step stretches the voxels: multiplies the owner's dimZ.
+    void setSteppedRange(int first, int last, int step);
 
 private:
     std::vector<std::unique_ptr<QFile>> m_files;

@@ -11,6 +11,7 @@
 #include "formats/layerread.h"
 #include "formats/segmentread.h"
 #include "image/imagefile.h"
+#include "image/layercount.h"
 #include "image/voxelallocation.h"
 
 namespace tirn {
@@ -144,15 +145,14 @@ bool IMSubs::readLayers(int first, int last, int step)
     }
     if (stack.bitDepth != 8 && stack.bitDepth != 16) {
         file(0).close();
-        return fail(QString::asprintf("%d bits per sample not supported", stack.bitDepth));
+        return failForDepth();
     }
-    const int count = (last - first + 1) / step;
+    const int count = layerCount(first, last, step);
     const bool done = readSections(count);
     file(0).close();
     if (!done)
         return false;
-    stack.dimZ *= step;
-    setLayerRange(first, last, step);
+    setSteppedRange(first, last, step);
     logDebug("IMSubs: exit readLayers");
     return true;
 }
@@ -167,11 +167,9 @@ bool IMSubs::readSections(int count)
     const PositionedFile positioned(file(0));
     const std::int64_t held = std::max<std::int64_t>(positioned.size() - m_dataOffset, 0);
     if (!bytes || *bytes < 1 || (held < *bytes && !isJustified(*bytes, held)))
-        return fail(QString::asprintf("file ends early: 0 of %d layers", count));
-    if (held < *bytes) {
-        fail(QString::asprintf("file ends early: %d of %d layers",
-                               static_cast<int>(held / (*layerBytes * stack.channels)), count));
-    }
+        return failForEarlyEnd(0, count);
+    if (held < *bytes)
+        failForEarlyEnd(held / (*layerBytes * stack.channels), count);
 
     releaseStack();
     VoxelBuffer voxels = allocateVoxels(bytes, "Could not allocate memory fo IMsubs Layers");

@@ -71,10 +71,7 @@ private:
             readPart(m_channels[static_cast<std::size_t>(c)], layer, start, part, bytes);
             parts.push_back(part);
         }
-        if (m_sampleBytes == 1)
-            interleave8(parts, bytes, to);
-        else
-            interleave16(parts, bytes / 2, to);
+        interleave(parts, bytes / m_sampleBytes, m_sampleBytes, to);
     }
 
     void readPart(const LayerSource& source, std::int64_t layer, std::int64_t start, std::byte* to,

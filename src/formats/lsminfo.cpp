@@ -1,7 +1,8 @@
 #include "formats/lsminfo.h"
 
-#include <algorithm>
+#include <iterator>
 #include <span>
+#include <tuple>
 
 #include <QString>
 
@@ -24,6 +25,14 @@ constexpr const char* kDataKinds[] = {"Scan data", "Calculated data", "Animation
 constexpr const char* kIntensityFormats[] = {
     "No clue man ", "8-bit unsigned integer", "12-bit unsigned integer", nullptr, nullptr, "32-bit float"};
 
+/// What the offsets of the record lead to, in their order.
+constexpr const char* kOffsetTexts[] = {
+    "vector overlay",         "channel input LUT", "color palette",           "channel colors and names",
+    "channel data types",     "device settings",   "Zeiss Vision KS-3d data", "real scan times",
+    "experimental notations", "ROI used in scan",  "bleach region",           "next LSM file in this file"};
+static_assert(std::size(kOffsetTexts) == std::tuple_size_v<decltype(LsmInfo::offsets)>);
+constexpr std::size_t kOffsetsBeforeInterval = 4;
+
 } // namespace
 
 LsmInfo readLsmInfo(WindowedFile& file, std::int64_t offset)
@@ -41,12 +50,15 @@ LsmInfo readLsmInfo(WindowedFile& file, std::int64_t offset)
     info.scanType = reader.u16();
     reader.skip(2);
     info.dataKind = reader.u32();
-    reader.seek(112);
-    info.timeInterval = reader.f64();
-    info.offsetChannelDataTypes = reader.u32();
+    for (std::size_t i = 0; i < info.offsets.size(); ++i) {
+        if (i == kOffsetsBeforeInterval)
+            info.timeInterval = reader.f64();
+        info.offsets[i] = reader.u32();
+    }
 
     if (info.dataType == 0 && info.dimChannels > 0) {
-        ByteReader types(file.at(info.offsetChannelDataTypes, 4 * std::int64_t{info.dimChannels}));
+        ByteReader types(
+            file.at(info.offsets[LsmInfo::kChannelDataTypes], 4 * std::int64_t{info.dimChannels}));
         while (types.remaining() >= 4)
             info.channelTypes.push_back(types.i32());
     }
@@ -67,6 +79,8 @@ void printLsmInfo(const LsmInfo& info)
     logDebug("%s", nameOf(kScanTypes, info.scanType, "Unknown scan time"));
     logDebug("%s", nameOf(kDataKinds, info.dataKind, "Unknown data type"));
     logDebug("time interval %g", info.timeInterval);
+    for (std::size_t i = 0; i < info.offsets.size(); ++i)
+        logDebug("offset to %s %u", kOffsetTexts[i], info.offsets[i]);
     logDebug("%s", ruler.constData());
 }
 

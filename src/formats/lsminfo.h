@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -29,7 +31,9 @@ struct LsmInfo
     std::uint16_t scanType = 0;
     std::uint32_t dataKind = 0;
     double timeInterval = 0;
-    std::uint32_t offsetChannelDataTypes = 0;
+    /// Of further records in the file; only the channels' types are followed.
+    std::array<std::uint32_t, 12> offsets = {};
+    static constexpr std::size_t kChannelDataTypes = 4;
     /// Those of the channels, where `dataType` is 0.
     std::vector<std::int32_t> channelTypes;
 };

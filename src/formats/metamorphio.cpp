@@ -12,6 +12,7 @@
 #include "formats/tiffdirectory.h"
 #include "formats/tifftags.h"
 #include "image/imagefile.h"
+#include "image/layercount.h"
 #include "image/voxelallocation.h"
 
 namespace tirn {
@@ -196,7 +197,7 @@ bool MetaMorphIO::readLayers(int first, int last, int step)
     ImageAttributes& stack = attributes();
     if (step < 1 || m_directory.find(tiff::Uic2) == nullptr)
         return fail(QStringLiteral("Illogical arguments to readLayers"));
-    const int count = (last - first + 1) / step;
+    const int count = layerCount(first, last, step);
     logDebug("channels: %d", stack.channels);
     logDebug("bitDepth: %d", stack.bitDepth);
     if (stack.channels < 1) {
@@ -232,8 +233,7 @@ bool MetaMorphIO::readLayers(int first, int last, int step)
     file(0).close();
     if (!done)
         return false;
-    stack.dimZ *= step;
-    setLayerRange(first, last, step);
+    setSteppedRange(first, last, step);
     logDebug("stack read");
     logDebug("exit readLayers\n");
     return true;
@@ -269,8 +269,17 @@ struct Planes
         SegmentPlan result(std::min(bytes, room));
         const IFDEntry& offsets = *directory.find(tiff::StripOffsets);
         for (std::size_t i = 0; i < offsets.values.size(); ++i)
-            result.append(stride * plane + offsets.values[i], byteCount(i));
+            result.append(base(plane) + offsets.values[i], byteCount(i));
         return result;
+    }
+    /// How far a plane lies behind the first, before it where strips run backwards; past any file where no
+    /// number can say it.
+    std::int64_t base(int plane) const
+    {
+        constexpr std::int64_t farAway = std::int64_t{1} << 62;
+        std::int64_t distance = 0;
+        const bool overflow = __builtin_mul_overflow(stride, std::int64_t{plane}, &distance);
+        return overflow || distance > farAway ? farAway : distance;
     }
 };
 

@@ -2,10 +2,10 @@
 
 #include "base/checkedsize.h"
 #include "base/log.h"
-#include "formats/fileprobe.h"
 #include "formats/tiffdirectory.h"
 #include "formats/tifftags.h"
 #include "image/imagefile.h"
+#include "image/layercount.h"
 #include "image/voxelallocation.h"
 
 namespace tirn {
@@ -37,15 +37,13 @@ MTiffIO::MTiffIO(ImageFile& owner, const QStringList& names) : TiffIFDIO(owner, 
 bool MTiffIO::isMTiff(const QString& name)
 {
     QFile file(name);
-    if (!openForProbe(file))
+    const std::optional<TiffHeader> header = probeTiff(file);
+    if (!header)
         return false;
     WindowedFile window(file);
-    const TiffHeader header = readTiffHeader(window);
-    if (!header.order || header.magic != tiff::kMagic || !header.offsetInRange(window.size()))
-        return false;
-    DirectoryReader reader(window, *header.order);
-    const std::int64_t entries = reader.number(header.firstOffset, 2);
-    return reader.number(header.firstOffset + 2 + entries * tiff::kEntryBytes, 4) != 0;
+    DirectoryReader reader(window, *header->order);
+    const std::int64_t entries = reader.number(header->firstOffset, 2);
+    return reader.number(header->firstOffset + 2 + entries * tiff::kEntryBytes, 4) != 0;
 }
 
 bool MTiffIO::isMyType() { return readAttributes().type == ImageType::MultiPageTiff; }
@@ -138,7 +136,7 @@ bool MTiffIO::readLayers(int first, int last, int step)
     logDebug("enter readLayers\n");
     ImageAttributes& stack = attributes();
     const int pageCount = static_cast<int>(m_stkIFD.empty() ? 0 : m_stkIFD.front().size());
-    const int count = step < 1 ? 0 : (last - first + 1) / step;
+    const int count = layerCount(first, last, step);
     if (first < 0 || first >= pageCount || last >= pageCount || count < 1)
         return fail(QStringLiteral("Trying to read outside of stack"));
     if (!depthSupported())
@@ -162,8 +160,7 @@ bool MTiffIO::readLayers(int first, int last, int step)
     file(0).close();
     if (!done)
         return false;
-    stack.dimZ *= step;
-    setLayerRange(first, last, step);
+    setSteppedRange(first, last, step);
     logDebug("exit readLayers\n");
     return true;
 }

@@ -13,6 +13,7 @@
 #include "formats/tiffseriesio.h"
 #include "formats/tifftags.h"
 #include "image/imagefile.h"
+#include "image/layercount.h"
 #include "image/voxelallocation.h"
 
 namespace tirn {
@@ -107,7 +108,7 @@ bool OlympusIO::readLayers(int first, int last, int step)
         return fail(QStringLiteral("Illogical arguments to readLayers"));
     if (!depthSupported())
         return false;
-    const int count = (last - first + 1) / step;
+    const int count = layerCount(first, last, step);
     const auto planeBytes = checkedProduct({stack.fileX, stack.fileY, stack.bytesPerSample()}).value_or(0);
     const std::int64_t bytes = checkedProduct({planeBytes, stack.channels, count}).value_or(0);
     // The upper bound is not read, although it has a place in the stack.
@@ -121,12 +122,11 @@ bool OlympusIO::readLayers(int first, int last, int step)
     for (const Plane& plane : planes)
         fileBytes += QFileInfo(plane.fileName).size();
     if (bytes < 1 || !isJustified(bytes, fileBytes))
-        return fail(QString::asprintf("file ends early: 0 of %d layers", count));
+        return failForEarlyEnd(0, count);
 
     if (!readPlanes(planes, layers, count, bytes))
         return false;
-    stack.dimZ *= step;
-    setLayerRange(first, last, step);
+    setSteppedRange(first, last, step);
     return true;
 }
 
@@ -153,7 +153,7 @@ bool OlympusIO::readPlanes(std::vector<Plane>& planes, int layers, int count, st
     logMerging(stack.bitDepth);
     logMerged(stopwatch.seconds());
     if (complete < static_cast<int>(planes.size()))
-        fail(QString::asprintf("file ends early: %d of %d layers", complete / stack.channels, count));
+        failForEarlyEnd(complete / stack.channels, count);
     if (stack.bitDepth > 8 && !planes.empty() && planes.front().bigEndian)
         swapEndian(voxels.data(), bytes / 2, 2);
     setStack(std::move(voxels), stack.fileX, stack.fileY, count);

@@ -26,10 +26,7 @@ bool readPlanarLayers(int layers, int channels, std::int64_t channelBytes, int s
                 failed = failed || !readChannel(static_cast<int>(layer), c, plane);
                 parts.push_back(plane);
             }
-            if (sampleBytes == 1)
-                interleave8(parts, channelBytes, to);
-            else
-                interleave16(parts, channelBytes / 2, to);
+            interleave(parts, channelBytes / sampleBytes, sampleBytes, to);
         }
     });
     return !failed;

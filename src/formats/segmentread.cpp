@@ -15,6 +15,8 @@ constexpr std::int64_t kChunkBytes = std::int64_t{2} << 20;
 
 std::int64_t heldOf(const Segment& segment, std::int64_t fileSize)
 {
+    if (segment.offset < 0)
+        return 0;
     return std::clamp<std::int64_t>(fileSize - segment.offset, 0, segment.bytes);
 }
 
@@ -48,8 +50,9 @@ std::int64_t SegmentPlan::held(std::int64_t fileSize) const
 
 bool SegmentPlan::startsOutside(std::int64_t fileSize) const
 {
-    return std::any_of(m_segments.begin(), m_segments.end(),
-                       [fileSize](const Segment& segment) { return segment.offset > fileSize; });
+    return std::any_of(m_segments.begin(), m_segments.end(), [fileSize](const Segment& segment) {
+        return segment.offset < 0 || segment.offset > fileSize;
+    });
 }
 
 bool SegmentPlan::endsOutside(std::int64_t fileSize) const
@@ -85,8 +88,12 @@ bool SegmentPlan::read(const PositionedFile& file, std::byte* buffer) const
                 [&](std::int64_t begin, std::int64_t end) {
                     for (std::int64_t i = begin; i < end; ++i) {
                         const Segment& chunk = chunks[static_cast<std::size_t>(i)];
-                        if (file.read(chunk.offset, buffer + chunk.place, chunk.bytes) != chunk.bytes)
-                            failed = true;
+                        const std::int64_t got = file.read(chunk.offset, buffer + chunk.place, chunk.bytes);
+                        if (got == chunk.bytes)
+                            continue;
+                        failed = true;
+                        std::memset(buffer + chunk.place + got, 0,
+                                    static_cast<std::size_t>(chunk.bytes - got));
                     }
                 });
     return !failed;

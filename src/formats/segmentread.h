@@ -34,12 +34,12 @@ public:
 
     /// The bytes of the buffer that a file of this size fills.
     std::int64_t held(std::int64_t fileSize) const;
-    /// True when a run begins behind the end of a file of this size.
+    /// True when a run begins in front of a file of this size, or behind its end.
     bool startsOutside(std::int64_t fileSize) const;
     /// True when a run ends behind it.
     bool endsOutside(std::int64_t fileSize) const;
-    /// Reads all of it on all cores; what the file does not hold, and what no segment fills, becomes 0. False
-    /// on a read error. `buffer` is as long as the plan's.
+    /// Reads all of it on all cores; what cannot be read, and what no segment fills, becomes 0. False on a
+    /// read error. `buffer` is as long as the plan's.
     bool read(const PositionedFile& file, std::byte* buffer) const;
 
 private:

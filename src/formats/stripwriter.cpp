@@ -15,21 +15,28 @@ constexpr int kLargestShort = 65535;
 constexpr double kMicronsPerCentimetre = 10000.0;
 } // namespace
 
-int layerCount(int first, int last, int step)
+QStringList writeRefusal(const WriteRequest& request, const ImageAttributes& attributes,
+                         const std::uint8_t* data)
 {
-    return step < 1 || last < first ? 0 : (last - first + 1) / step;
+    const bool inside = request.first >= 0 && request.first < attributes.z && request.last < attributes.z;
+    if (!inside || layerCount(request.first, request.last, request.step) < 1 || data == nullptr)
+        return {QStringLiteral("Trying to write outside of stack")};
+    if (!request.overwrite && ImageIO::exists(request.name))
+        return {QLatin1String("File ") + request.name + QLatin1String(" exists")};
+    log(LogLevel::Debug, QLatin1String("filename: ") + request.name);
+    return {};
 }
 
-StripShape stripShape(const ImageAttributes& attributes, int bytesPerSample)
+StripShape stripShape(const ImageAttributes& attributes, std::optional<std::int64_t> rowBytes)
 {
     StripShape shape;
-    const auto row = checkedProduct({attributes.x, attributes.channels, bytesPerSample});
-    const auto layer = row ? checkedProduct({*row, attributes.y}) : std::nullopt;
+    const auto layer = rowBytes ? checkedProduct({*rowBytes, attributes.y}) : std::nullopt;
     if (!layer || *layer < 1)
         return shape;
-    shape.rowBytes = *row;
+    shape.rowBytes = *rowBytes;
     shape.layerBytes = *layer;
-    shape.valid = attributes.x <= kLargestShort && attributes.y <= kLargestShort && *row <= kLargestShort;
+    shape.valid =
+        attributes.x <= kLargestShort && attributes.y <= kLargestShort && *rowBytes <= kLargestShort;
     return shape;
 }
 
@@ -37,6 +44,42 @@ bool StripShape::fits(std::int64_t start, int layers) const
 {
     const auto image = checkedProduct({layerBytes, layers});
     return valid && image && *image <= std::int64_t{UINT_MAX} - start;
+}
+
+std::vector<std::uint32_t> StripShape::rowOffsets(std::int64_t start) const
+{
+    std::vector<std::uint32_t> offsets;
+    for (std::int64_t place = 0; place < layerBytes; place += rowBytes)
+        offsets.push_back(static_cast<std::uint32_t>(start + place));
+    return offsets;
+}
+
+void DirectoryLayout::addNumber(tiff::Tag tag, std::uint32_t value)
+{
+    m_entries.push_back({tag, tiff::Short, 1, value, {value}});
+}
+
+void DirectoryLayout::addTable(tiff::Tag tag, tiff::FieldType type, std::vector<std::uint32_t> values)
+{
+    const auto count = static_cast<std::uint32_t>(values.size() / (type == tiff::Rational ? 2 : 1));
+    m_entries.push_back({tag, type, count, m_end, std::move(values)});
+    m_end += count * static_cast<std::uint32_t>(fieldTypeSize(type));
+}
+
+std::uint32_t DirectoryLayout::addRoom(tiff::Tag tag, tiff::FieldType type, std::uint32_t count,
+                                       std::uint32_t bytes)
+{
+    const std::uint32_t offset = m_end;
+    m_entries.push_back({tag, type, count, offset, {}});
+    m_end += bytes;
+    return offset;
+}
+
+void DirectoryLayout::write(ByteWriter& head) const
+{
+    head.u16(static_cast<std::uint16_t>(m_entries.size()));
+    for (const IFDEntry& entry : m_entries)
+        writeEntry(head, entry);
 }
 
 std::vector<std::uint32_t> pixelsPerCentimetre(double microns)
@@ -52,6 +95,8 @@ QStringList writeHeadAndLayers(const QString& name, const ByteWriter& head, cons
     if (name.isEmpty() || !file.open())
         return {QStringLiteral("Unable to open file for writing")};
     bool done = file.write(head.bytes().data(), static_cast<std::int64_t>(head.bytes().size()));
+    if (!file.seek(static_cast<std::int64_t>(head.bytes().size())))
+        return {QStringLiteral("failed at")};
     const std::uint8_t* source = data + layers.first * layerBytes;
     if (layers.step == 1) {
         done = done && file.write(source, layerBytes * layers.count);
@@ -63,6 +108,14 @@ QStringList writeHeadAndLayers(const QString& name, const ByteWriter& head, cons
         return {QStringLiteral("failed write")};
     logDebug("stack written");
     return {};
+}
+
+QStringList writeStripFile(const QString& name, const ByteWriter& head, const std::uint8_t* data,
+                           std::int64_t layerBytes, const WrittenLayers& layers)
+{
+    logDebug("ImageSize: %lld", static_cast<long long>(layerBytes * layers.count));
+    logDebug("Image about to be written at: %lld", static_cast<long long>(head.bytes().size()));
+    return writeHeadAndLayers(name, head, data, layerBytes, layers);
 }
 
 } // namespace tirn

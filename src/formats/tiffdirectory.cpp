@@ -4,6 +4,7 @@
 #include <unordered_set>
 
 #include "base/log.h"
+#include "formats/fileprobe.h"
 #include "formats/tifftags.h"
 
 namespace tirn {
@@ -25,6 +26,17 @@ TiffHeader readTiffHeader(WindowedFile& file)
     reader.setOrder(*header.order);
     header.magic = reader.u16();
     header.firstOffset = reader.u32();
+    return header;
+}
+
+std::optional<TiffHeader> probeTiff(QFile& file)
+{
+    if (!openForProbe(file))
+        return std::nullopt;
+    WindowedFile window(file);
+    const TiffHeader header = readTiffHeader(window);
+    if (!header.order || header.magic != tiff::kMagic || !header.offsetInRange(window.size()))
+        return std::nullopt;
     return header;
 }
 

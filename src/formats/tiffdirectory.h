@@ -25,6 +25,10 @@ struct TiffHeader
 
 TiffHeader readTiffHeader(WindowedFile& file);
 
+/// The tests that a probe makes of a TIFF file: it opens, and its header points at a directory within it.
+/// Leaves the file open; nothing when a test fails.
+std::optional<TiffHeader> probeTiff(QFile& file);
+
 /// Reads directories one by one. What one file may make us hold is bounded by its own length: entries and
 /// values beyond that, which only directories that overlap can ask for, are left out.
 class DirectoryReader

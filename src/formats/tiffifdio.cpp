@@ -33,8 +33,6 @@ constexpr CompressionText kCompressionTexts[] = {
     {34677, "SGI's compression is not supported"},
 };
 
-QString depthText(int bits) { return QString::asprintf("%d bits per sample not supported", bits); }
-
 /// Dates as TIFF writes them, or as ISO does.
 QDateTime dateTime(const QString& text)
 {
@@ -152,7 +150,7 @@ std::pair<std::uint32_t, std::uint32_t> TiffIFDIO::toRational(double value)
 bool TiffIFDIO::depthSupported()
 {
     const int bits = attributes().bitDepth;
-    return (bits >= 8 && bits <= 16) || fail(depthText(bits));
+    return (bits >= 8 && bits <= 16) || failForDepth();
 }
 
 bool TiffIFDIO::hasStrips(const IFD& page)
@@ -182,8 +180,8 @@ bool TiffIFDIO::earlyEnd(std::int64_t held, std::int64_t wanted, int completeLay
 {
     const int bits = attributes().bitDepth;
     if (bits > 8 && bits < 16)
-        return fail(depthText(bits));
-    fail(QString::asprintf("file ends early: %d of %d layers", completeLayers, layers));
+        return failForDepth();
+    failForEarlyEnd(completeLayers, layers);
     return isJustified(wanted, held);
 }
 

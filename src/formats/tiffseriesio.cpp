@@ -5,11 +5,11 @@
 #include "base/checkedsize.h"
 #include "base/log.h"
 #include "base/parallel.h"
-#include "formats/fileprobe.h"
 #include "formats/striplayer.h"
 #include "formats/tiffdirectory.h"
 #include "formats/tifftags.h"
 #include "image/imagefile.h"
+#include "image/layercount.h"
 #include "image/voxelallocation.h"
 
 namespace tirn {
@@ -49,11 +49,7 @@ TiffSeriesIO::TiffSeriesIO(ImageFile& owner, const QStringList& names) : TiffIFD
 bool TiffSeriesIO::isTiffSeries(const QString& name)
 {
     QFile file(name);
-    if (!openForProbe(file))
-        return false;
-    WindowedFile window(file);
-    const TiffHeader header = readTiffHeader(window);
-    return header.order && header.magic == tiff::kMagic && header.offsetInRange(window.size());
+    return probeTiff(file).has_value();
 }
 
 ImageAttributes TiffSeriesIO::readAttributes()
@@ -140,7 +136,7 @@ bool TiffSeriesIO::readLayers(int first, int last, int step)
         return fail(QStringLiteral("Illogical arguments to readLayers"));
     if (!depthSupported())
         return false;
-    const int count = (last - first + 1) / step;
+    const int count = layerCount(first, last, step);
     const auto layerBytes =
         checkedProduct({stack.fileX, stack.fileY, stack.channels, stack.bytesPerSample()});
     const auto bytes = layerBytes ? checkedProduct({*layerBytes, count}) : std::nullopt;
@@ -177,8 +173,7 @@ bool TiffSeriesIO::readLayers(int first, int last, int step)
     if (!littleEndian() && stack.bitDepth > 8)
         swapEndian(voxels.data(), *bytes / stack.bytesPerSample(), stack.bitDepth / 8);
     setStack(std::move(voxels), stack.fileX, stack.fileY, count);
-    stack.dimZ *= step;
-    setLayerRange(first, last, step);
+    setSteppedRange(first, last, step);
     return true;
 }
 

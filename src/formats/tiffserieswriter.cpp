@@ -96,6 +96,7 @@ ByteWriter seriesHead(const ImageAttributes& attributes, const SeriesLayout& lay
     head.u16(tiff::kLittleEndianMark);
     head.u16(tiff::kMagic);
     head.u32(tiff::kHeaderBytes);
+    logDebug("currently at %d", static_cast<int>(head.position()));
     head.u16(static_cast<std::uint16_t>(layout.entries));
     putEntries(head, attributes, layout);
     head.u32(0);
@@ -136,6 +137,9 @@ QString refusal(const ImageAttributes& attributes)
 {
     if (std::min({attributes.x, attributes.y, attributes.channels}) < 1 || attributes.bitDepth < 8)
         return QStringLiteral("No image to write");
+    // More bits than the words of the stack have are not there to be written.
+    if (attributes.bitDepth > 16)
+        return QString::asprintf("%d bits per sample not supported", attributes.bitDepth);
     const auto row = checkedProduct({attributes.x, attributes.channels, attributes.bitDepth / 8});
     // No strip could hold a row.
     if (!row || *row > kStripBytes)

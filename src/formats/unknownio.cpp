@@ -8,6 +8,7 @@
 #include "formats/layerread.h"
 #include "formats/outputfile.h"
 #include "image/imagefile.h"
+#include "image/layercount.h"
 #include "image/voxelallocation.h"
 
 namespace tirn {
@@ -42,7 +43,7 @@ bool UnknownIO::readLayers(int first, int last, int step)
     if (step < 1 || first < 0 || last < first)
         return fail(QStringLiteral("Illogical arguments to readLayers"));
     if (stack.bitDepth < 8 || stack.bitDepth > 16)
-        return fail(QString::asprintf("%d bits per sample not supported", stack.bitDepth));
+        return failForDepth();
     if (fileCount() < 1)
         return fail(QStringLiteral("Unable to open file: "));
     const QString name = file(0).fileName();
@@ -52,7 +53,7 @@ bool UnknownIO::readLayers(int first, int last, int step)
     if (m_headerOffset < 0)
         return fail(QLatin1String("Unable to seek in file: ") + name);
 
-    const int count = (last - first + 1) / step;
+    const int count = layerCount(first, last, step);
     const std::int64_t samples =
         checkedProduct({stack.fileX, stack.fileY, count, stack.channels}).value_or(kTooMany);
     // 9 to 15 bits count as one byte here although the stack holds words: the file's bytes fill the first
@@ -87,7 +88,10 @@ QStringList UnknownIO::write(const QStringList& names, const ImageAttributes& at
         return {QLatin1String("Unable to seek in file: ") + name};
     // The channels are left out of the size: of a stack with two, half the samples are written.
     const auto bits = checkedProduct({attributes.x, attributes.y, attributes.z, attributes.bitDepth});
-    if (!bits || data == nullptr || attributes.channels < 1 || !file.write(data, *bits / 8) || !file.commit())
+    const auto held = checkedProduct(
+        {attributes.x, attributes.y, attributes.z, attributes.channels, attributes.bytesPerSample()});
+    const bool there = bits && held && data != nullptr && *bits / 8 <= *held;
+    if (!there || !file.write(data, *bits / 8) || !file.commit())
         return {QLatin1String("Unable to write in file: ") + name};
     return {};
 }

@@ -222,7 +222,7 @@ bool VffIO::readLayers(int first, int last, int step)
     if (first < 0 || last < first || last >= stack.fileZ)
         return fail(QStringLiteral("Illogical arguments to readLayers"));
     if (stack.bitDepth != 8 && stack.bitDepth != 16)
-        return fail(QString::asprintf("%d bits per sample not supported", stack.bitDepth));
+        return failForDepth();
     const auto slice = checkedProduct({stack.fileX, stack.fileY, stack.bytesPerSample(), stack.channels});
     if (!slice || *slice < 1 || !checkedProduct({*slice, stack.fileZ}))
         return false;
@@ -232,8 +232,7 @@ bool VffIO::readLayers(int first, int last, int step)
     file(0).close();
     if (!done)
         return false;
-    stack.dimZ *= step;
-    setLayerRange(first, last, step);
+    setSteppedRange(first, last, step);
     return true;
 }
 

@@ -5,12 +5,12 @@
 #include "base/checkedsize.h"
 #include "base/log.h"
 #include "base/stopwatch.h"
-#include "formats/fileprobe.h"
 #include "formats/outputfile.h"
 #include "formats/planarread.h"
 #include "formats/tiffdirectory.h"
 #include "formats/tifftags.h"
 #include "image/imagefile.h"
+#include "image/layercount.h"
 #include "image/voxelallocation.h"
 
 namespace tirn {
@@ -31,12 +31,11 @@ ZeissIO::ZeissIO(ImageFile& owner, const QStringList& names) : TiffIFDIO(owner, 
 
 bool ZeissIO::isZeiss(const QString& name)
 {
-    QFile file(name);
-    if (!name.endsWith(QLatin1String(".lsm")) || !openForProbe(file))
+    if (!name.endsWith(QLatin1String(".lsm")))
         return false;
-    WindowedFile window(file);
-    const TiffHeader header = readTiffHeader(window);
-    return header.isLittleEndian() && header.magic == tiff::kMagic && header.offsetInRange(window.size());
+    QFile file(name);
+    const std::optional<TiffHeader> header = probeTiff(file);
+    return header && header->isLittleEndian();
 }
 
 ImageAttributes ZeissIO::readAttributes()
@@ -206,7 +205,7 @@ bool ZeissIO::readLayers(int first, int last, int step)
         return fail(QStringLiteral("Illogical arguments to readLayers"));
     if (!depthSupported())
         return false;
-    const int count = (last - first + 1) / step;
+    const int count = layerCount(first, last, step);
     const auto channelBytes = checkedProduct({stack.fileX, stack.fileY, stack.bytesPerSample()});
     const auto bytes = channelBytes ? checkedProduct({*channelBytes, count, stack.channels}) : std::nullopt;
     if (!bytes || *bytes < 1)

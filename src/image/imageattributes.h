@@ -75,6 +75,8 @@ struct ImageAttributes
     /// True when a sample takes a 16-bit word.
     bool hasWords() const { return bitDepth > 8; }
     int bytesPerSample() const { return hasWords() ? 2 : 1; }
+    /// The number of the file's last layer, -1 where it has none.
+    int lastFileLayer() const { return fileZ > 0 ? fileZ - 1 : -1; }
 
     /// "%dbit", or "%dbit really %dbit" where the data use another number of bits.
     QString depthText() const;

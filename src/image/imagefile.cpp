@@ -8,6 +8,7 @@
 #include "formats/imageformats.h"
 #include "formats/imageio.h"
 #include "formats/unknownio.h"
+#include "image/layercount.h"
 #include "image/voxelallocation.h"
 
 namespace tirn {
@@ -94,7 +95,7 @@ bool ImageFile::read(int first, int last, int step)
     }
     m_attributes.x = m_attributes.fileX;
     m_attributes.y = m_attributes.fileY;
-    m_attributes.z = (last - first + 1) / std::max(1, step);
+    m_attributes.z = layerCount(first, last, std::max(1, step));
     m_firstLayer = first;
     m_lastLayer = last;
     m_layerStep = step;
@@ -105,7 +106,7 @@ bool ImageFile::read(int first, int last, int step)
     return true;
 }
 
-bool ImageFile::read() { return read(0, m_attributes.fileZ - 1, 1); }
+bool ImageFile::read() { return read(0, m_attributes.lastFileLayer(), 1); }
 
 bool ImageFile::reRead()
 {

@@ -10,6 +10,12 @@ namespace tirn {
 /// pays.
 void interleave8(std::span<const std::byte* const> channels, std::int64_t count, void* destination);
 void interleave16(std::span<const std::byte* const> channels, std::int64_t count, void* destination);
+/// One of the two, by the bytes of a sample.
+inline void interleave(std::span<const std::byte* const> channels, std::int64_t count, int sampleBytes,
+                       void* destination)
+{
+    sampleBytes == 1 ? interleave8(channels, count, destination) : interleave16(channels, count, destination);
+}
 
 /// channels[c][i] = source[i * channels + c].
 void deinterleave8(const void* source, std::int64_t count, std::span<std::byte* const> channels);

@@ -65,6 +65,7 @@ TEST_F(Tool, HelpAndVersionAreAnswers)
         EXPECT_TRUE(help.err.isEmpty());
     }
     EXPECT_TRUE(tool({"convert", "--help"}).out.contains("default"));
+    EXPECT_TRUE(tool({"--help"}).out.contains("Exit code: 0 done, 1 "));
 }
 
 TEST_F(Tool, WrongUsageEndsWithTwoAndOneLine)
@@ -163,6 +164,33 @@ TEST_F(Tool, InfoPrintsJson)
     EXPECT_EQ(object["dimX"].toDouble(), 0.125);
     EXPECT_TRUE(object["timestamp"].isNull());
     EXPECT_FALSE(object.contains("stats"));
+}
+
+TEST_F(Tool, TheJsonHasAllItsKeys)
+{
+    const QJsonObject object = json(tool({"info", "--json", "--stats", stk()}));
+    EXPECT_EQ(object.keys(), (QStringList{"bitDepth", "channels", "dimX", "dimY", "dimZ", "files", "lens",
+                                          "magFactor", "maxValue", "notes", "realBitDepth", "stats",
+                                          "timestamp", "type", "typeName", "x", "y", "z"}));
+    EXPECT_EQ(object["lens"].toInt(), -1);
+    EXPECT_EQ(object["magFactor"].toDouble(), -1);
+    EXPECT_EQ(object["notes"].toArray(), QJsonArray());
+    EXPECT_EQ(object["stats"].toArray()[0].toObject().keys(),
+              (QStringList{"channel", "entropy", "max", "mean", "median", "min", "mode", "sliceKurtosis",
+                           "sliceMean", "sliceSkew", "sliceStdDev"}));
+    test::TiffPage page;
+    page.fields = {
+        {306,
+         2,
+         {'2', '0', '0', '4', ':', '0', '5', ':', '0', '6', ' ', '0', '7', ':', '0', '8', ':', '0', '9', 0},
+         {}},
+        {281, 3, {200}, {}}};
+    const QString tiff = test::TiffFile{{page}}.save(path("dated.tif"));
+    const QJsonObject dated = json(tool({"info", "--json", tiff}));
+    EXPECT_EQ(dated["timestamp"].toString(), "2004-05-06T07:08:09");
+    EXPECT_EQ(dated["maxValue"].toInt(), 200);
+    EXPECT_EQ(dated["realBitDepth"].toInt(), 8);
+    EXPECT_TRUE(dated["dimX"].isNull());
 }
 
 TEST_F(Tool, WhatIsNoNumberIsNull)
@@ -329,7 +357,9 @@ TEST_F(Tool, AMultiPageTiffThatStatesNoDepthIsWarnedOf)
 {
     EXPECT_TRUE(tool({"convert", stk(3, 1, 8), path("a.tif")}).err.contains("--to pic and --to tiff"));
     EXPECT_TRUE(tool({"convert", stk(3, 2, 16), path("b.tif")}).err.contains("does not read back"));
+    EXPECT_TRUE(tool({"convert", stk(3, 3, 8), path("d.tif")}).err.contains("does not read back"));
     EXPECT_TRUE(tool({"convert", stk(3, 1, 16), path("c.tif")}).err.isEmpty());
+    EXPECT_TRUE(tool({"convert", stk(3, 3, 16), path("e.tif")}).err.isEmpty());
 }
 
 TEST_F(Tool, AWriterThatRefusesLeavesNothing)

@@ -78,6 +78,17 @@ TEST_F(LeicaIoTest, MissingHeadingsLeaveTheirFieldsUnknown)
     EXPECT_EQ(a.channels, 0);
 }
 
+TEST_F(LeicaIoTest, ATextCutAnywhereKeepsWhatItSaid)
+{
+    const int maker = static_cast<int>(kText.indexOf("MICROSYSTEMS")) + 12;
+    const int width = static_cast<int>(kText.indexOf("512")) + 3;
+    for (int cut = 0; cut <= kText.size(); ++cut) {
+        const ImageAttributes a = read(kText.left(cut));
+        EXPECT_EQ(a.type == ImageType::Leica, cut >= maker) << cut;
+        EXPECT_EQ(a.fileX == 512, cut >= width) << cut;
+    }
+}
+
 TEST_F(LeicaIoTest, ReadingSucceedsWithoutVoxels)
 {
     ImageFile file({save(kText)});

@@ -118,9 +118,26 @@ TEST_F(MetaMorphIoTest, OtherFilesAreRefusedWithATextEach)
     StkFile mixed;
     mixed.fields = {{258, 3, {16, 8}, {}}};
     EXPECT_EQ(textOf(mixed.bytes()), QStringList{"Bitdepth per color channel must be equal"});
+    StkFile noDepth;
+    noDepth.fields = {{258, 3, {}, {}, 0}};
+    EXPECT_EQ(textOf(noDepth.bytes()), QStringList{"BitsPerSample is missing"});
     StkFile noPlanes;
     noPlanes.fields = {{33629, 5, {}, QByteArray(4, '\xff'), 5}};
     EXPECT_EQ(textOf(noPlanes.bytes()), QStringList{"unable to seek in file: " + path()});
+    StkFile cutPlanes;
+    const QByteArray bytes = cutPlanes.bytes();
+    const auto withOffset = [&](int tag, std::uint32_t offset) {
+        // The entry's tag and type, as they stand in the directory, and its value field 8 bytes on.
+        const char entry[] = {static_cast<char>(tag & 0xff), static_cast<char>(tag >> 8),
+                              static_cast<char>(tag == 33629 ? 5 : 4), 0};
+        const auto at = bytes.indexOf(QByteArray(entry, 4));
+        EXPECT_GT(at, 0);
+        return QByteArray(bytes).replace(at + 8, 4, reinterpret_cast<const char*>(&offset), 4);
+    };
+    const auto size = static_cast<std::uint32_t>(bytes.size());
+    EXPECT_EQ(textOf(withOffset(33629, size - 23)), QStringList{"unable to read in file: " + path()});
+    EXPECT_EQ(textOf(withOffset(33629, size + 1)), QStringList{"unable to seek in file: " + path()});
+    EXPECT_EQ(textOf(withOffset(33628, size + 1)), QStringList{"unable to seek UIC1Tag in file: " + path()});
     ImageFile missing;
     const MetaMorphIO reader(missing, {path("missing.stk")});
     EXPECT_EQ(missing.errorList(), QStringList{"Unable to open file: " + path("missing.stk")});
@@ -214,6 +231,35 @@ TEST_F(MetaMorphIoTest, AFileThatEndsEarlyReadsOnWithZeros)
     EXPECT_EQ(samples(file), expected);
 }
 
+TEST_F(MetaMorphIoTest, StripsThatRunBackwardsLeaveZerosInFrontOfTheFile)
+{
+    // The last strip lies 192 bytes before the first: each plane is looked for 184 bytes before the one in
+    // front.
+    StkFile stk;
+    stk.z = 3;
+    stk.rowsPerStrip = 1;
+    stk.fields = {{273, 4, {200, 150, 8}, {}}, {279, 4, {8, 8, 8}, {}}};
+    ImageFile file({stk.save(path())});
+    ASSERT_TRUE(file.read());
+    EXPECT_EQ(file.errorList(), QStringList{"File seek error"});
+    const std::vector<int> all = samples(file);
+    EXPECT_EQ(std::vector<int>(all.begin() + 12 + 4, all.end()), std::vector<int>(8 + 12))
+        << "only the first row of the second plane is in the file";
+}
+
+TEST_F(MetaMorphIoTest, APlaneBeyondAllNumbersIsNotFound)
+{
+    StkFile stk;
+    stk.fields = {{33629, 5, {}, QByteArray(24, '\1'), 0x7fffffff},
+                  {273, 4, {8, 0xffffffff, 0xffffffff}, {}},
+                  {279, 4, {24, 24, 0xffffffff}, {}}};
+    stk.rowsPerStrip = 1;
+    ImageFile file({stk.save(path())});
+    EXPECT_TRUE(file.read(0x7ffffffe, 0x7ffffffe, 1));
+    EXPECT_TRUE(file.errorList().contains("File seek error"));
+    EXPECT_EQ(samples(file), std::vector<int>(12));
+}
+
 TEST_F(MetaMorphIoTest, PlanesThatNoFileHoldsAreRefused)
 {
     StkFile stk;
@@ -267,10 +313,13 @@ TEST_F(MetaMorphIoTest, OtherProgramsReadWhatIsWritten)
         auto stack = test::randomStack({13, 7, 3, 1, bits}, 5);
         stack->attributes().dimX = stack->attributes().dimY = 0.1;
         ASSERT_TRUE(stack->write({path()}, ImageType::MetaMorph));
+        const test::ForeignTiff planes = test::readWithTifffile(path());
+        EXPECT_EQ((std::vector{planes.pages, planes.x, planes.y, planes.channels, planes.bits}),
+                  (std::vector{3, 13, 7, 1, bits}));
+        EXPECT_EQ(planes.samples, samples(*stack));
         // The page that plain TIFF knows is the first plane.
         std::vector<int> first = samples(*stack);
         first.resize(13 * 7);
-        EXPECT_EQ(test::readWithTifffile(path()).samples, first);
         QString output;
         ASSERT_TRUE(test::copyWithLibtiff(path(), path("copy.tif"), &output)) << output.toStdString();
         EXPECT_EQ(test::readWithTifffile(path("copy.tif")).samples, first);
@@ -378,6 +427,18 @@ TEST_F(MetaMorphIoTest, AStepOfOneWritesTheWholeStack)
     EXPECT_EQ(sample(stepped, 0, 0, 0), 1);
 }
 
+TEST_F(MetaMorphIoTest, ARowOfTwelveBitsIsCountedAsPacked)
+{
+    auto stack = test::constantStack({5, 2, 1, 3, 16}, 5);
+    stack->attributes().bitDepth = 12;
+    ASSERT_TRUE(
+        MetaMorphIO::write({path()}, stack->attributes(), stack->stackData(), 0, 0, 1, true).isEmpty());
+    // 5 x 12 / 8 is 7 bytes, three times; and two rows of them behind the tables.
+    const QByteArray bytes = test::fileContent(path());
+    EXPECT_EQ(numberAt(bytes, 10 + 7 * 12 + 8, 4), 0x00150015U);
+    EXPECT_EQ(bytes.size(), 170 + 6 + 8 + 4 + 16 + 2 * 24 + 2 * 21);
+}
+
 TEST_F(MetaMorphIoTest, TheWriterRefusesWhatItCannotWrite)
 {
     const auto stack = test::constantStack({3, 2, 2, 1, 8}, 5);
@@ -395,6 +456,9 @@ TEST_F(MetaMorphIoTest, TheWriterRefusesWhatItCannotWrite)
     wide.x = 40000;
     wide.channels = 2;
     EXPECT_EQ(write(wide, 0, 1, 1, true), QStringList{"Too large for a TIFF file"}) << "row bytes";
+    wide = stack->attributes();
+    wide.bitDepth = 32;
+    EXPECT_EQ(write(wide, 0, 1, 1, true), QStringList{"32 bits per sample not supported"});
     EXPECT_FALSE(QFile::exists(path()));
     ASSERT_TRUE(write(stack->attributes(), 0, 1, 1, false).isEmpty());
     EXPECT_EQ(write(stack->attributes(), 0, 1, 1, false), QStringList{"File " + path() + " exists"});

@@ -482,5 +482,16 @@ TEST_F(MTiffIoTest, TheWriterRefusesWhatItCannotWrite)
               QStringList{"Unable to open file for writing"});
 }
 
+TEST_F(MTiffIoTest, AFullDiskIsAFailedWrite)
+{
+    if (!QFile::exists("/dev/full"))
+        GTEST_SKIP() << "there is no full device here";
+    const auto stack = test::constantStack({3, 2, 2, 1, 8}, 5);
+    for (const ImageType type : {ImageType::MultiPageTiff, ImageType::MetaMorph}) {
+        EXPECT_FALSE(stack->write({"/dev/full"}, type));
+        EXPECT_EQ(stack->writeErrors(), QStringList{"failed write"});
+    }
+}
+
 } // namespace
 } // namespace tirn

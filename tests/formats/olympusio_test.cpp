@@ -224,6 +224,7 @@ TEST_F(OlympusIoTest, BadValuesFailWithALogEach)
         {"WidthUnit=\"um\"", "WidthUnit=\"nm\"", "problem with width unit"},
         {"ValidBitCounts=12", "ValidBitCounts=7", "problem wth bitdepth"},
         {"ValidBitCounts=12", "ValidBitCounts=17", "problem wth bitdepth"},
+        {"ImageWidth=4", "ImageWidth=0", "problem with references"},
         {"set one.oif", "other.oif", ".files does not exist"},
     };
     for (const auto& [before, after, text] : cases) {

@@ -243,20 +243,94 @@ TEST(IfdEntry, PrintsItsFields)
 
 TEST(IfdEntry, TagsArePrintedByTheTable)
 {
-    EXPECT_EQ(tagText({254, 4, 1, 0, {0}}), "254 NewSubfileType Zeiss image layer");
-    EXPECT_EQ(tagText({254, 4, 1, 3, {3}}), "254 NewSubfileType Unknown type ");
-    EXPECT_EQ(tagText({256, 3, 1, 77, {77}}), "256 ImageWidth 77");
-    EXPECT_EQ(tagText({258, 3, 3, 500, {8, 8, 8}}), "258 BitsPerSample 3 at 500");
-    EXPECT_EQ(tagText({259, 3, 1, 5, {5}}), "259 Compression Zeiss LWZ compression");
-    EXPECT_EQ(tagText({270, 2, 3, 5, {'h', 'i', 0}}), "270 Image Description hi");
-    EXPECT_EQ(tagText({274, 3, 1, 8, {8}}), "274 Orientation 0th row left, 0th column bottom");
-    EXPECT_EQ(tagText({284, 3, 1, 2, {2}}),
-              "284 PlanarConfiguration Planar format (for zeiss, channels are saved separately");
-    EXPECT_EQ(tagText({320, 3, 768, 1234, {}}), "320 ColorMap located at 1234");
-    EXPECT_EQ(tagText({339, 3, 1, 2, {2}}), "339 SampleFormat Two's completement singed integer data");
-    EXPECT_EQ(tagText({34361, 1, 1, 2, {2}}), "34361 Andor MMHEADER ");
-    EXPECT_EQ(tagText({34412, 1, 500, 2, {2}}), "34412 TIF_CZ_LSMINFO ");
-    EXPECT_EQ(tagText({4711, 1, 500, 2, {2}}), "Unknown Tiff tag\t4711");
+    const std::pair<std::uint16_t, const char*> values[] = {
+        {256, "256 ImageWidth 77"},         {257, "257 ImageLength 77"},
+        {277, "277 SamplesPerPixel 77"},    {278, "278 RowsPerStrip 77"},
+        {280, "280 MixSampleValue 77"},     {281, "281 MaxSampleValue 77"},
+        {282, "282 XResolution 77"},        {283, "283 YResolution 77"},
+        {34361, "34361 Andor MMHEADER "},   {34362, "34362 Andor MMSTAMP "},
+        {34363, "34363 Andor MMEXTRA "},    {34364, "34364 Andor Future Tag "},
+        {34365, "34365 Andor Future Tag "}, {34412, "34412 TIF_CZ_LSMINFO "},
+        {4711, "Unknown Tiff tag\t4711"}};
+    for (const auto& [tag, text] : values)
+        EXPECT_EQ(tagText({tag, 3, 1, 77, {77}}), text);
+    const std::pair<std::uint16_t, const char*> places[] = {{258, "258 BitsPerSample 3 at 500"},
+                                                            {273, "273 StripOffsets 3 at 500"},
+                                                            {279, "279 StripByteCount 3 at 500"},
+                                                            {320, "320 ColorMap located at 500"}};
+    for (const auto& [tag, text] : places)
+        EXPECT_EQ(tagText({tag, 3, 3, 500, {8, 8, 8}}), text);
+    const std::pair<std::uint16_t, const char*> texts[] = {{269, "269 Document Name hi"},
+                                                           {270, "270 Image Description hi"},
+                                                           {305, "305 Software hi"},
+                                                           {306, "306 DateTime hi"}};
+    for (const auto& [tag, text] : texts)
+        EXPECT_EQ(tagText({tag, 2, 3, 5, {'h', 'i', 0}}), text);
+}
+
+TEST(IfdEntry, NumbersThatStandForSomethingAreNamed)
+{
+    struct Row
+    {
+        std::uint16_t tag;
+        const char* heading;
+        std::vector<std::pair<std::uint32_t, const char*>> names;
+        const char* other;
+    };
+    const Row rows[] = {
+        {254,
+         "254 NewSubfileType ",
+         {{0, "Zeiss image layer"},
+          {1, "reduced-resolution version of image in file "},
+          {2, "single page of multipage image"},
+          {4, "transparency mask for another image in file"}},
+         "Unknown type "},
+        {259,
+         "259 Compression ",
+         {{1, "No compression"}, {2, "CCITT Group 3"}, {5, "Zeiss LWZ compression"}, {32773, "PackBits"}},
+         "unknown "},
+        {262,
+         "262 PhotometricInterpretation ",
+         {{0, "WhiteIsZero"},
+          {1, "BlackIsZero"},
+          {2, "Zeiss TIF_RGB24 multichannel"},
+          {3, "Zeiss TIF_PALETTE one channel w/ colormap"}},
+         "I'm confused "},
+        {274,
+         "274 Orientation ",
+         {{1, "0th row top, 0th column left-side"},
+          {2, "0th row top, 0th column right-side"},
+          {3, "0th row bottom, 0th column right-side"},
+          {4, "0th row bottom, 0th column left-side"},
+          {5, "0th row left-side, 0th column top"},
+          {6, "0th row right-side, 0th column top"},
+          {7, "0th row right-side, 0th column bottom"},
+          {8, "0th row left, 0th column bottom"}},
+         "unknown orientation"},
+        {284,
+         "284 PlanarConfiguration ",
+         {{1, "Chunky format"}, {2, "Planar format (for zeiss, channels are saved separately"}},
+         "I'm confused "},
+        {296,
+         "296 ResolutionUnit ",
+         {{1, "No absolute unit of measure"}, {2, "inch"}, {3, "Centimeter"}},
+         "Unknown resolution unit "},
+        {317,
+         "317 DifferencingPredictor ",
+         {{1, "No prediction scheme used before encoding"}, {2, "Horizontal differencing"}},
+         "Unknown predictor"},
+        {339,
+         "339 SampleFormat ",
+         {{1, "Unsigned integer data"},
+          {2, "Two's completement singed integer data"},
+          {3, "IEEE floating point data (IEEE)"},
+          {4, "Undefined data format"}},
+         "Unknown data format"}};
+    for (const Row& row : rows) {
+        for (const auto& [value, name] : row.names)
+            EXPECT_EQ(tagText({row.tag, 3, 1, value, {value}}), QString(row.heading) + name);
+        EXPECT_EQ(tagText({row.tag, 3, 1, 99, {99}}), QString(row.heading) + row.other);
+    }
 }
 
 TEST(TiffIfdIo, OnlyUncompressedDataAreSupported)

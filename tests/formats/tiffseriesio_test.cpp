@@ -248,6 +248,20 @@ TEST_F(TiffSeriesIoTest, AWrittenSeriesReadsBack)
     }
 }
 
+/// Other programs find this in a file: width, height, pages, channels, bits and the samples.
+void expectReadElsewhere(const QString& name, const std::vector<int>& shape, const std::vector<int>& expected)
+{
+    const test::ForeignTiff foreign = test::readWithTifffile(name);
+    EXPECT_EQ(std::vector({foreign.x, foreign.y, foreign.pages, foreign.channels, foreign.bits}), shape);
+    EXPECT_EQ(foreign.samples, expected);
+    QString output;
+    const QString copy = name + ".copy.tif";
+    EXPECT_TRUE(test::copyWithLibtiff(name, copy, &output)) << output.toStdString();
+    EXPECT_EQ(test::readWithTifffile(copy).samples, expected);
+    // 0.4 microns are 1/25000 centimetre.
+    EXPECT_TRUE(test::tiffInfo(name).contains("Resolution: 25000, 25000 pixels/cm"));
+}
+
 TEST_F(TiffSeriesIoTest, OtherProgramsReadWhatIsWritten)
 {
     if (!test::haveForeignTiff())
@@ -256,18 +270,16 @@ TEST_F(TiffSeriesIoTest, OtherProgramsReadWhatIsWritten)
         for (const int bits : {8, 16}) {
             // Rows of 13 to 104 bytes: one strip; and of more than 32 KB: a strip a row.
             for (const int x : {13, bits == 8 ? 40001 / channels : 20001 / channels}) {
-                auto stack = test::randomStack({x, 7, 1, channels, bits}, 5);
+                auto stack = test::randomStack({x, 7, 2, channels, bits}, 5);
                 stack->attributes().dimX = stack->attributes().dimY = 0.4;
                 ASSERT_TRUE(stack->write({path()}, ImageType::TiffSeries));
-                const test::ForeignTiff foreign = test::readWithTifffile(path());
-                EXPECT_EQ(std::vector({foreign.x, foreign.y, foreign.pages, foreign.channels, foreign.bits}),
-                          std::vector({x, 7, 1, channels, bits}));
-                EXPECT_EQ(foreign.samples, samples(*stack));
-                QString output;
-                ASSERT_TRUE(test::copyWithLibtiff(path(), path("copy.tif"), &output)) << output.toStdString();
-                EXPECT_EQ(test::readWithTifffile(path("copy.tif")).samples, samples(*stack));
-                // 0.4 microns are 1/25000 centimetre.
-                EXPECT_TRUE(test::tiffInfo(path()).contains("Resolution: 25000, 25000 pixels/cm"));
+                const std::vector<int> all = samples(*stack);
+                for (const int layer : {0, 1}) {
+                    const QString name = path(QString("a_z000%1.tif").arg(layer));
+                    const std::vector<int> expected(all.begin() + layer * x * 7 * channels,
+                                                    all.begin() + (layer + 1) * x * 7 * channels);
+                    expectReadElsewhere(name, {x, 7, 1, channels, bits}, expected);
+                }
             }
         }
     }
@@ -362,6 +374,11 @@ TEST_F(TiffSeriesIoTest, ARowOfMoreThan64KilobytesIsRefused)
     const auto wide = test::constantStack({65537, 1, 1, 1, 8}, 5);
     EXPECT_EQ(TiffSeriesIO::write({path()}, wide->attributes(), wide->stackData(), 0, 0, 1, true),
               QStringList{"A row of more than 64 KB does not fit a strip of a TIFF file"});
+    ImageAttributes deep = wide->attributes();
+    deep.x = 1;
+    deep.bitDepth = 32;
+    EXPECT_EQ(TiffSeriesIO::write({path()}, deep, wide->stackData(), 0, 0, 1, true),
+              QStringList{"32 bits per sample not supported"});
     const auto fitting = test::constantStack({65536, 2, 1, 1, 8}, 5);
     EXPECT_TRUE(fitting->write({path()}, ImageType::TiffSeries));
 }

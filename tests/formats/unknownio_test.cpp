@@ -184,6 +184,11 @@ TEST_F(RawWriter, AnExistingFileIsKeptUnlessOverwritten)
 TEST_F(RawWriter, WhatCannotBeOpenedOrWrittenIsNamed)
 {
     const auto stack = test::constantStack({3, 1, 1, 1, 8}, 5);
+    auto claiming = test::constantStack({3, 1, 1, 1, 8}, 5);
+    claiming->attributes().bitDepth = 64;
+    EXPECT_EQ(write(*claiming), QStringList{QLatin1String("Unable to write in file: ") + m_name})
+        << "more bytes than the stack has";
+    EXPECT_FALSE(QFileInfo::exists(m_name));
     m_name = m_folder.filePath(QStringLiteral("no/out"));
     EXPECT_EQ(write(*stack), QStringList{QLatin1String("Unable to open file: ") + m_name});
     if (QFileInfo::exists(QStringLiteral("/dev/full"))) {

@@ -14,9 +14,11 @@ namespace {
 constexpr const char* kScript = R"(
 import sys, numpy, tifffile
 with tifffile.TiffFile(sys.argv[1]) as tiff:
-    pages = [page.asarray() for page in tiff.pages]
-    bits = tiff.pages[0].bitspersample
-stack = numpy.stack(pages)
+    first = tiff.pages[0]
+    bits = first.bitspersample
+    # The planes of an STK stand behind its only page.
+    stack = (tiff.series[0].asarray().reshape(-1, *first.shape) if tiff.is_stk
+             else numpy.stack([page.asarray() for page in tiff.pages]))
 if stack.ndim == 3:
     stack = stack[..., None]
 numbers = [*stack.shape, bits]

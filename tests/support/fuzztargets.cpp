@@ -34,7 +34,7 @@ namespace {
 
 void readSome(ImageFile& owner, ImageIO& reader)
 {
-    const int last = owner.attributes().fileZ - 1;
+    const int last = owner.attributes().lastFileLayer();
     if (owner.attributes().type == ImageType::Unknown || last < 0)
         return;
     reader.readLayers(0, last, 1);
