@@ -321,17 +321,106 @@ TEST_P(DrawFrame, BlendsAsTheViewSaysAndOverlaysPlainly)
     EXPECT_EQ(rig.draw({"BlendFunc", "AlphaFunc"}), (Calls{"BlendFunc(770, 771)", "AlphaFunc(516, 0)"}));
 }
 
-TEST_P(DrawFrame, DrawsASegmentationThatHasAList)
+/// A facet with its normal.
+Triangle facet(float size)
+{
+    return {{Vector3f{0, 0, 0}, Vector3f{size, 0, 0}, Vector3f{0, size, 0}}, {0, 0, 1}};
+}
+
+TEST_P(DrawFrame, DrawsTheFirstSurfaceInItsLightAfterTheVolume)
 {
     showVolume();
     rig.draw();
     rig.scene.segmentations.push_back(std::make_unique<Segmentation>());
     EXPECT_EQ(rig.draw({"CallList"}), Calls{call(list())});
-    rig.scene.segmentations.front()->displayList = 4711;
-    EXPECT_EQ(rig.draw({"CallList"}), (Calls{call(list()), "CallList(4711)"}));
+    Segmentation& mesh = *rig.scene.segmentations.front();
+    mesh.facets = {facet(1), facet(2)};
+    rig.scene.segmentations.push_back(std::make_unique<Segmentation>(mesh));
+    rig.draw();
+    EXPECT_EQ(rig.gl.count("NewList"), 1);
+    EXPECT_EQ(rig.gl.count("Normal3f"), 2);
+    EXPECT_EQ(rig.gl.count("Vertex3f"), 6);
+    const Calls calls = rig.draw({"CallList", "NewList", "Enable", "DepthFunc", "Clear", "ShadeModel",
+                                  "Lightfv", "Lightf", "Scaled", "Materialfv", "Materialf"});
+    const auto from = std::find(calls.begin(), calls.end(), "Enable(2896)");
+    ASSERT_NE(from, calls.end());
+    const auto to =
+        std::find_if(from, calls.end(), [](const std::string& text) { return text.starts_with("CallList"); });
+    const std::string light = std::to_string(GL_LIGHT1 + (Light::count() - 1) % 7);
+    // Lighting, a depth test of its own, the light before the view and the material behind it. The four
+    // vectors of the light all go out as its position.
+    const Calls expected = {"Enable(2896)",
+                            "Enable(2929)",
+                            "DepthFunc(515)",
+                            "Clear(256)",
+                            "ShadeModel(7425)",
+                            "Enable(" + light + ")",
+                            "Lightfv(" + light + ", 4611, data)",
+                            "Lightfv(" + light + ", 4611, data)",
+                            "Lightfv(" + light + ", 4611, data)",
+                            "Lightfv(" + light + ", 4611, data)",
+                            "Lightf(" + light + ", 4616, 0.4)",
+                            "Scaled(1, 1, 1)",
+                            "Materialfv(1032, 5634, data)",
+                            "Materialfv(1032, 5632, data)",
+                            "Materialfv(1032, 4610, data)",
+                            "Materialf(1032, 5633, 0.5)"};
+    EXPECT_EQ(Calls(from, to), expected);
+    EXPECT_EQ(rig.gl.count("NewList"), 0);
+}
+
+TEST_P(DrawFrame, ASurfaceIsDrawnOnceInEachEye)
+{
+    showVolume();
+    rig.view.renderMode = RenderMode::Anaglyph;
     rig.scene.segmentations.push_back(std::make_unique<Segmentation>());
-    rig.scene.segmentations.back()->displayList = 4712;
-    EXPECT_EQ(rig.draw({"CallList"}), (Calls{call(list()), "CallList(4711)"}));
+    rig.scene.segmentations.front()->facets = {facet(1)};
+    rig.draw();
+    const Calls calls = rig.draw({"ColorMask", "LoadMatrixd", "ShadeModel", "CallList"});
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "ShadeModel(7425)"), 2);
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), call(list())), 2);
+    // Within the second eye's volume the depth test is on again.
+    const Calls states = rig.draw({"ColorMask", "Enable", "Disable", "CallList"});
+    const auto second = std::find(states.begin() + 1, states.end(), "ColorMask(0, 1, 0, 1)");
+    EXPECT_EQ(*(second + 1), "Enable(2929)");
+}
+
+TEST_P(DrawFrame, ASurfaceLeavesTheMaterialOfTheVolumeBehind)
+{
+    showVolume();
+    rig.scene.segmentations.push_back(std::make_unique<Segmentation>());
+    rig.scene.segmentations.front()->facets = {facet(1)};
+    rig.draw();
+    rig.draw();
+    const std::vector<GlCall> materials = rig.gl.callsOf("Materialfv");
+    EXPECT_EQ(materials.back().values, (std::vector<double>{1, 1, 1, 1}));
+}
+
+TEST_P(DrawFrame, AChangedSurfaceIsRecordedAnew)
+{
+    showVolume();
+    rig.scene.segmentations.push_back(std::make_unique<Segmentation>());
+    Segmentation& mesh = *rig.scene.segmentations.front();
+    mesh.facets = {facet(1)};
+    rig.draw();
+    mesh.facets = {facet(1), facet(2), facet(3)};
+    EXPECT_EQ(rig.draw({"NewList"}).size(), 1U);
+    EXPECT_EQ(rig.gl.count("Normal3f"), 3);
+    rig.scene.segmentations.clear();
+    EXPECT_EQ(rig.draw({"CallList"}), Calls{call(list())});
+}
+
+TEST_P(DrawFrame, AFacetWithoutANormalIsLogged)
+{
+    showVolume();
+    rig.scene.segmentations.push_back(std::make_unique<Segmentation>());
+    Triangle broken = facet(1);
+    broken.normal[1] = std::nanf("");
+    rig.scene.segmentations.front()->facets = {facet(1), broken};
+    rig.draw();
+    EXPECT_TRUE(log.contains("Error making triangle"));
+    EXPECT_EQ(rig.gl.count("Normal3f"), 1);
+    EXPECT_EQ(rig.gl.count("Vertex3f"), 6);
 }
 
 TEST_P(DrawFrame, RecordsKeyFramesWhileAsked)
