@@ -156,11 +156,12 @@ void addOptions(QCommandLineParser& parser)
     parser.addOption({"axis", "Axis, or several one after the other (,) or together (&) (default X).",
                       "X|Y|Z|X,Y|X,Z|Y,Z|X,Y,Z|X&Y|X&Z|Y&Z"});
     parser.addOption({"turns", "Rotations, or swings of a rocking (default 1).", "N"});
-    parser.addOption({"frames",
-                      "Frames of a rotation (default 60), of a swing (default 30), of a pass (default: the "
-                      "slices of its axis), or of a movie in which only time passes (default: until the last "
-                      "time point).",
-                      "N"});
+    parser.addOption(
+        {"frames",
+         "Frames of a rotation (default 60), of a quarter of a swing (default 30), of a pass (default: the "
+         "slices of its axis), or of a movie in which only time passes (default: until the last "
+         "time point).",
+         "N"});
     parser.addOption({"angle", "Degrees to each side of a rocking, 1 to 360 (default 30).", "A"});
     parser.addOption(
         {"pass", "How a pass cuts the volume (default top-bottom).", "top-bottom|bottom-top|out-in|plane"});

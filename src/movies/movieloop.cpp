@@ -26,7 +26,9 @@ public:
         while (!m_progress.cancelled() && m_job.steps(step, pose) && perform(step, pose))
             report();
         m_result.cancelled = m_result.error.isEmpty() && m_progress.cancelled();
-        if (m_sink != nullptr && !m_sink->finish() && m_result.error.isEmpty())
+        // A movie that failed before its first picture leaves what was there.
+        const bool worthKeeping = m_result.error.isEmpty() || m_result.pictures > 0;
+        if (m_sink != nullptr && worthKeeping && !m_sink->finish() && m_result.error.isEmpty())
             m_result.error = m_sink->error();
         return m_result;
     }

@@ -59,7 +59,8 @@ struct MovieResult
 
 /// Makes a movie: each step is drawn by the source and goes to the sink, or only to the screen where there is
 /// none. Stops after the frame at hand when cancelled, and at the first failure; the sink is finished in
-/// either case, so that what was written so far is readable. Each frame costs the same, and none is kept.
+/// either case, so that what was written so far is readable, unless the first picture already failed. Each
+/// frame costs the same, and none is kept.
 MovieResult runMovie(const MovieJob& job, FrameSource& source, FrameSink* sink,
                      const Progress& progress = {});
 

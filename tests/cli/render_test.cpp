@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "cli/drawingtool.h"
 #include "palettes/palettefile.h"
 #include "pictures/picturewriter.h"
 #include "support/picfile.h"
@@ -18,53 +19,12 @@
 namespace tirn {
 namespace {
 
-struct Outcome
-{
-    int code = -1;
-    QByteArray out;
-    QString err;
-};
-
-class RenderTool : public ::testing::Test
+class RenderTool : public DrawingTool
 {
 protected:
-    QString path(const QString& name) const { return m_directory.filePath(name); }
-    QStringList files() const
-    {
-        return QDir(m_directory.path())
-            .entryList(QDir::Files | QDir::Hidden | QDir::Dirs | QDir::NoDotAndDotDot);
-    }
-    /// Neither a display nor a user's settings are there; `home` is where caches would go.
-    QProcessEnvironment environment() const
-    {
-        QProcessEnvironment all = QProcessEnvironment::systemEnvironment();
-        for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "XDG_RUNTIME_DIR", "XDG_CACHE_HOME",
-                                 "XDG_CONFIG_HOME", "QT_QPA_PLATFORM"})
-            all.remove(name);
-        all.insert("HOME", m_home.path());
-        return all;
-    }
-    Outcome program(const QString& name, const QStringList& arguments) const
-    {
-        QProcess process;
-        process.setProcessEnvironment(environment());
-        process.setWorkingDirectory(m_directory.path());
-        process.start(name, arguments);
-        process.waitForFinished(-1);
-        return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-                process.readAllStandardOutput(), QString::fromLocal8Bit(process.readAllStandardError())};
-    }
     Outcome render(const QStringList& arguments) const
     {
         return program(TIRN_TOOL, QStringList{"render"} + arguments);
-    }
-    /// One channel of 8 x 8 x 8 voxels, bright in the half of low x.
-    QString pic(const QString& name = "in.pic", bool brightLow = true) const
-    {
-        test::PicFile file;
-        file.x = file.y = file.z = 8;
-        file.value = [brightLow](int x, int, int) { return (x < 4) == brightLow ? 200 : 0; };
-        return file.save(path(name));
     }
     QImage picture(const QStringList& options, const QString& name = "out.png")
     {
@@ -81,9 +41,6 @@ protected:
         EXPECT_EQ(refused.err, "tirntool: " + text + "; see tirntool --help\n");
         EXPECT_FALSE(QFileInfo::exists(path("never.png")));
     }
-
-    QTemporaryDir m_directory;
-    QTemporaryDir m_home;
 };
 
 QColor at(const QImage& picture, double x, double y)
