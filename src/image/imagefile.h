@@ -181,7 +181,7 @@ public:
     // statistics.
 
     // `size` is that of a window, h = size / 2; `is3D` extends it along z. The mean and the median refuse
-    // windows above 1023.
+    // windows above 1023, and the median in 3D above 255.
 
     /// The largest and the smallest sample of a window that reaches from h voxels below to h - 1 above on
     /// each axis and is cut at the edges; without voxels in the window 0, or the largest that a sample holds.
