@@ -6,6 +6,7 @@
 
 #include "base/parallel.h"
 #include "benchstacks.h"
+#include "formats/imageio.h"
 #include "image/imagefile.h"
 
 // Conversions over 512 x 512 x 50, as bytes read and written a second. The limit is a copy by all threads,
@@ -150,11 +151,28 @@ void largerOfTwo(benchmark::State& state, int bits)
     setBytes(state, 3 * bytesOf(*one));
 }
 
-/// A copy into fresh memory, which takes the place of the last one.
-void copyFreshLimit(benchmark::State& state, int bits)
+/// Two stacks of one channel become one of two, in fresh memory.
+void mergedChannels(benchmark::State& state, int bits)
 {
-    const auto stack = stackOf(bits, 1);
-    const auto original = stackOf(bits, 1);
+    const auto one = stackOf(bits, 1);
+    const auto other = stackOf(bits, 1);
+    ImageAttributes attributes = one->attributes();
+    attributes.channels = 2;
+    const std::byte* const channels[] = {reinterpret_cast<const std::byte*>(one->stackData()),
+                                         reinterpret_cast<const std::byte*>(other->stackData())};
+    for (auto _ : state) {
+        VoxelBuffer result(2 * bytesOf(*one));
+        ImageIO::mergeChannels(channels, result.data(), attributes);
+        benchmark::DoNotOptimize(result.data());
+    }
+    setBytes(state, 4 * bytesOf(*one));
+}
+
+/// A copy into fresh memory, which takes the place of the last one.
+void copyFreshLimit(benchmark::State& state, int bits, int channels)
+{
+    const auto stack = stackOf(bits, channels);
+    const auto original = stackOf(bits, channels);
     for (auto _ : state) {
         state.PauseTiming();
         restore(*original, *stack);
@@ -167,10 +185,10 @@ void copyFreshLimit(benchmark::State& state, int bits)
 }
 
 /// A copy over memory that is there.
-void copyOverLimit(benchmark::State& state, int bits)
+void copyOverLimit(benchmark::State& state, int bits, int channels)
 {
-    const auto from = stackOf(bits, 1);
-    const auto to = stackOf(bits, 1);
+    const auto from = stackOf(bits, channels);
+    const auto to = stackOf(bits, channels);
     for (auto _ : state)
         copyAll(from->stackData(), bytesOf(*from), to->stackData());
     setBytes(state, 2 * bytesOf(*from));
@@ -197,14 +215,19 @@ BENCHMARK_CAPTURE(projection, 16bit, 16)->Apply(shared);
 BENCHMARK_CAPTURE(extraction, 8bit_2channels, 8, 2)->Apply(shared);
 BENCHMARK_CAPTURE(extraction, 16bit_2channels, 16, 2)->Apply(shared);
 BENCHMARK_CAPTURE(extraction, 8bit_3channels, 8, 3)->Apply(shared);
+BENCHMARK_CAPTURE(mergedChannels, 8bit, 8)->Apply(shared);
+BENCHMARK_CAPTURE(mergedChannels, 16bit, 16)->Apply(shared);
 BENCHMARK_CAPTURE(ratioOfChannels, 8bit, 8)->Apply(shared);
 BENCHMARK_CAPTURE(ratioOfChannels, 16bit, 16)->Apply(shared);
 BENCHMARK_CAPTURE(largerOfTwo, 8bit, 8)->Apply(shared);
 BENCHMARK_CAPTURE(largerOfTwo, 16bit, 16)->Apply(shared);
-BENCHMARK_CAPTURE(copyFreshLimit, 8bit, 8)->Apply(shared);
-BENCHMARK_CAPTURE(copyFreshLimit, 16bit, 16)->Apply(shared);
-BENCHMARK_CAPTURE(copyOverLimit, 8bit, 8)->Apply(shared);
-BENCHMARK_CAPTURE(copyOverLimit, 16bit, 16)->Apply(shared);
+BENCHMARK_CAPTURE(copyFreshLimit, 8bit, 8, 1)->Apply(shared);
+BENCHMARK_CAPTURE(copyFreshLimit, 16bit, 16, 1)->Apply(shared);
+BENCHMARK_CAPTURE(copyFreshLimit, 8bit_3channels, 8, 3)->Apply(shared);
+BENCHMARK_CAPTURE(copyFreshLimit, 16bit_2channels, 16, 2)->Apply(shared);
+BENCHMARK_CAPTURE(copyOverLimit, 8bit, 8, 1)->Apply(shared);
+BENCHMARK_CAPTURE(copyOverLimit, 16bit, 16, 1)->Apply(shared);
+BENCHMARK_CAPTURE(copyOverLimit, 8bit_3channels, 8, 3)->Apply(shared);
 
 } // namespace
 } // namespace tirn::bench
