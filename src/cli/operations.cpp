@@ -16,6 +16,8 @@ namespace {
 
 constexpr int kLargestFactor = 8;
 constexpr int kLargestSample = 65535;
+/// The widest window of the median in three dimensions.
+constexpr int kWidestCube = 255;
 
 /// An operation: its option, and how an argument becomes a step.
 struct Operation
@@ -231,6 +233,8 @@ StackStep makeFilter(const QString& text)
         if (parts.first() != QLatin1String(filter.name))
             continue;
         const FilterArguments arguments = filterArguments(parts);
+        if (parts.first() == QLatin1String("median") && arguments.is3D && arguments.size > kWidestCube)
+            throw UsageError{QString("--filter: a 3d median takes a size from 1 to %1").arg(kWidestCube)};
         return [&filter, arguments](std::unique_ptr<ImageFile>& stack) {
             require(arguments.channel < stack->attributes().channels,
                     "--filter: the stack has no such channel");

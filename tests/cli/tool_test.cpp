@@ -108,6 +108,7 @@ TEST_F(Tool, WrongUsageEndsWithTwoAndOneLine)
         {"convert", "--filter", "mean", in, path("a.pic")},
         {"convert", "--filter", "mean,3,4d", in, path("a.pic")},
         {"convert", "--filter", "mean,0", in, path("a.pic")},
+        {"convert", "--filter", "median,257,3d", in, path("a.pic")},
         {"convert", "--filter", "zfilter,3,threshold=x", in, path("a.pic")},
         {"convert", "--subsample", "9", in, path("a.pic")},
         {"convert", "--add", "5", in, path("a.pic")},
