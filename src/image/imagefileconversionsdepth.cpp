@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstring>
 #include <vector>
@@ -186,7 +187,8 @@ void ImageFile::convertToDepth(int bits)
     // Whatever was asked for, the samples are words now.
     m_attributes.bitDepth = 16;
     // An unknown maximum of -1 becomes another negative number.
-    m_attributes.maxValue = static_cast<int>(std::floor(m_attributes.maxValue * factor + 0.5));
+    const double stretched = std::floor(m_attributes.maxValue * factor + 0.5);
+    m_attributes.maxValue = static_cast<int>(std::clamp<double>(stretched, INT_MIN, INT_MAX));
 }
 
 void ImageFile::stackToByteSmartLower()
