@@ -99,6 +99,8 @@ void conversion(benchmark::State& state, const Conversion& what)
     restore(*original, stack);
     stack.generateStatistics();
     std::int64_t bytes = 0;
+    // Once for nothing: what follows finds memory that the system has handed out before.
+    what.run(stack);
     for (auto _ : state) {
         state.PauseTiming();
         restore(*original, stack);
@@ -168,18 +170,26 @@ void mergedChannels(benchmark::State& state, int bits)
     setBytes(state, 4 * bytesOf(*one));
 }
 
-/// A copy into fresh memory, which takes the place of the last one.
-void copyFreshLimit(benchmark::State& state, int bits, int channels)
+/// A copy that takes the place of what it was made from, as the results of conversions do.
+void copyReplacingLimit(benchmark::State& state, int bits, int channels)
 {
     const auto stack = stackOf(bits, channels);
-    const auto original = stackOf(bits, channels);
     for (auto _ : state) {
-        state.PauseTiming();
-        restore(*original, *stack);
-        state.ResumeTiming();
         VoxelBuffer result(bytesOf(*stack));
         copyAll(stack->stackData(), bytesOf(*stack), reinterpret_cast<std::uint8_t*>(result.data()));
         stack->setStackData(std::move(result));
+    }
+    setBytes(state, 2 * bytesOf(*stack));
+}
+
+/// A copy into fresh memory, like what makes a stack of its own.
+void copyFreshLimit(benchmark::State& state, int bits, int channels)
+{
+    const auto stack = stackOf(bits, channels);
+    for (auto _ : state) {
+        VoxelBuffer result(bytesOf(*stack));
+        copyAll(stack->stackData(), bytesOf(*stack), reinterpret_cast<std::uint8_t*>(result.data()));
+        benchmark::DoNotOptimize(result.data());
     }
     setBytes(state, 2 * bytesOf(*stack));
 }
@@ -221,9 +231,11 @@ BENCHMARK_CAPTURE(ratioOfChannels, 8bit, 8)->Apply(shared);
 BENCHMARK_CAPTURE(ratioOfChannels, 16bit, 16)->Apply(shared);
 BENCHMARK_CAPTURE(largerOfTwo, 8bit, 8)->Apply(shared);
 BENCHMARK_CAPTURE(largerOfTwo, 16bit, 16)->Apply(shared);
+BENCHMARK_CAPTURE(copyReplacingLimit, 8bit, 8, 1)->Apply(shared);
+BENCHMARK_CAPTURE(copyReplacingLimit, 16bit, 16, 1)->Apply(shared);
+BENCHMARK_CAPTURE(copyReplacingLimit, 16bit_2channels, 16, 2)->Apply(shared);
 BENCHMARK_CAPTURE(copyFreshLimit, 8bit, 8, 1)->Apply(shared);
 BENCHMARK_CAPTURE(copyFreshLimit, 16bit, 16, 1)->Apply(shared);
-BENCHMARK_CAPTURE(copyFreshLimit, 8bit_3channels, 8, 3)->Apply(shared);
 BENCHMARK_CAPTURE(copyFreshLimit, 16bit_2channels, 16, 2)->Apply(shared);
 BENCHMARK_CAPTURE(copyOverLimit, 8bit, 8, 1)->Apply(shared);
 BENCHMARK_CAPTURE(copyOverLimit, 16bit, 16, 1)->Apply(shared);

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -35,6 +36,11 @@ struct PeerStacks
     {
         // One thread a layer is better than many threads a layer.
         cv::setNumThreads(1);
+        // So that no run is the first to touch the memory.
+        std::copy_n(from->stackData(), from->sampleCount() * from->attributes().bytesPerSample(),
+                    between.stackData());
+        std::copy_n(from->stackData(), from->sampleCount() * from->attributes().bytesPerSample(),
+                    to.stackData());
     }
 
     static int type(const ImageFile& stack) { return stack.attributes().hasWords() ? CV_16UC1 : CV_8UC1; }
