@@ -18,7 +18,7 @@ namespace {
 constexpr std::int64_t kTile = 1024;
 /// Rows, and in 3D layers, of a part: enough to pay for the sums that each part starts with.
 constexpr int kPartRows = 128;
-constexpr int kPartLayers = 32;
+constexpr int kPartLayers = 64;
 
 /// What the loops below need to know of a stack and its window.
 struct MeanJob
@@ -326,7 +326,7 @@ bool filterStack(const Sample* from, const ImageAttributes& a, int size, bool is
     const MeanScale scale(job, largestSum(job, sizeof(Sample) == 2));
     PartLimits limits;
     if (job.halfZ > 0)
-        limits = {kPartLayers, kPartRows / 2, kPartRows};
+        limits = {kPartLayers, kPartRows / 4, kPartRows};
     return forEachPart(a, limits, progress,
                        [&](const FilterPart& part) { meanOfPart(from, job, scale, part, to); });
 }
