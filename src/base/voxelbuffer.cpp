@@ -48,12 +48,11 @@ std::byte* map(std::int64_t size)
     return start;
 }
 
-/// The memory of the buffer replaced last.
+/// The memory of the buffer replaced last. It has no destructor: buffers of other static objects may be freed
+/// after it would have run.
 class Spare
 {
 public:
-    ~Spare() { drop(); }
-
     void keep(std::byte* bytes, std::int64_t size)
     {
 #ifdef MADV_FREE
