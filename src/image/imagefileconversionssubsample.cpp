@@ -78,30 +78,37 @@ TIRN_INLINE void combineColumns(const Row* row, std::int64_t voxels, int step, B
     }
 }
 
+template <int Factor, Reduction How, class Row, class Block>
+TIRN_INLINE void combineBy(const Row* row, std::int64_t voxels, int step, Block* __restrict out)
+{
+    // A step that the compiler knows lets it load neighbours in whole vectors.
+    if (step == 1)
+        combineColumns<Factor, How>(row, voxels, 1, out);
+    else
+        combineColumns<Factor, How>(row, voxels, step, out);
+}
+
 template <Reduction How, class Row, class Block>
 TIRN_INLINE void combineAlongX(const Row* row, std::int64_t voxels, int factor, int step,
                                Block* __restrict out)
 {
     switch (factor) {
     case 1:
-        return combineColumns<1, How>(row, voxels, step, out);
+        return combineBy<1, How>(row, voxels, step, out);
     case 2:
-        // A step that the compiler knows lets it load pairs in whole vectors.
-        return step == 1 ? combineColumns<2, How>(row, voxels, 1, out)
-                         : combineColumns<2, How>(row, voxels, step, out);
+        return combineBy<2, How>(row, voxels, step, out);
     case 3:
-        return combineColumns<3, How>(row, voxels, step, out);
+        return combineBy<3, How>(row, voxels, step, out);
     case 4:
-        return step == 1 ? combineColumns<4, How>(row, voxels, 1, out)
-                         : combineColumns<4, How>(row, voxels, step, out);
+        return combineBy<4, How>(row, voxels, step, out);
     case 5:
-        return combineColumns<5, How>(row, voxels, step, out);
+        return combineBy<5, How>(row, voxels, step, out);
     case 6:
-        return combineColumns<6, How>(row, voxels, step, out);
+        return combineBy<6, How>(row, voxels, step, out);
     case 7:
-        return combineColumns<7, How>(row, voxels, step, out);
+        return combineBy<7, How>(row, voxels, step, out);
     default:
-        return combineColumns<8, How>(row, voxels, step, out);
+        return combineBy<8, How>(row, voxels, step, out);
     }
 }
 
