@@ -2,29 +2,29 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 
 namespace tirn {
 
-/// Gives voxel memory back the way it was taken: `mapped` bytes to the system, or to the heap when that is 0.
-struct VoxelMemory
-{
-    std::int64_t mapped = 0;
-    void operator()(std::byte* bytes) const;
-};
-
 /// Raw memory for voxels: movable, owned, not initialised, aligned to 64 bytes, and on huge pages where it is
 /// large and the system gives them.
+///
+/// Fresh pages cost more than what most operations do with them. So the memory of a large buffer that another
+/// one replaces is kept as a spare for the next buffer of its size, which often is the result of the next
+/// operation. The system may take a spare's pages back whenever it needs them. It is let go when a buffer of
+/// another size is made, and when one is freed without being replaced. Any thread.
 class VoxelBuffer
 {
 public:
     VoxelBuffer() = default;
+    VoxelBuffer(VoxelBuffer&& other) noexcept;
+    VoxelBuffer& operator=(VoxelBuffer&& other) noexcept;
+    ~VoxelBuffer();
 
     /// Throws std::bad_alloc when the memory is not to be had, also for a negative size.
     explicit VoxelBuffer(std::int64_t bytes);
 
-    std::byte* data() { return m_bytes.get(); }
-    const std::byte* data() const { return m_bytes.get(); }
+    std::byte* data() { return m_bytes; }
+    const std::byte* data() const { return m_bytes; }
     std::int64_t size() const { return m_size; }
     bool isNull() const { return m_bytes == nullptr; }
     void reset();
@@ -33,8 +33,10 @@ public:
     void zero();
 
 private:
-    std::unique_ptr<std::byte[], VoxelMemory> m_bytes;
+    std::byte* m_bytes = nullptr;
     std::int64_t m_size = 0;
+    /// Bytes taken from the system, 0 for those of the heap.
+    std::int64_t m_mapped = 0;
 };
 
 } // namespace tirn

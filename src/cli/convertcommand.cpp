@@ -123,6 +123,8 @@ void applyStep(const StackStep& step, std::unique_ptr<ImageFile>& stack, const Q
 {
     try {
         step(stack);
+        // Operations leave the statistics to their caller, and the next one may go by them.
+        stack->generateStatistics();
     } catch (const FileError& error) {
         throw FileError(name, error.texts);
     }

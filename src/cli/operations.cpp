@@ -18,6 +18,9 @@ namespace tirn {
 namespace {
 
 constexpr int kLargestFactor = 8;
+constexpr int kLargestSample = 65535;
+/// The widest window of the median in three dimensions.
+constexpr int kWidestCube = 255;
 
 /// An operation: its option, and how an argument becomes a step.
 struct Operation
@@ -113,6 +116,18 @@ StackStep makeRatio(const QString& text)
     };
 }
 
+StackStep makeAdd(const QString& text)
+{
+    const QStringList parts = text.split(',');
+    if (parts.size() != 2)
+        throw UsageError{"--add: 2 numbers with commas between, not '" + text + "'"};
+    const int value = wholeNumber("add", parts[0], -kLargestSample, kLargestSample);
+    const int channel = wholeNumber("add", parts[1], -1, INT_MAX);
+    return [value, channel](std::unique_ptr<ImageFile>& stack) {
+        require(stack->addConstant(value, channel), "--add: the stack has no such channel");
+    };
+}
+
 StackStep makePad(const QString& text)
 {
     const QList<int> size = wholeNumbers("pad", text, 3, 1, INT_MAX);
@@ -134,8 +149,8 @@ StackStep makeRange(const QStringList& bounds)
     const QStringList parts = bounds.value(1).split(':');
     if (parts.size() != 2)
         throw UsageError{"--depth: range takes L:U"};
-    const int lower = wholeNumber("depth", parts[0], 0, 65535);
-    const int upper = wholeNumber("depth", parts[1], lower, 65535);
+    const int lower = wholeNumber("depth", parts[0], 0, kLargestSample);
+    const int upper = wholeNumber("depth", parts[1], lower, kLargestSample);
     return [lower, upper](std::unique_ptr<ImageFile>& stack) { stack->stackToByteRange(lower, upper); };
 }
 
@@ -220,6 +235,8 @@ constexpr Filter kFilters[] = {
                const Progress& p) { return s.maxFilter(a.size, a.channel, a.is3D, p); }},
     {"background", [](ImageFile& s, const FilterArguments& a,
                       const Progress& p) { return s.backgroundSubtract(a.size, a.channel, a.percent, p); }},
+    {"zfilter", [](ImageFile& s, const FilterArguments& a,
+                   const Progress& p) { return s.zFilter(a.size, a.channel, a.threshold, p); }},
 };
 
 FilterArguments filterArguments(const QStringList& parts)
@@ -232,11 +249,11 @@ FilterArguments filterArguments(const QStringList& parts)
         if (part == QLatin1String("3d"))
             arguments.is3D = true;
         else if (key == QLatin1String("channel"))
-            arguments.channel = wholeNumber("filter", value, 0, 65535);
+            arguments.channel = wholeNumber("filter", value, 0, kLargestSample);
         else if (key == QLatin1String("percent"))
             arguments.percent = wholeNumber("filter", value, 0, 100);
         else if (key == QLatin1String("threshold"))
-            arguments.threshold = wholeNumber("filter", value, 0, 65535);
+            arguments.threshold = wholeNumber("filter", value, 0, kLargestSample);
         else
             throw UsageError{"--filter: '" + part + "' is none of 3d, channel=C, percent=P, threshold=T"};
     }
@@ -250,6 +267,8 @@ StackStep makeFilter(const QString& text)
         if (parts.first() != QLatin1String(filter.name))
             continue;
         const FilterArguments arguments = filterArguments(parts);
+        if (parts.first() == QLatin1String("median") && arguments.is3D && arguments.size > kWidestCube)
+            throw UsageError{QString("--filter: a 3d median takes a size from 1 to %1").arg(kWidestCube)};
         return [&filter, arguments](std::unique_ptr<ImageFile>& stack) {
             require(arguments.channel < stack->attributes().channels,
                     "--filter: the stack has no such channel");
@@ -272,13 +291,13 @@ constexpr Operation kOperations[] = {
     {"project", "max", "Operation: the largest value along z.", makeProject},
     {"extract", "C", "Operation: keep one channel, counted from 0.", makeExtract},
     {"ratio", "A,B", "Operation: (A - B) / (A + B) of two channels.", makeRatio},
+    {"add", "VALUE,C", "Operation: add to the samples of channel C, -1 for all.", makeAdd},
     {"pad", "X,Y,Z", "Operation: centre the stack in zeros.", makePad},
     {"pad-back", "Z", "Operation: add layers of zeros at the end.", makePadBack},
     {"filter", "NAME,SIZE[,3d][,channel=C][,percent=P][,threshold=T]",
-     "Operation: mean, median, min, max or background with a window of SIZE voxels an axis, in each layer or "
-     "with 3d across layers, of one channel (default all); background takes percent (default 100) of the "
-     "median "
-     "off.",
+     "Operation: mean, median, min, max, background or zfilter with a window of SIZE voxels an axis, in each "
+     "layer or with 3d across layers, of one channel (default all); background takes percent (default 100) "
+     "of the median off, zfilter clears what no other of SIZE layers has above threshold (default 0).",
      makeFilter},
     {"depth", "OPERATION",
      "Operation: clamp-lower, clamp-upper, short, smart-lower, smart-mult, range=L:U or to=BITS.", makeDepth},

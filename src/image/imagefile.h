@@ -15,6 +15,7 @@ namespace tirn {
 
 class ImageIO;
 class TextureSink;
+struct FilterKernel;
 
 /// One time point of a multi-channel stack: its voxels in memory, what is known of its file, and the reader.
 ///
@@ -180,7 +181,7 @@ public:
     // statistics.
 
     // `size` is that of a window, h = size / 2; `is3D` extends it along z. The mean and the median refuse
-    // windows above 1023.
+    // windows above 1023, and the median in 3D above 255.
 
     /// The largest and the smallest sample of a window that reaches from h voxels below to h - 1 above on
     /// each axis and is cut at the edges; without voxels in the window 0, or the largest that a sample holds.
@@ -197,12 +198,17 @@ public:
     /// Keeps a voxel when one of the 3 x 3 around its place in another of the layers z - h to z + h is above
     /// the threshold; all others, and the other channels, become 0.
     bool zFilter(int size, int channel, int threshold, const Progress& progress = {});
+    /// Lays a table of weights, as it stands, over each voxel and its neighbours in the layer; its centre is
+    /// at (width / 2, height / 2), edges repeat. The sum of the products is divided by that of the weights,
+    /// where this is not 0, rounded and kept within the depth.
+    bool kernelFilter(const FilterKernel& kernel, int channel, const Progress& progress = {});
     /// Adds to each sample and keeps the sum within the depth.
     bool addConstant(int value, int channel);
     /// A bit for each voxel whose sample is at or above the threshold; empty when channel or threshold is out
     /// of range.
     std::vector<bool> thresholdMask(int channel, int threshold);
-    /// n x n values of a Gaussian, n the odd number at or above 3 sigma; not normalised.
+    /// n x n values of a Gaussian, n = floor(3 sigma), one more where that is even; not normalised. Empty for
+    /// a sigma that is not above 0, or above 10,000.
     static std::vector<double> gaussianKernel(double sigma);
     /// Replaces each sample v by 2^bitDepth - 1 - v.
     void invert(const Progress& progress = {});

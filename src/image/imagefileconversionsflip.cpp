@@ -14,12 +14,6 @@ namespace {
 /// Bytes that change places at a time when rows or layers do.
 constexpr std::int64_t kSwapBytes = std::int64_t{16} << 10;
 
-template <int Bytes>
-struct Voxel
-{
-    std::uint8_t bytes[Bytes];
-};
-
 template <class Item>
 TIRN_INLINE void reverseItems(const std::uint8_t* from, std::int64_t count, std::uint8_t* __restrict to)
 {
@@ -30,7 +24,33 @@ TIRN_INLINE void reverseItems(const std::uint8_t* from, std::int64_t count, std:
     }
 }
 
-/// `to` becomes the row of `count` voxels backwards.
+constexpr int kShuffled = 16;
+typedef std::uint8_t ShuffledBytes __attribute__((vector_size(kShuffled)));
+
+/// Voxels of up to 8 bytes, as many as fit a vector at a time.
+TIRN_INLINE void reverseByShuffling(const std::uint8_t* from, std::int64_t count, int voxelBytes,
+                                    std::uint8_t* to)
+{
+    const int voxels = kShuffled / voxelBytes;
+    // What is loaded ends with the voxels that are wanted.
+    const int unused = kShuffled - voxels * voxelBytes;
+    ShuffledBytes order = {};
+    for (int i = 0; i < voxels * voxelBytes; ++i)
+        order[i] =
+            static_cast<std::uint8_t>(unused + (voxels - 1 - i / voxelBytes) * voxelBytes + i % voxelBytes);
+    std::int64_t left = count;
+    for (; left * voxelBytes >= kShuffled; left -= voxels) {
+        ShuffledBytes bytes;
+        std::memcpy(&bytes, from + left * voxelBytes - kShuffled, sizeof bytes);
+        bytes = __builtin_shuffle(bytes, order);
+        std::memcpy(to + (count - left) * voxelBytes, &bytes, sizeof bytes);
+    }
+    for (; left > 0; --left)
+        std::memcpy(to + (count - left) * voxelBytes, from + (left - 1) * voxelBytes,
+                    static_cast<std::size_t>(voxelBytes));
+}
+
+/// `to` becomes the row of `count` voxels backwards; it has room for kShuffled bytes more.
 TIRN_TARGET_CLONES void reverseRow(const std::uint8_t* from, std::int64_t count, int voxelBytes,
                                    std::uint8_t* to)
 {
@@ -39,12 +59,13 @@ TIRN_TARGET_CLONES void reverseRow(const std::uint8_t* from, std::int64_t count,
         return reverseItems<std::uint8_t>(from, count, to);
     case 2:
         return reverseItems<std::uint16_t>(from, count, to);
-    case 3:
-        return reverseItems<Voxel<3>>(from, count, to);
     case 4:
         return reverseItems<std::uint32_t>(from, count, to);
+    case 3:
+    case 5:
     case 6:
-        return reverseItems<Voxel<6>>(from, count, to);
+    case 7:
+        return reverseByShuffling(from, count, voxelBytes, to);
     case 8:
         return reverseItems<std::uint64_t>(from, count, to);
     default:
@@ -75,11 +96,11 @@ struct Strides
 
 void flipRows(std::uint8_t* stack, const Strides& strides, std::int64_t begin, std::int64_t end)
 {
-    std::vector<std::uint8_t> reversed(static_cast<std::size_t>(strides.row));
+    std::vector<std::uint8_t> reversed(static_cast<std::size_t>(strides.row + kShuffled));
     for (std::int64_t row = begin; row < end; ++row) {
         std::uint8_t* at = stack + row * strides.row;
         reverseRow(at, strides.row / strides.voxel, strides.voxel, reversed.data());
-        std::memcpy(at, reversed.data(), reversed.size());
+        std::memcpy(at, reversed.data(), static_cast<std::size_t>(strides.row));
     }
 }
 

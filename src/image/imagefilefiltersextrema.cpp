@@ -58,7 +58,7 @@ TIRN_INLINE void filterLayer(const Sample* layer, const Geometry& g, int y0, int
     for (std::int64_t x0 = 0; x0 < g.x; x0 += tileVoxels) {
         const std::int64_t voxels = std::min(tileVoxels, g.x - x0);
         const std::int64_t samples = voxels * g.channels;
-        std::vector<Sample> tile(static_cast<std::size_t>((voxels + window) * g.channels));
+        std::vector<Sample> tile(static_cast<std::size_t>((voxels + window) * g.channels + kExtremumSlack));
         RunningExtremum<Choice, Sample> rows(window, samples);
         int y = y0;
         for (int in = y0 - g.half; y < y1; ++in) {

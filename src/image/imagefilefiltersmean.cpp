@@ -4,6 +4,7 @@
 
 #include "base/log.h"
 #include "base/stopwatch.h"
+#include "image/columnhistograms.h"
 #include "image/filterjob.h"
 #include "image/imagefile.h"
 #include "image/targetclones.h"
@@ -17,7 +18,7 @@ namespace {
 constexpr std::int64_t kTile = 1024;
 /// Rows, and in 3D layers, of a part: enough to pay for the sums that each part starts with.
 constexpr int kPartRows = 128;
-constexpr int kPartLayers = 32;
+constexpr int kPartLayers = 64;
 
 /// What the loops below need to know of a stack and its window.
 struct MeanJob
@@ -123,17 +124,41 @@ TIRN_INLINE void sumAlongRow(std::uint32_t* __restrict row, std::int64_t count, 
     }
 }
 
-/// The same by one running sum a channel, for windows of many digits.
-TIRN_INLINE void sumByRunning(std::uint32_t* __restrict row, std::int64_t count, int window,
-                              std::int64_t step, std::uint32_t* __restrict out)
+/// The sums of all samples up to each one.
+TIRN_INLINE void sumUpRow(const std::uint32_t* __restrict row, std::int64_t count,
+                          std::uint32_t* __restrict sums)
+{
+    using Sums = Lanes<std::uint32_t>;
+    Sums before;
+    std::int64_t i = 0;
+    for (; i + kDigit <= count; i += kDigit) {
+        Sums lanes(row + i);
+        lanes.sumUp();
+        lanes.numbers += before.numbers;
+        lanes.store(sums + i);
+        before.numbers = Sums::Vector{} + lanes.numbers[kDigit - 1];
+    }
+    std::uint32_t sum = before.numbers[0];
+    for (; i < count; ++i)
+        sums[i] = sum += row[i];
+}
+
+/// What sumAlongRow makes, from the sums of all samples up to each one: the work is the same for all windows.
+TIRN_INLINE void sumByRunning(const std::uint32_t* row, std::int64_t count, int window, std::int64_t step,
+                              std::uint32_t* __restrict sums, std::uint32_t* __restrict out)
 {
     const std::int64_t length = count + (window - 1) * step;
-    for (std::int64_t i = step; i < length; ++i)
-        row[i] += row[i - step];
+    if (step == 1) {
+        sumUpRow(row, length, sums);
+    } else {
+        std::copy_n(row, step, sums);
+        for (std::int64_t i = step; i < length; ++i)
+            sums[i] = sums[i - step] + row[i];
+    }
     const std::int64_t reach = (window - 1) * step;
-    std::copy_n(row + reach, std::min(step, count), out);
+    std::copy_n(sums + reach, std::min(step, count), out);
     for (std::int64_t i = step; i < count; ++i)
-        out[i] = row[i + reach] - row[i - step];
+        out[i] = sums[i + reach] - sums[i - step];
 }
 
 /// Makes the rows of a tile of the stack from column sums, on one thread.
@@ -145,37 +170,46 @@ public:
         : m_job(job), m_scale(scale), m_x0(x0), m_voxels(voxels),
           m_first(std::max<std::int64_t>(0, x0 - job.half)),
           m_last(std::min<std::int64_t>(job.x, x0 + voxels + job.half)),
-          m_columns(static_cast<std::size_t>((m_last - m_first) * job.channels)),
           m_padded(static_cast<std::size_t>((voxels + 2 * job.half) * job.channels)),
-          m_sums(static_cast<std::size_t>(voxels * job.channels))
+          m_scratch(m_padded.size()), m_sums(static_cast<std::size_t>(voxels * job.channels)),
+          m_columns(m_padded.data() + (m_first - (x0 - job.half)) * job.channels)
     {}
+    TileMean(const TileMean&) = delete;
+    TileMean& operator=(const TileMean&) = delete;
 
     /// Samples of a row that the tile looks at.
     std::int64_t samples() const { return (m_last - m_first) * m_job.channels; }
     std::int64_t firstSample() const { return m_first * m_job.channels; }
-    std::uint32_t* columns() { return m_columns.data(); }
+    std::uint32_t* columns() { return m_columns; }
 
     /// One row of means from the sums of the columns.
     TIRN_INLINE void finish(Sample* row)
     {
         const int channels = m_job.channels;
         const int half = m_job.half;
-        std::uint32_t* to = m_padded.data();
-        for (std::int64_t x = m_x0 - half; x < m_first; ++x, to += channels)
-            std::copy_n(m_columns.data(), channels, to);
-        to = std::copy_n(m_columns.data(), samples(), to);
-        for (std::int64_t x = m_last; x < m_x0 + m_voxels + half; ++x, to += channels)
-            std::copy_n(m_columns.data() + samples() - channels, channels, to);
+        // Columns outside are those at the edge.
+        for (std::uint32_t* to = m_columns; to > m_padded.data();)
+            to = std::copy_n(m_columns, channels, to - channels) - channels;
+        const std::uint32_t* last = m_columns + samples() - channels;
+        std::uint32_t* end = m_columns + samples();
+        for (std::int64_t x = m_last; x < m_x0 + m_voxels + half; ++x)
+            end = std::copy_n(last, channels, end);
         const std::int64_t count = m_voxels * channels;
-        if (half <= kFewDigits)
-            sumAlongRow(m_padded.data(), count, 2 * half + 1, channels, m_sums.data());
-        else
-            sumByRunning(m_padded.data(), count, 2 * half + 1, channels, m_sums.data());
+        const int window = 2 * half + 1;
+        if (half > (channels == 1 ? kFewDigits : kFewDigitsOfMany)) {
+            sumByRunning(m_padded.data(), count, window, channels, m_scratch.data(), m_sums.data());
+        } else {
+            std::copy_n(m_padded.data(), m_padded.size(), m_scratch.data());
+            sumAlongRow(m_scratch.data(), count, window, channels, m_sums.data());
+        }
         scaleRow(m_sums.data(), count, m_scale, m_job.divisor, row + m_x0 * channels);
     }
 
 private:
-    static constexpr int kFewDigits = 16;
+    /// Half-widths up to which adding up binary digits of the window is cheaper than running sums: these are
+    /// made of whole vectors for one channel only.
+    static constexpr int kFewDigits = 1;
+    static constexpr int kFewDigitsOfMany = 16;
 
     const MeanJob& m_job;
     const MeanScale& m_scale;
@@ -183,9 +217,11 @@ private:
     std::int64_t m_voxels;
     std::int64_t m_first;
     std::int64_t m_last;
-    std::vector<std::uint32_t> m_columns;
+    /// The sums of the tile's columns, with room for those outside on either side.
     std::vector<std::uint32_t> m_padded;
+    std::vector<std::uint32_t> m_scratch;
     std::vector<std::uint32_t> m_sums;
+    std::uint32_t* m_columns;
 };
 
 /// A part in 2D: the column sums run down the rows of each layer.
@@ -290,7 +326,7 @@ bool filterStack(const Sample* from, const ImageAttributes& a, int size, bool is
     const MeanScale scale(job, largestSum(job, sizeof(Sample) == 2));
     PartLimits limits;
     if (job.halfZ > 0)
-        limits = {kPartLayers, kPartRows / 2, kPartRows};
+        limits = {kPartLayers, kPartRows / 4, kPartRows};
     return forEachPart(a, limits, progress,
                        [&](const FilterPart& part) { meanOfPart(from, job, scale, part, to); });
 }

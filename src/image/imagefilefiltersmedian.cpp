@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <vector>
 
@@ -9,14 +10,17 @@
 #include "image/filterjob.h"
 #include "image/imagefile.h"
 #include "image/mediansource.h"
+#include "image/targetclones.h"
 #include "image/voxelallocation.h"
 
 namespace tirn {
 
 namespace {
 
-/// The widest window of the median: counters of columns have 16 bits.
-constexpr int kWidestMedian = 255;
+/// The widest window of the median in three dimensions: counters of columns have 16 bits.
+constexpr int kWidestCube = 255;
+
+bool tooWide(int size, bool is3D) { return size > (is3D ? kWidestCube : kWidestWindow); }
 
 /// A window of the median filter.
 struct MedianWindow
@@ -51,27 +55,69 @@ Sample firstMedian(MedianSource<Sample> source, const MedianWindow& window, int 
     return static_cast<Sample>(value - 1);
 }
 
-/// The largest value that the channel shows.
+/// The largest value that `count` voxels of the channel show, from one voxel on.
 template <class Sample>
-int largestSeen(const MedianSource<Sample>& source, std::int64_t samples)
+TIRN_INLINE Sample largestOf(const MedianSource<Sample>& source, std::int64_t first, std::int64_t count)
 {
+    const MedianSource<Sample> copy = source;
+    const Sample* samples = copy.samples + first * copy.channels + copy.channel;
     Sample largest = 0;
-    for (std::int64_t i = source.channel; i < samples; i += source.channels)
-        largest = std::max(largest, source.seen(source.samples[i]));
+    if (copy.channels == 1) {
+        for (std::int64_t i = 0; i < count; ++i)
+            largest = std::max(largest, copy.seen(samples[i]));
+    } else {
+        for (std::int64_t i = 0; i < count; ++i)
+            largest = std::max(largest, copy.seen(samples[i * copy.channels]));
+    }
     return largest;
+}
+
+TIRN_TARGET_CLONES int largestSeen(const MedianSource<std::uint8_t>& source, std::int64_t first,
+                                   std::int64_t count)
+{
+    return largestOf(source, first, count);
+}
+
+TIRN_TARGET_CLONES int largestSeen(const MedianSource<std::uint16_t>& source, std::int64_t first,
+                                   std::int64_t count)
+{
+    return largestOf(source, first, count);
+}
+
+/// How many bits hold every value that the channel shows: at least 8.
+template <class Sample>
+int bitsSeen(const MedianSource<Sample>& source)
+{
+    constexpr std::int64_t kGrain = std::int64_t{1} << 20;
+    if constexpr (sizeof(Sample) == 1)
+        return 8;
+    std::atomic<int> largest = 255;
+    parallelFor(0, std::int64_t{source.x} * source.y * source.z, kGrain,
+                [&](std::int64_t begin, std::int64_t end) {
+                    const int found = largestSeen(source, begin, end - begin);
+                    int before = largest;
+                    while (before < found && !largest.compare_exchange_weak(before, found)) {
+                    }
+                });
+    return bitCount(largest);
+}
+
+/// Whether there is a network of comparisons for the window.
+bool hasNetwork(const MedianWindow& window)
+{
+    return window.half == 1 || (window.half == 2 && window.halfZ == 0);
 }
 
 template <class Sample>
 void filterPart(const MedianSource<Sample>& source, const MedianWindow& window, int bits,
                 const FilterPart& part, Sample* to)
 {
-    const bool is3D = window.halfZ > 0;
-    if (window.half == 1)
-        medianOfPart3(source, is3D, part, to);
-    else if (window.half == 2 && !is3D)
-        medianOfPart5(source, part, to);
-    else
+    if (!hasNetwork(window))
         medianOfPart(source, window.half, window.halfZ, bits, part, to);
+    else if (window.half == 1)
+        medianOfPart3(source, window.halfZ > 0, part, to);
+    else
+        medianOfPart5(source, part, to);
 }
 
 /// The medians of a stack's chosen channels in `to`; false when cancelled.
@@ -85,7 +131,7 @@ bool filterStack(ImageFile& stack, const Sample* from, const MedianWindow& windo
             continue;
         const int highest = (1 << a.bitDepth) - 1;
         const MedianSource<Sample> source = {from, a.x, a.y, a.z, a.channels, c, stack.stats(c).min, highest};
-        const int bits = std::max(8, bitCount(largestSeen(source, stack.sampleCount())));
+        const int bits = hasNetwork(window) ? 0 : bitsSeen(source);
         const bool done = forEachPart(a, {}, progress, [&](const FilterPart& part) {
             filterPart(source, window, bits, part, to);
             for (int z = part.z0; z < part.z1 && part.y0 == 0 && source.lowest > 0; ++z)
@@ -140,7 +186,7 @@ void takeOff(const Sample* samples, double part, std::int64_t count, Sample* bac
 
 bool ImageFile::medianFilter(int size, int channel, bool is3D, const Progress& progress)
 {
-    if (!canFilter(channel) || size > kWidestMedian)
+    if (!canFilter(channel) || tooWide(size, is3D))
         return false;
     const Stopwatch stopwatch;
     VoxelBuffer result =
@@ -154,7 +200,7 @@ bool ImageFile::medianFilter(int size, int channel, bool is3D, const Progress& p
 
 bool ImageFile::backgroundSubtract(int size, int channel, int percent, const Progress& progress)
 {
-    if (!canFilter(channel) || size > kWidestMedian)
+    if (!canFilter(channel) || tooWide(size, false))
         return false;
     const Stopwatch stopwatch;
     VoxelBuffer result =

@@ -40,6 +40,7 @@ template <class Sample>
 TIRN_INLINE void sortColumns3(const Sample* r0, const Sample* r1, const Sample* r2, std::int64_t count,
                               Sample* __restrict low, Sample* __restrict middle, Sample* __restrict high)
 {
+#pragma GCC ivdep
     for (std::int64_t i = 0; i < count; ++i) {
         Sample a = r0[i];
         Sample b = r1[i];
@@ -71,6 +72,7 @@ TIRN_INLINE void median9(const MedianSource<Sample>& source, const FilterPart& p
             const Sample* middle = sorted[1];
             const Sample* high = sorted[2];
             Sample* __restrict out = result[0];
+#pragma GCC ivdep
             for (int i = 0; i < width; ++i) {
                 const Sample least = greater(greater(low[i], low[i + 1]), low[i + 2]);
                 const Sample most = lesser(lesser(high[i], high[i + 1]), high[i + 2]);
@@ -102,6 +104,7 @@ TIRN_INLINE void median25(const MedianSource<Sample>& source, const FilterPart& 
             Sample* __restrict s2 = s[2];
             Sample* __restrict s3 = s[3];
             Sample* __restrict s4 = s[4];
+#pragma GCC ivdep
             for (std::int64_t i = 0; i < padded; ++i) {
                 Sample v[5] = {r[0][i], r[1][i], r[2][i], r[3][i], r[4][i]};
                 sort5(v[0], v[1], v[2], v[3], v[4]);
@@ -112,6 +115,7 @@ TIRN_INLINE void median25(const MedianSource<Sample>& source, const FilterPart& 
                 s4[i] = v[4];
             }
             Sample* __restrict out = result[0];
+#pragma GCC ivdep
             for (int i = 0; i < width; ++i) {
                 Sample v[5][5] = {{s0[i], s0[i + 1], s0[i + 2], s0[i + 3], s0[i + 4]},
                                   {s1[i], s1[i + 1], s1[i + 2], s1[i + 3], s1[i + 4]},

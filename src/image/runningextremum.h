@@ -96,9 +96,12 @@ private:
     std::vector<Sample> m_front;
 };
 
+/// What a row of extremumAlongRow has behind its samples, so that it works on whole vectors only.
+constexpr std::int64_t kExtremumSlack = 64;
+
 /// `to[i]` becomes the extremum of row[i], row[i + step], ... for `window` samples, for i below `count`. The
-/// row has count + (window - 1) * step samples and is overwritten. Spans double until they reach half the
-/// window.
+/// row has count + (window - 1) * step samples and kExtremumSlack more of any value, and is overwritten.
+/// Spans double until they reach half the window.
 template <class Choice, class Sample>
 TIRN_INLINE void extremumAlongRow(Sample* row, std::int64_t count, int window, std::int64_t step, Sample* to)
 {
@@ -106,7 +109,8 @@ TIRN_INLINE void extremumAlongRow(Sample* row, std::int64_t count, int window, s
     int span = 1;
     for (; span * 2 <= window; span *= 2) {
         length -= span * step;
-        chooseRow<Choice>(row, row + span * step, length, row);
+        const std::int64_t whole = (length + kExtremumSlack - 1) / kExtremumSlack * kExtremumSlack;
+        chooseRow<Choice>(row, row + span * step, whole, row);
     }
     chooseRow<Choice>(row, row + (window - span) * step, count, to);
 }

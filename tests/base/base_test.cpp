@@ -100,6 +100,39 @@ TEST(VoxelBuffer, IsAlignedAndMovable)
     EXPECT_TRUE(moved.isNull());
 }
 
+TEST(VoxelBuffer, WhatIsReplacedServesTheNextOfItsSize)
+{
+    VoxelBuffer voxels(9 << 20);
+    const std::byte* replaced = voxels.data();
+    voxels = VoxelBuffer(9 << 20);
+    voxels.data()[0] = std::byte{7};
+    {
+        const VoxelBuffer next(9 << 20);
+        EXPECT_EQ(next.data(), replaced);
+        EXPECT_EQ(voxels.data()[0], std::byte{7});
+    }
+    // A result of another size lets the spare go, one on the heap does not ask for it.
+    voxels = VoxelBuffer(5 << 20);
+    const VoxelBuffer small(100);
+    EXPECT_NE(small.data(), nullptr);
+    VoxelBuffer other(7 << 20);
+    other.zero();
+    EXPECT_EQ(other.data()[(7 << 20) - 1], std::byte{0});
+}
+
+TEST(VoxelBuffer, TakesItselfAndNothing)
+{
+    VoxelBuffer voxels(9 << 20);
+    VoxelBuffer& same = voxels;
+    voxels = std::move(same);
+    EXPECT_EQ(voxels.size(), 9 << 20);
+    voxels = VoxelBuffer();
+    EXPECT_TRUE(voxels.isNull());
+    EXPECT_EQ(voxels.size(), 0);
+    voxels = VoxelBuffer(100);
+    EXPECT_EQ(voxels.size(), 100);
+}
+
 TEST(VoxelBuffer, WhatCannotBeHadThrows)
 {
     EXPECT_THROW(VoxelBuffer(-1), std::bad_alloc);

@@ -95,7 +95,16 @@ TEST_F(Tool, WrongUsageEndsWithTwoAndOneLine)
         {"convert", "--filter", "blur,3", in, path("a.pic")},
         {"convert", "--filter", "mean", in, path("a.pic")},
         {"convert", "--filter", "mean,3,4d", in, path("a.pic")},
+        {"convert", "--filter", "mean,0", in, path("a.pic")},
+        {"convert", "--filter", "median,257,3d", in, path("a.pic")},
+        {"convert", "--filter", "zfilter,3,threshold=x", in, path("a.pic")},
         {"convert", "--subsample", "9", in, path("a.pic")},
+        {"convert", "--add", "5", in, path("a.pic")},
+        {"convert", "--add", "5,-2", in, path("a.pic")},
+        {"convert", "--add", "70000,0", in, path("a.pic")},
+        {"convert", "--ratio", "0", in, path("a.pic")},
+        {"convert", "--pad", "0,5,5", in, path("a.pic")},
+        {"convert", "--extract", "x", in, path("a.pic")},
         {"convert", "--depth", "clamp", in, path("a.pic")},
         {"convert", "--depth", "to=17", in, path("a.pic")},
         {"convert", "--depth", "range=9:3", in, path("a.pic")},
@@ -337,6 +346,22 @@ TEST_F(Tool, EveryOperationReachesItsConversion)
     EXPECT_EQ(converted(in, QStringList{"--filter", "mean,3"} + corner), QByteArray("\x0b\x3d"));
     EXPECT_EQ(converted(in, QStringList{"--filter", "background,3,percent=100"} + corner),
               QByteArray(2, '\0'));
+    // The 3 x 3 of the other layer reach 122 and 172.
+    EXPECT_EQ(converted(in, QStringList{"--filter", "zfilter,3,threshold=130"} + corner),
+              QByteArray("\x00\x3d", 2));
+    EXPECT_EQ(converted(in, QStringList{"--filter", "zfilter,3,channel=0"} + corner),
+              QByteArray("\x0b\x00", 2));
+    EXPECT_EQ(converted(in, QStringList{"--add", "-12,0"} + corner), QByteArray("\x00\x3d", 2));
+    EXPECT_EQ(converted(in, QStringList{"--add", "200,-1"} + corner), QByteArray("\xd3\xff", 2));
+}
+
+TEST_F(Tool, StatisticsAreMadeAnewAfterEachOperation)
+{
+    // 0 to 123 become 65535 to 65412; the narrow range is moved down by the minimum that there is now.
+    const QByteArray bytes = converted(stk(2, 1, 16), {"--invert", "--depth", "smart-mult"});
+    ASSERT_EQ(bytes.size(), 24);
+    EXPECT_EQ(bytes.front(), 123);
+    EXPECT_EQ(bytes.back(), 0);
 }
 
 TEST_F(Tool, OperationsThatTheStackDoesNotAllowEndWithOne)
@@ -345,7 +370,7 @@ TEST_F(Tool, OperationsThatTheStackDoesNotAllowEndWithOne)
     for (const QStringList& operation :
          {QStringList{"--crop", "0,9,0,0,0,0"}, QStringList{"--extract", "5"}, QStringList{"--ratio", "0,7"},
           QStringList{"--pad", "1,1,1"}, QStringList{"--pad-back", "1"},
-          QStringList{"--filter", "mean,3,channel=7"}}) {
+          QStringList{"--filter", "mean,3,channel=7"}, QStringList{"--add", "1,2"}}) {
         const Outcome outcome = tool(QStringList{"convert"} + operation + QStringList{in, path("o.pic")});
         EXPECT_EQ(outcome.code, 1) << operation.join(' ').toStdString();
         EXPECT_TRUE(outcome.err.startsWith("tirntool: " + in + ": " + operation.first()));

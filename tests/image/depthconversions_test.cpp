@@ -1,3 +1,4 @@
+#include <climits>
 #include <cmath>
 
 #include <gtest/gtest.h>
@@ -175,8 +176,9 @@ TEST(StackToByteRange, ARangeThatIsNoneChangesNothing)
 
 TEST(ConvertToDepth, StretchesBytesToTheDepthAndCallsItSixteen)
 {
-    for (const int bits : {8, 10, 12, 16}) {
-        const auto stack = test::randomStack({67, 33, 2, 2, 8}, 3);
+    for (int bits = 8; bits <= 16; ++bits) {
+        // Every byte there is.
+        const auto stack = test::makeStack({256, 2, 1, 1, 8}, [](int x, int, int, int) { return x; });
         const std::vector<int> before = samples(*stack);
         stack->attributes().maxValue = 200;
         LogCapture log;
@@ -197,6 +199,14 @@ TEST(ConvertToDepth, AnUnknownMaximumBecomesAnotherNegativeNumber)
     stack->convertToDepth(12);
     // floor(-1 * 4095 / 255 + 0.5)
     EXPECT_EQ(stack->attributes().maxValue, -16);
+}
+
+TEST(ConvertToDepth, ALargestValueThatGrowsTooFarStaysTheLargestNumber)
+{
+    const auto stack = test::constantStack({5, 3, 2, 1, 8}, 1);
+    stack->attributes().maxValue = INT_MAX;
+    stack->convertToDepth(16);
+    EXPECT_EQ(stack->attributes().maxValue, INT_MAX);
 }
 
 TEST(ConvertToDepth, OtherDepthsAreIgnored)

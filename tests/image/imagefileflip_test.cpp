@@ -41,9 +41,28 @@ INSTANTIATE_TEST_SUITE_P(Shapes, FlipOf,
                          ::testing::Values(StackShape{1, 1, 1, 1, 8}, StackShape{33, 5, 4, 1, 8},
                                            StackShape{32, 4, 5, 2, 8}, StackShape{67, 3, 3, 3, 8},
                                            StackShape{5, 6, 7, 4, 8}, StackShape{5, 6, 7, 5, 8},
+                                           StackShape{2, 2, 2, 3, 8}, StackShape{11, 3, 2, 7, 8},
                                            StackShape{70, 3, 2, 1, 16}, StackShape{9, 3, 2, 2, 12},
                                            StackShape{9, 8, 3, 3, 16}, StackShape{9, 3, 2, 4, 16},
                                            StackShape{20000, 3, 2, 1, 8}));
+
+TEST_P(FlipOf, TwiceGivesBackTheStack)
+{
+    const auto stack = test::randomStack(GetParam(), 7);
+    const std::vector<int> before = samples(*stack);
+    for (const char axis : {'X', 'Y', 'Z'}) {
+        stack->flip(axis);
+        stack->flip(axis);
+        EXPECT_EQ(samples(*stack), before) << axis;
+    }
+}
+
+TEST(Flip, AnOddSizeLeavesTheMiddleAlone)
+{
+    const auto stack = test::stackFrom({5, 1, 1, 1, 8}, {1, 2, 3, 4, 5});
+    stack->flip('X');
+    EXPECT_EQ(samples(*stack), (std::vector<int>{5, 4, 3, 2, 1}));
+}
 
 TEST(Flip, TakesEitherCaseAndIgnoresOtherLetters)
 {

@@ -64,6 +64,9 @@ TEST(MedianFilter, LargeWindowsAgreeToo)
             expectMedian(*stack, size, -1, false, std::to_string(size));
         }
     }
+    // Columns of more values than a byte counts, windows of more than 16 bits do.
+    const auto wide = test::randomStack({4, 3, 1, 1, 12}, 3);
+    expectMedian(*wide, 1001, -1, false, "1001");
     for (const int size : {15, 17, 39, 41}) {
         for (const int bits : {8, 12}) {
             const auto stack = test::randomStack({7, 5, 3, 1, bits}, 3);
@@ -164,7 +167,9 @@ TEST(MedianFilter, WhatCannotBeFilteredIsRefused)
 {
     const auto stack = test::randomStack({5, 4, 3, 2, 8}, 8);
     EXPECT_FALSE(stack->medianFilter(3, 2, false));
-    EXPECT_FALSE(stack->medianFilter(257, -1, false));
+    EXPECT_FALSE(stack->medianFilter(1025, -1, false));
+    EXPECT_FALSE(stack->medianFilter(257, -1, true));
+    EXPECT_FALSE(stack->backgroundSubtract(1025, -1, 100));
     EXPECT_FALSE(ImageFile().medianFilter(3, -1, false));
 }
 
