@@ -28,7 +28,6 @@ namespace {
 constexpr int kUsualRate = 15;
 constexpr int kMostRate = 240;
 constexpr int kMostFrames = 10000000;
-constexpr std::int64_t kLargestPlainAvi = std::int64_t{2} << 30;
 
 /// What the options say of a movie.
 struct MovieOptions
@@ -232,7 +231,7 @@ void checkTargets(const QString& out, MovieFormat format, const MovieJob& job, Q
 {
     if (format == MovieFormat::Avi) {
         checkReplaceable(out, overwrite);
-        if (framesToWrite(job) * size.width() * size.height() * 4 > kLargestPlainAvi)
+        if (aviFileBytes(size.width(), size.height(), framesToWrite(job)) > kAviLimit)
             Console::report(out,
                             {"warning: more than 2 GiB; many programs read only the beginning of such an AVI "
                              "file; .png makes a file for each frame"});
