@@ -10,10 +10,7 @@
 
 namespace tirn::bench {
 
-namespace {
-
-/// Smooth blobs over a low background, different in each channel.
-std::shared_ptr<ImageFile> blobs(int x, int y, int z, int channels)
+std::shared_ptr<ImageFile> benchBlobs(int x, int y, int z, int channels)
 {
     auto image = std::make_shared<ImageFile>(x, y, z, channels, 8);
     std::uint8_t* out = image->stackData();
@@ -28,8 +25,6 @@ std::shared_ptr<ImageFile> blobs(int x, int y, int z, int channels)
     image->generateStatistics();
     return image;
 }
-
-} // namespace
 
 BenchWindow::BenchWindow()
 {
@@ -62,7 +57,7 @@ VoxelArray& BenchWindow::show(int x, int y, int z, int channels, GLenum target)
     m_hidden.makeCurrent();
     auto array =
         std::make_unique<VoxelArray>(VolumeOptions{m_widget->threadKind(), 1024, 512, false, nullptr});
-    array->appendImage(blobs(x, y, z, channels));
+    array->appendImage(benchBlobs(x, y, z, channels));
     array->stack() = array->images().front()->attributes();
     array->setChannelCount(channels);
     array->setTimePoints(1);

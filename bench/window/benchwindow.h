@@ -16,6 +16,9 @@ public:
     void timePointAdvanced() override {}
 };
 
+/// Smooth blobs over a low background, different in each channel, with their statistics.
+std::shared_ptr<ImageFile> benchBlobs(int x, int y, int z, int channels);
+
 /// A volume widget of 512 x 512 pixels on the screen, with all that it needs.
 class BenchWindow
 {
