@@ -311,6 +311,7 @@ RenderOptions renderOptions(const QCommandLineParser& parser, bool maySeeThrough
                                              {{"normal", RenderMode::Normal},
                                               {"anaglyph", RenderMode::Anaglyph},
                                               {"four", RenderMode::FourViews}});
+    view.ortho = projectionOf(view.renderMode);
     view.filterColors = wordOption<int>(parser, "filter-colors", filterColorNames());
     if (parser.isSet("eye-separation"))
         view.camera.eyesep = number("eye-separation", parser.value("eye-separation"));

@@ -55,6 +55,11 @@ Matrix4f rotationMatrix(double xDegrees, double yDegrees, double zDegrees)
             1};
 }
 
+OrthoBounds projectionOf(RenderMode mode)
+{
+    return mode == RenderMode::FourViews ? OrthoBounds{-2, 2, -2, 2, -2, 2} : OrthoBounds{};
+}
+
 double wrapDegrees(double angle)
 {
     if (!std::isfinite(angle))

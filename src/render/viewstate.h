@@ -29,6 +29,9 @@ struct OrthoBounds
     bool operator==(const OrthoBounds&) const = default;
 };
 
+/// The bounds that a mode begins with: four views take four times the room.
+OrthoBounds projectionOf(RenderMode mode);
+
 /// Everything that decides a picture besides the volume itself.
 struct ViewState
 {

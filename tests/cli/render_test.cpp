@@ -170,6 +170,25 @@ TEST_F(RenderTool, AnaglyphsHaveTheColoursOfTheirPair)
     EXPECT_NE(picture(QStringList{"--mode", "four", pic()}), picture({pic()}));
 }
 
+/// A bright cube fills each quarter but its rim: flat from the front in the lower left one, and turned in the
+/// lower right one, where it is smaller.
+TEST_F(RenderTool, FourViewsHaveAQuarterOfThePictureEach)
+{
+    test::PicFile file;
+    file.x = file.y = file.z = 8;
+    file.value = [](int, int, int) { return 255; };
+    const QString in = file.save(path("cube.pic"));
+    const QImage four = picture({"--mode", "four", "--color", "00ff00", "--scale", "0.9,0.9,0.9", in});
+    for (const QPointF middle :
+         {QPointF(0.25, 0.25), QPointF(0.25, 0.75), QPointF(0.75, 0.25), QPointF(0.75, 0.75)})
+        EXPECT_GT(at(four, middle.x(), middle.y()).green(), 200) << middle.x() << " " << middle.y();
+    EXPECT_EQ(at(four, 0.5, 0.5), QColor(Qt::black));
+    EXPECT_GT(at(four, 0.05, 0.95).green(), 100);
+    EXPECT_EQ(at(four, 0.55, 0.95), QColor(Qt::black));
+    const QImage bar = picture({"--mode", "four", "--hide", "0", "--scale-bar", in});
+    EXPECT_NE(bar, picture({"--mode", "four", "--hide", "0", in}));
+}
+
 TEST_F(RenderTool, LayoutsPutSeveralPicturesTogether)
 {
     const QStringList both = {"--size", "60x40", pic("a.pic"), pic("b.pic", false)};
