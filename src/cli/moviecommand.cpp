@@ -12,6 +12,7 @@
 #include "cli/resultfiles.h"
 #include "cli/stackinput.h"
 #include "cli/toolerror.h"
+#include "cli/words.h"
 #include "movies/keyframesession.h"
 #include "movies/movieloop.h"
 #include "movies/moviename.h"
@@ -42,44 +43,38 @@ struct MovieOptions
     std::optional<FrameRange> range;
 };
 
-template <class Value>
-struct Word
+const Words<MovieType>& types()
 {
-    const char* name;
-    Value value;
-};
-
-template <class Value, std::size_t Count>
-Value wordOf(const QCommandLineParser& parser, const char* option, const Word<Value> (&words)[Count])
-{
-    const QString text = parser.isSet(option) ? parser.value(option) : QString::fromLatin1(words[0].name);
-    QStringList names;
-    for (const Word<Value>& word : words) {
-        if (text == QLatin1String(word.name))
-            return word.value;
-        names.append(word.name);
-    }
-    throw UsageError{QString("--%1: '%2' is none of %3").arg(option, text, names.join(", "))};
+    static const Words<MovieType> words = {{"rotation", MovieType::Rotation},
+                                           {"rocking", MovieType::Rocking},
+                                           {"pass", MovieType::PassThrough},
+                                           {"time", MovieType::TimeOnly}};
+    return words;
 }
 
-constexpr Word<MovieType> kTypes[] = {{"rotation", MovieType::Rotation},
-                                      {"rocking", MovieType::Rocking},
-                                      {"pass", MovieType::PassThrough},
-                                      {"time", MovieType::TimeOnly}};
-constexpr Word<MovieAxis> kAxes[] = {{"X", MovieAxis::X},
-                                     {"Y", MovieAxis::Y},
-                                     {"Z", MovieAxis::Z},
-                                     {"X,Y", MovieAxis::XThenY},
-                                     {"X,Z", MovieAxis::XThenZ},
-                                     {"Y,Z", MovieAxis::YThenZ},
-                                     {"X,Y,Z", MovieAxis::XThenYThenZ},
-                                     {"X&Y", MovieAxis::XAndY},
-                                     {"X&Z", MovieAxis::XAndZ},
-                                     {"Y&Z", MovieAxis::YAndZ}};
-constexpr Word<PassType> kPasses[] = {{"top-bottom", PassType::TopToBottom},
-                                      {"bottom-top", PassType::BottomToTop},
-                                      {"out-in", PassType::OutAndIn},
-                                      {"plane", PassType::SinglePlane}};
+const Words<MovieAxis>& axes()
+{
+    static const Words<MovieAxis> words = {{"X", MovieAxis::X},
+                                           {"Y", MovieAxis::Y},
+                                           {"Z", MovieAxis::Z},
+                                           {"X,Y", MovieAxis::XThenY},
+                                           {"X,Z", MovieAxis::XThenZ},
+                                           {"Y,Z", MovieAxis::YThenZ},
+                                           {"X,Y,Z", MovieAxis::XThenYThenZ},
+                                           {"X&Y", MovieAxis::XAndY},
+                                           {"X&Z", MovieAxis::XAndZ},
+                                           {"Y&Z", MovieAxis::YAndZ}};
+    return words;
+}
+
+const Words<PassType>& passes()
+{
+    static const Words<PassType> words = {{"top-bottom", PassType::TopToBottom},
+                                          {"bottom-top", PassType::BottomToTop},
+                                          {"out-in", PassType::OutAndIn},
+                                          {"plane", PassType::SinglePlane}};
+    return words;
+}
 
 /// The element that holds children of a name: the root, or the first one below it.
 QDomElement parentOf(const QString& name, const QString& child)
@@ -116,8 +111,8 @@ MovieOptions movieOptions(const QCommandLineParser& parser)
 {
     MovieOptions options;
     MovieSettings& settings = options.settings;
-    settings.type = wordOf(parser, "type", kTypes);
-    const MovieAxis axis = wordOf(parser, "axis", kAxes);
+    settings.type = wordOption(parser, "type", types());
+    const MovieAxis axis = wordOption(parser, "axis", axes());
     const bool oriented = parser.isSet("rotate");
     const int turns = numberOption(parser, "turns", 1, 1, 10000);
     options.frames = numberOption(parser, "frames", 0, 1, kMostFrames);
@@ -127,8 +122,8 @@ MovieOptions movieOptions(const QCommandLineParser& parser)
                          oriented};
     settings.rocking = {axis, turns, options.frames > 0 ? options.frames : rocking.framesPerMove,
                         numberOption(parser, "angle", rocking.angle, 1, 360), oriented};
-    settings.pass = {std::min(static_cast<int>(axis), 2), wordOf(parser, "pass", kPasses), options.frames,
-                     oriented};
+    settings.pass = {std::min(static_cast<int>(axis), 2), wordOption(parser, "pass", passes()),
+                     options.frames, oriented};
     if (settings.type == MovieType::PassThrough && axis > MovieAxis::Z)
         throw UsageError{"--axis: a pass goes along X, Y or Z"};
     options.time.framesPerTimePoint = numberOption(parser, "frames-per-time-point", 1, 1, kMostFrames);

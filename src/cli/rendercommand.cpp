@@ -10,6 +10,7 @@
 #include "cli/resultfiles.h"
 #include "cli/stackinput.h"
 #include "cli/toolerror.h"
+#include "cli/words.h"
 #include "pictures/picturelayout.h"
 #include "pictures/picturesize.h"
 #include "pictures/picturewriter.h"
@@ -64,23 +65,16 @@ CrossSides crossSides(const QString& text)
 LayoutOptions layoutOptions(const QCommandLineParser& parser)
 {
     LayoutOptions options;
-    const QStringList names = {"single", "channels", "cross", "stereo"};
-    if (parser.isSet("layout")) {
-        const auto at = names.indexOf(parser.value("layout"));
-        if (at < 0)
-            throw UsageError{"--layout: '" + parser.value("layout") +
-                             "' is none of single, channels, stereo, cross"};
-        options.scenario = static_cast<Scenario>(at);
-    }
+    options.scenario = wordOption<Scenario>(parser, "layout",
+                                            {{"single", Scenario::Single},
+                                             {"channels", Scenario::Channels},
+                                             {"stereo", Scenario::Stereo},
+                                             {"cross", Scenario::Orthographic}});
     if (parser.isSet("grid"))
         options.grid = sizeOption("grid", parser.value("grid"));
     if (parser.isSet("eye-angle"))
         options.eyeAngle = wholeNumber("eye-angle", parser.value("eye-angle"), 5, 50);
-    if (parser.isSet("dominant")) {
-        if (parser.value("dominant") != "left" && parser.value("dominant") != "right")
-            throw UsageError{"--dominant: '" + parser.value("dominant") + "' is neither left nor right"};
-        options.rightEyeDominant = parser.value("dominant") == "right";
-    }
+    options.rightEyeDominant = wordOption<bool>(parser, "dominant", {{"left", false}, {"right", true}});
     if (parser.isSet("sides"))
         options.sides = crossSides(parser.value("sides"));
     return options;

@@ -8,6 +8,7 @@
 #include "cli/console.h"
 #include "cli/stackinput.h"
 #include "cli/toolerror.h"
+#include "cli/words.h"
 #include "depth/curvefile.h"
 #include "mesh/stlreader.h"
 #include "palettes/palettefile.h"
@@ -21,26 +22,11 @@ namespace {
 
 constexpr int kMostPixels = 1000000;
 
-/// One of a few words; throws UsageError for another.
-template <class Value>
-Value wordOption(const QCommandLineParser& parser, const char* option,
-                 const std::vector<std::pair<QString, Value>>& words)
-{
-    const QString text = parser.isSet(option) ? parser.value(option) : words.front().first;
-    QStringList names;
-    for (const auto& [name, value] : words) {
-        if (name.compare(text, Qt::CaseInsensitive) == 0)
-            return value;
-        names.append(name);
-    }
-    throw UsageError{QString("--%1: '%2' is none of %3").arg(option, text, names.join(", "))};
-}
-
 double number(const QString& option, const QString& text) { return numbers(option, text, 1).first(); }
 
-std::vector<std::pair<QString, int>> filterColorNames()
+Words<int> filterColorNames()
 {
-    std::vector<std::pair<QString, int>> names;
+    Words<int> names;
     // The default stands first.
     const int usual = ViewState().filterColors;
     names.emplace_back(kFilterColors[static_cast<std::size_t>(usual)].name, usual);

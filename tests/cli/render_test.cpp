@@ -247,7 +247,7 @@ TEST_F(RenderTool, WrongArgumentsAreNamed)
                      "--background none: only with alpha blending");
     expectUsageError({"--layout", "heap"}, "--layout: 'heap' is none of single, channels, stereo, cross");
     expectUsageError({"--eye-angle", "4"}, "--eye-angle: '4' is not a whole number from 5 to 50");
-    expectUsageError({"--dominant", "both"}, "--dominant: 'both' is neither left nor right");
+    expectUsageError({"--dominant", "both"}, "--dominant: 'both' is none of left, right");
     expectUsageError({"--sides", "front"}, "--sides: 'front' is none of top, left, right, bottom");
     expectUsageError({"--dpi", "2401"}, "--dpi: '2401' is not a whole number from 1 to 2400");
     EXPECT_EQ(render({pic(), path("never.jpg")}).code, 2);
