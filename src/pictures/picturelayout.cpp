@@ -16,6 +16,11 @@ constexpr int kRowGap = kStripMargin + kSideGap;
 
 int firstGridSide(int cells) { return static_cast<int>(std::floor(std::sqrt(cells) + 0.5)); }
 
+std::optional<int> configuredGridSide(int channels)
+{
+    return channels == 1 ? std::nullopt : std::optional(firstGridSide(gridCells(channels)));
+}
+
 int otherGridSide(int cells, int side, int present)
 {
     const int given = std::max(1, side);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include <QPoint>
 #include <QRect>
 #include <QSize>
@@ -15,6 +17,10 @@ constexpr int gridCells(int channels) { return channels + 1; }
 
 /// The first width and height of a grid of `cells` cells: the rounded square root.
 int firstGridSide(int cells);
+
+/// Both sides of the grid for a stack that became current; nothing for one channel, which leaves the grid as
+/// it is.
+std::optional<int> configuredGridSide(int channels);
 
 /// The other side of a grid of `cells` cells with one side given: the smallest that has room, looked for
 /// from the present one.

@@ -14,6 +14,13 @@ TEST(PictureLayout, AGridStartsAboutSquare)
     EXPECT_EQ(firstGridSide(7), 3);
 }
 
+TEST(PictureLayout, OneChannelLeavesTheGridAsItIs)
+{
+    EXPECT_EQ(configuredGridSide(1), std::nullopt);
+    EXPECT_EQ(configuredGridSide(2), 2);
+    EXPECT_EQ(configuredGridSide(8), 3);
+}
+
 TEST(PictureLayout, TheOtherSideOfAGridHasJustRoomEnough)
 {
     EXPECT_EQ(otherGridSide(4, 1, 2), 4);
