@@ -11,6 +11,7 @@
 #include "base/log.h"
 #include "palettes/palettelist.h"
 #include "ui/aboutform.h"
+#include "ui/preferencesform.h"
 
 namespace tirn {
 
@@ -188,6 +189,7 @@ void TirnApplication::connectActions()
     on("fileExitAction", [this] { m_mainForm->close(); });
     on("editCopyAction", [this] { copyPicture(); });
     on("stretchToUsedBitsAction", [this](bool checked) { stretchToUsedBits(checked); });
+    on("editPreferencesAction", [this] { createPreferencesForm(); });
     on("helpContentsAction", [this] { help(); });
     on("helpAboutAction", [this] { createAboutForm(); });
     on("checkForUpdatesAction", [this] { m_mainForm->checkForUpdates(); });
@@ -261,6 +263,18 @@ void TirnApplication::createForms()
                     },
                     {},
                     {}});
+    rows.push_back({FormId::Preferences,
+                    "Preferences",
+                    "Preferences",
+                    [this](QWidget* parent) -> QWidget* {
+                        const auto read = [this] { return PreferencesForm::Shown{m_preferences, m_card}; };
+                        return new PreferencesForm(read, parent);
+                    },
+                    [this](QWidget* form) {
+                        connect(static_cast<PreferencesForm*>(form), &PreferencesForm::chosen, this,
+                                &TirnApplication::storePreferences);
+                    },
+                    {}});
     m_forms.setRows(std::move(rows));
     m_forms.createAllHidden();
 }
@@ -279,18 +293,32 @@ void TirnApplication::createThreads()
 
 void TirnApplication::readPreferences()
 {
-    m_preferences = readSettings(*m_settings);
-    {
-        const std::scoped_lock lock(m_scene.mutex);
-        m_renderSettings.flashRate = m_preferences.flashRate;
-        m_renderSettings.texLimit2D = m_preferences.texLimit2D;
-        m_renderSettings.texLimit3D = m_preferences.texLimit3D;
-        m_scene.watermark = m_preferences.watermarkText;
-    }
+    usePreferences(readSettings(*m_settings));
     if (m_preferences.blending == 1)
         m_currentWidget->setBlendMode(GL_MAX);
     m_currentWidget->stopAndWait();
     appendFavoritePalettes(m_scene.palettes, m_preferences.favoritePalettesPath, m_paletteTables.get());
+}
+
+void TirnApplication::usePreferences(const Settings& settings)
+{
+    m_preferences = settings;
+    const std::scoped_lock lock(m_scene.mutex);
+    m_renderSettings.flashRate = settings.flashRate;
+    m_renderSettings.texLimit2D = settings.texLimit2D;
+    m_renderSettings.texLimit3D = settings.texLimit3D;
+    m_scene.watermark = settings.watermarkText;
+}
+
+/// Limits and encoders act on later loads, and a new way to blend from the next start on.
+void TirnApplication::storePreferences(const Settings& settings)
+{
+    usePreferences(settings);
+    writePreferences(settings, *m_settings);
+    m_settings->sync();
+    if (m_settings->status() != QSettings::NoError)
+        showWarning("Preferences", "The preferences could not be written to " + m_settings->fileName());
+    m_currentWidget->requestFrame();
 }
 
 void TirnApplication::start()

@@ -94,6 +94,8 @@ public Q_SLOTS:
     void stopLoading();
     void createAboutForm() { createAboutForm(true); }
     void createAboutForm(bool show) { m_forms.create(FormId::About, show); }
+    void createPreferencesForm() { createPreferencesForm(true); }
+    void createPreferencesForm(bool show) { m_forms.create(FormId::Preferences, show); }
     void stretchToUsedBits(bool on);
     void copyPicture();
 
@@ -126,6 +128,8 @@ private:
     void createForms();
     void createThreads();
     void readPreferences();
+    void usePreferences(const Settings& settings);
+    void storePreferences(const Settings& settings);
     void start();
     void readPalettes(const QStringList& names);
     void arrayBecameCurrent();

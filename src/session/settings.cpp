@@ -18,6 +18,42 @@ int positive(const QVariant& value, int fallback)
 
 } // namespace
 
+QStringList choiceTexts(SettingsChoice choice)
+{
+    switch (choice) {
+    case SettingsChoice::PaletteGeneration:
+        return {"Grayscale", "Red/Green/Blue", "Favorites"};
+    case SettingsChoice::Blending:
+        return {"Alpha", "Max Intensity"};
+    case SettingsChoice::Encode:
+        return {"2D Texmaps", "3D Texmaps"};
+    case SettingsChoice::UsePBuffers:
+        return {"Yes", "No"};
+    }
+    return {};
+}
+
+void writePreferences(const Settings& settings, QSettings& store)
+{
+    const auto text = [](SettingsChoice choice, int item) { return choiceTexts(choice).value(item); };
+    store.beginGroup("Paths");
+    if (settings.favoritePalettesPath.isEmpty())
+        store.remove("FavoritePalettesPath");
+    else
+        store.setValue("FavoritePalettesPath", settings.favoritePalettesPath);
+    store.setValue("WatermarkText", settings.watermarkText);
+    store.setValue("DefaultPaletteGeneration",
+                   text(SettingsChoice::PaletteGeneration, settings.paletteGeneration));
+    store.setValue("DefaultBlending", text(SettingsChoice::Blending, settings.blending));
+    store.setValue("DefaultEncode", text(SettingsChoice::Encode, settings.defaultEncode));
+    store.setValue("Default4DEncode", text(SettingsChoice::Encode, settings.defaultTimeSeriesEncode));
+    store.setValue("FlashRate", settings.flashRate);
+    store.setValue("UsePBuffers", text(SettingsChoice::UsePBuffers, settings.usePBuffers ? 0 : 1));
+    store.setValue("2DTexDimLimit", settings.texLimit2D);
+    store.setValue("3DTexDimLimit", settings.texLimit3D);
+    store.endGroup();
+}
+
 Settings readSettings(QSettings& store)
 {
     Settings settings;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 class QSettings;
 
@@ -13,7 +14,7 @@ struct Settings
     QString palettePath;
     QString favoritePalettesPath;
     QString watermarkText;
-    /// 0 grey, 1 red, green and blue.
+    /// 0 grey, 1 red, green and blue, 2 favourites, which a store does not tell from 1.
     int paletteGeneration = 1;
     /// 0 alpha, 1 maximum intensity; any other text leaves it unset, -1.
     int blending = 0;
@@ -29,6 +30,17 @@ struct Settings
 
     bool operator==(const Settings&) const = default;
 };
+
+/// The 3D limit that stands for no blocks at all.
+constexpr int kNoTextureBlocking = 100000;
+
+/// The settings that stand as texts in a store and in lists; their numbers are positions in the lists.
+enum class SettingsChoice { PaletteGeneration, Blending, Encode, UsePBuffers };
+QStringList choiceTexts(SettingsChoice choice);
+
+/// Writes what the preferences hold; the directories of stacks and palettes are none of it. An empty folder
+/// of favourites removes its key.
+void writePreferences(const Settings& settings, QSettings& store);
 
 /// Reads a store; absent keys give the defaults above.
 Settings readSettings(QSettings& store);

@@ -37,6 +37,7 @@ constexpr ActionRow kActions[] = {
     {"&Edit", "", ""},
     {"&Edit", "stretchToUsedBitsAction", "Stretch to used bits", "",
      "Spread the bits that the data really use over the whole palette.", true},
+    {"&Edit", "editPreferencesAction", "Preferences..."},
     {"&Help", "helpContentsAction", "&Contents..."},
     {"&Help", "helpAboutAction", "&About"},
     {"&Help", "checkForUpdatesAction", "Check for Updates..."},

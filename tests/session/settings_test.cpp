@@ -54,5 +54,53 @@ TEST_F(SettingsStore, ForeignValuesFallBack)
     EXPECT_EQ(settings.texLimit3D, 512);
 }
 
+TEST_F(SettingsStore, PreferencesAreWrittenUnderTheirKeys)
+{
+    Settings settings;
+    settings.favoritePalettesPath = "/palettes";
+    settings.watermarkText = "Lab 5";
+    settings.paletteGeneration = 0;
+    settings.blending = 1;
+    settings.defaultEncode = 1;
+    settings.flashRate = 250;
+    settings.usePBuffers = false;
+    settings.texLimit2D = 256;
+    settings.texLimit3D = kNoTextureBlocking;
+    writePreferences(settings, store);
+    const std::vector<std::pair<const char*, QVariant>> expected = {{"FavoritePalettesPath", "/palettes"},
+                                                                    {"WatermarkText", "Lab 5"},
+                                                                    {"DefaultPaletteGeneration", "Grayscale"},
+                                                                    {"DefaultBlending", "Max Intensity"},
+                                                                    {"DefaultEncode", "3D Texmaps"},
+                                                                    {"Default4DEncode", "2D Texmaps"},
+                                                                    {"FlashRate", 250},
+                                                                    {"UsePBuffers", "No"},
+                                                                    {"2DTexDimLimit", 256},
+                                                                    {"3DTexDimLimit", 100000}};
+    for (const auto& [key, value] : expected)
+        EXPECT_EQ(store.value(QString("Paths/") + key), value) << key;
+    EXPECT_EQ(store.allKeys().size(), 10);
+    EXPECT_EQ(readSettings(store), settings);
+}
+
+TEST_F(SettingsStore, AnEmptyFolderOfFavouritesHasNoKey)
+{
+    store.setValue("Paths/FavoritePalettesPath", "/palettes");
+    store.setValue("Paths/StackPath", "/stacks");
+    writePreferences({}, store);
+    EXPECT_FALSE(store.contains("Paths/FavoritePalettesPath"));
+    // What the preferences do not hold stays.
+    EXPECT_EQ(store.value("Paths/StackPath"), "/stacks");
+}
+
+TEST_F(SettingsStore, FavouritesComeBackAsRedGreenAndBlue)
+{
+    Settings settings;
+    settings.paletteGeneration = 2;
+    writePreferences(settings, store);
+    EXPECT_EQ(store.value("Paths/DefaultPaletteGeneration"), "Favorites");
+    EXPECT_EQ(readSettings(store).paletteGeneration, 1);
+}
+
 } // namespace
 } // namespace tirn

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QWidget>
+
+class QLineEdit;
+class QToolButton;
+
+namespace tirn {
+
+/// A line for a path with a button that browses for it.
+class FileChooser : public QWidget
+{
+    Q_OBJECT
+
+public:
+    enum class Mode { OpenFile, SaveFile, Directory };
+    explicit FileChooser(Mode mode, QWidget* parent = nullptr);
+
+    QString fileName() const;
+    /// Sends no signal.
+    void setFileName(const QString& name);
+    /// Where browsing begins while no name stands in the line.
+    void setPathHint(const QString& path) { m_pathHint = path; }
+    /// What files the dialog offers.
+    void setFilter(const QString& filter) { m_filter = filter; }
+    void setTitle(const QString& title) { m_title = title; }
+
+Q_SIGNALS:
+    /// A name was typed to its end, or chosen.
+    void fileNameChanged(const QString& name);
+
+private:
+    void browse();
+
+    Mode m_mode;
+    QString m_pathHint;
+    QString m_filter;
+    QString m_title;
+    QLineEdit* m_line;
+};
+
+} // namespace tirn
