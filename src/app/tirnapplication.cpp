@@ -184,6 +184,7 @@ void TirnApplication::connectActions()
     const auto on = [this](const char* name, auto slot) {
         connect(m_mainForm->action(name), &QAction::triggered, this, slot);
     };
+    on("segmentationOpenAction", [this] { loadSegmentation(); });
     on("closeStackAction", [this] { closeStack(); });
     on("closeAllAction", [this] { closeAll(); });
     on("fileExitAction", [this] { m_mainForm->close(); });

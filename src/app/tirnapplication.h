@@ -4,6 +4,7 @@
 #include <vector>
 
 #include <QApplication>
+#include <QMessageBox>
 #include <QPointer>
 #include <QProgressDialog>
 #include <QSettings>
@@ -68,6 +69,8 @@ public:
     /// Files a loaded volume and makes it current.
     void addArray(std::unique_ptr<VoxelArray> array, const std::vector<QStringList>& files);
     void loadFromCommandLine(const QStringList& arguments);
+    /// Reads a surface and draws it in the volume; a box tells of success or failure.
+    void loadSegmentation(const QString& fileName);
 
     /// The picture that a capture filled and that a writer takes and resets.
     QImage& image() { return m_image; }
@@ -96,6 +99,8 @@ public Q_SLOTS:
     void createAboutForm(bool show) { m_forms.create(FormId::About, show); }
     void createPreferencesForm() { createPreferencesForm(true); }
     void createPreferencesForm(bool show) { m_forms.create(FormId::Preferences, show); }
+    /// Asks for the file of a surface.
+    void loadSegmentation();
     void stretchToUsedBits(bool on);
     void copyPicture();
 
@@ -139,6 +144,7 @@ private:
     QProgressDialog& progressDialog();
     void showProgress(const QString& message, int value, int total);
     void showWarning(const QString& title, const QString& text);
+    void showBox(QMessageBox::Icon icon, const QString& title, const QString& text);
 
     Scene m_scene;
     RenderLock m_renderLock;

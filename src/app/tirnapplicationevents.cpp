@@ -100,7 +100,12 @@ void TirnApplication::handleReencodeDone()
 
 void TirnApplication::showWarning(const QString& title, const QString& text)
 {
-    auto* box = new QMessageBox(QMessageBox::Warning, title, text, QMessageBox::Ok, m_mainForm.get());
+    showBox(QMessageBox::Warning, title, text);
+}
+
+void TirnApplication::showBox(QMessageBox::Icon icon, const QString& title, const QString& text)
+{
+    auto* box = new QMessageBox(icon, title, text, QMessageBox::Ok, m_mainForm.get());
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->open();
 }

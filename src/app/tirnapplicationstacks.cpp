@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include <QClipboard>
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QStatusBar>
 
@@ -109,6 +110,29 @@ void TirnApplication::readPalettes(const QStringList& names)
         else
             showWarning("File load error", "The file " + name + " does not use a known palett file format.");
     }
+}
+
+void TirnApplication::loadSegmentation()
+{
+    const QString name =
+        QFileDialog::getOpenFileName(m_mainForm.get(), "Load Segmentation", m_preferences.stackPath,
+                                     "Stereolitho (*.stl *.stla *.stlb);; All Files (*)");
+    if (!name.isEmpty())
+        loadSegmentation(name);
+}
+
+void TirnApplication::loadSegmentation(const QString& fileName)
+{
+    auto mesh = std::make_unique<Segmentation>();
+    if (!mesh->load(fileName)) {
+        showWarning("Load Error", "Failed to load " + fileName);
+        return;
+    }
+    logDebug("Segmentation %s loaded.", qPrintable(fileName));
+    m_currentWidget->stopAndWait();
+    m_scene.segmentations.push_back(std::move(mesh));
+    m_currentWidget->requestFrame();
+    showBox(QMessageBox::Information, "Segmentation", fileName + " loaded.");
 }
 
 void TirnApplication::closeAll()

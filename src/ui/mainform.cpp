@@ -29,6 +29,7 @@ struct ActionRow
 };
 
 constexpr ActionRow kActions[] = {
+    {"&File/Load", "segmentationOpenAction", "Segmentation..."},
     {"&File/Close", "closeStackAction", "Stack"},
     {"&File/Close", "closeAllAction", "All"},
     {"&File", "", ""},

@@ -11,6 +11,13 @@
 namespace tirn::test {
 namespace {
 
+void writeText(const QString& name, const char* text)
+{
+    QFile file(name);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(text);
+}
+
 class Application : public AppTest
 {
 protected:
@@ -382,6 +389,26 @@ TEST_F(Application, TwoHundredCyclesOfLoadingSpinningAndClosingLeaveNothingBehin
     EXPECT_EQ(liveGlNames().textures, 0);
     EXPECT_LE(liveGlNames().programs, before.programs);
     EXPECT_LE(QDir("/proc/self/task").entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), threads + 1);
+}
+
+TEST_F(Application, ASurfaceIsDrawnInTheVolume)
+{
+    load({picFile("a.pic")});
+    const QImage before = widget().renderThread().grabNextFrame();
+    const QString mesh = path("mesh.stl");
+    writeText(mesh,
+              "solid m\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\n"
+              "endfacet\nendsolid\n");
+    app().loadSegmentation(mesh);
+    EXPECT_EQ(takeBox(), "Segmentation: " + mesh + " loaded.");
+    EXPECT_TRUE(log.contains("Segmentation " + mesh + " loaded."));
+    settle();
+    EXPECT_NE(widget().renderThread().grabNextFrame(), before);
+    writeText(mesh, "solid m\nnothing of the kind\n");
+    app().loadSegmentation(mesh);
+    EXPECT_EQ(takeBox(), "Load Error: Failed to load " + mesh);
+    EXPECT_EQ(app().scene().segmentations.size(), 1U);
+    EXPECT_NE(app().mainForm().action("segmentationOpenAction"), nullptr);
 }
 
 TEST_F(Application, TwentyStartsAndQuits)
