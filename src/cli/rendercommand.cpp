@@ -23,6 +23,8 @@ namespace tirn {
 namespace {
 
 constexpr const char* kUsualDpi = "300";
+/// Columns, and rows, of a grid of channels.
+constexpr int kMostCells = 100;
 
 /// What one picture is made of.
 struct LayoutOptions
@@ -62,6 +64,14 @@ CrossSides crossSides(const QString& text)
     return sides;
 }
 
+QSize gridOption(const QString& text)
+{
+    const QSize grid = sizeOption("grid", text);
+    if (grid.width() > kMostCells || grid.height() > kMostCells)
+        throw UsageError{QString("--grid: '%1' has more than %2 columns or rows").arg(text).arg(kMostCells)};
+    return grid;
+}
+
 LayoutOptions layoutOptions(const QCommandLineParser& parser)
 {
     LayoutOptions options;
@@ -71,7 +81,7 @@ LayoutOptions layoutOptions(const QCommandLineParser& parser)
                                              {"stereo", Scenario::Stereo},
                                              {"cross", Scenario::Orthographic}});
     if (parser.isSet("grid"))
-        options.grid = sizeOption("grid", parser.value("grid"));
+        options.grid = gridOption(parser.value("grid"));
     if (parser.isSet("eye-angle"))
         options.eyeAngle = wholeNumber("eye-angle", parser.value("eye-angle"), 5, 50);
     options.rightEyeDominant = wordOption<bool>(parser, "dominant", {{"left", false}, {"right", true}});
@@ -213,7 +223,9 @@ void run(const QCommandLineParser& parser)
     const QImage picture = photographer.take(layout);
     Console::checkInterrupt();
     if (picture.isNull())
-        throw FileError(out, photographer.error());
+        throw FileError(out, photographer.error().isEmpty()
+                                 ? QString("Could not allocate memory for the picture")
+                                 : photographer.error());
     writePicture(picture, out, format, dpi, overwrite);
 }
 

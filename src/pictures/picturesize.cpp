@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
+#include <unistd.h>
+
+#include "base/checkedsize.h"
+
 namespace tirn {
 
 namespace {
@@ -37,6 +41,14 @@ SideBox convertedSide(double value, SizeUnit from, SizeUnit to, int resolution)
     if (to == SizeUnit::Length)
         return {0.01, 0.01, pixels * (1.0 / resolution)};
     return {1, 1, std::floor(pixels + 0.5)};
+}
+
+bool fitsMemory(QSize size)
+{
+    const auto pages = static_cast<std::int64_t>(sysconf(_SC_PHYS_PAGES));
+    const std::optional<std::int64_t> memory = checkedProduct({pages, sysconf(_SC_PAGESIZE)});
+    const std::optional<std::int64_t> bytes = checkedProduct({size.width(), size.height(), 4});
+    return bytes && memory && *bytes < *memory;
 }
 
 double overlayScale(QSize size)

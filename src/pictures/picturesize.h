@@ -37,6 +37,9 @@ struct SideBox
 /// The box after its unit has changed. Pixels are rounded to whole ones.
 SideBox convertedSide(double value, SizeUnit from, SizeUnit to, int resolution);
 
+/// Whether a picture of this size, with 32 bits a pixel, is smaller than the machine's memory.
+bool fitsMemory(QSize size);
+
 /// The factor by which overlays grow with a picture: the longer side over 512.
 double overlayScale(QSize size);
 /// The same in whole numbers and never below 1, as snapshots of the window take it.

@@ -6,6 +6,7 @@
 #include "base/log.h"
 #include "gl/gltable.h"
 #include "gl/pbuffer.h"
+#include "pictures/picturesize.h"
 
 namespace tirn {
 
@@ -73,8 +74,10 @@ QImage PictureMaker::draw(const PictureRequest& request, const Progress& progres
         m_error = "A picture of " + sizeText(request.size) + " pixels cannot be made";
         return {};
     }
-    QImage picture(request.size,
-                   request.transparent ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+    QImage picture;
+    if (fitsMemory(request.size))
+        picture = QImage(request.size,
+                         request.transparent ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
     try {
         if (picture.isNull())
             m_error = "Could not allocate memory for a picture of " + sizeText(request.size) + " pixels";

@@ -3,6 +3,7 @@
 #include <QPainter>
 
 #include "base/log.h"
+#include "pictures/picturesize.h"
 
 namespace tirn {
 
@@ -20,6 +21,8 @@ void place(QImage& canvas, const QPoint& to, const QImage& picture, const QRect&
 /// Black, or nothing at all where pictures have opacity, unless a colour is given.
 QImage canvasOf(QSize size, const QImage& like, const QColor& color = Qt::transparent)
 {
+    if (!fitsMemory(size))
+        return {};
     QImage canvas(size, like.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
     canvas.fill(color);
     return canvas;
@@ -123,6 +126,8 @@ QImage channelGrid(const SnapshotSource& source, QSize grid, const std::vector<i
             return {};
         if (canvas.isNull())
             canvas = canvasOf(size, picture);
+        if (canvas.isNull())
+            return {};
         place(canvas, {k % grid.width() * frame.width(), k / grid.width() * frame.height()}, picture,
               picture.rect());
     }
@@ -142,6 +147,8 @@ QImage stereoPair(const SnapshotSource& source, double angle, bool rightEyeDomin
             return {};
         if (canvas.isNull())
             canvas = canvasOf({2 * source.frame.width(), source.frame.height()}, picture);
+        if (canvas.isNull())
+            return {};
         place(canvas, {x, 0}, picture, picture.rect());
     }
     return canvas;
@@ -164,6 +171,8 @@ QImage orthographicCross(const SnapshotSource& source, const CrossSides& sides)
             return {};
         if (canvas.isNull())
             canvas = canvasOf(layout.canvas, picture, Qt::white);
+        if (canvas.isNull())
+            return {};
         place(canvas, view.to, picture, view.from);
     }
     return canvas;

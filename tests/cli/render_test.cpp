@@ -249,6 +249,7 @@ TEST_F(RenderTool, WrongArgumentsAreNamed)
     expectUsageError({"--eye-angle", "4"}, "--eye-angle: '4' is not a whole number from 5 to 50");
     expectUsageError({"--dominant", "both"}, "--dominant: 'both' is none of left, right");
     expectUsageError({"--sides", "front"}, "--sides: 'front' is none of top, left, right, bottom");
+    expectUsageError({"--grid", "101x1"}, "--grid: '101x1' has more than 100 columns or rows");
     expectUsageError({"--dpi", "2401"}, "--dpi: '2401' is not a whole number from 1 to 2400");
     EXPECT_EQ(render({pic(), path("never.jpg")}).code, 2);
     EXPECT_EQ(

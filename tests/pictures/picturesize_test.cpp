@@ -1,3 +1,5 @@
+#include <climits>
+
 #include <gtest/gtest.h>
 
 #include "pictures/picturesize.h"
@@ -42,6 +44,13 @@ TEST(PictureSize, DotsAnInchAreRoundedDownFromCentimetres)
     EXPECT_EQ(dotsPerInch(2, ResolutionUnit::Centimetres), 0);
     EXPECT_EQ(lengthUnitName(ResolutionUnit::Centimetres), "cm");
     EXPECT_EQ(lengthUnitName(ResolutionUnit::Inches), "inches");
+}
+
+TEST(PictureSize, MemoryHoldsSensiblePicturesOnly)
+{
+    EXPECT_TRUE(fitsMemory({4096, 4096}));
+    EXPECT_FALSE(fitsMemory({1000000, 1000000}));
+    EXPECT_FALSE(fitsMemory({INT_MAX, INT_MAX}));
 }
 
 TEST(PictureSize, OverlaysGrowWithTheLongerSide)
