@@ -122,12 +122,23 @@ void writeFiles(ImageFile& stack, const Target& target, const QString& out, int 
 void applyStep(const StackStep& step, std::unique_ptr<ImageFile>& stack, const QString& name)
 {
     try {
-        step(stack);
+        Activity activity(step.title);
+        step.run(stack, activity.progress());
+        Console::checkInterrupt();
         // Operations leave the statistics to their caller, and the next one may go by them.
         stack->generateStatistics();
     } catch (const FileError& error) {
         throw FileError(name, error.texts);
     }
+}
+
+void convertDepth(ImageFile& stack, int bits)
+{
+    Activity activity(QStringLiteral("Converting"));
+    if (bits == 8)
+        stack.stackToByteSmartMult(activity.progress());
+    else
+        stack.stackToShort(activity.progress());
     Console::checkInterrupt();
 }
 
@@ -146,20 +157,16 @@ void run(const QCommandLineParser& parser)
 
     auto stack = openStack(names);
     readStack(*stack, names, range);
-    for (const StackStep& step : steps) {
-        const Activity activity(QStringLiteral("Working"));
+    for (const StackStep& step : steps)
         applyStep(step, stack, names.first());
-    }
     const int bits = parser.isSet("bits") ? parser.value("bits").toInt() : stack->attributes().bitDepth;
     const bool overwrite = parser.isSet("overwrite");
     if (target.type != ImageType::Unknown) {
         writeFiles(*stack, target, out, bits, overwrite);
         return;
     }
-    if (parser.isSet("bits") && bits == 8)
-        stack->stackToByteSmartMult();
-    else if (parser.isSet("bits"))
-        stack->stackToShort();
+    if (parser.isSet("bits"))
+        convertDepth(*stack, bits);
     writeVoxels(*stack, out, overwrite);
 }
 

@@ -6,13 +6,21 @@
 
 #include <QCommandLineParser>
 
+#include "base/progress.h"
 #include "image/imagefile.h"
 
 namespace tirn {
 
 /// A step that changes a stack, or puts another in its place. Throws FileError, with an empty name, where the
 /// stack does not allow it.
-using StackStep = std::function<void(std::unique_ptr<ImageFile>& stack)>;
+struct StackStep
+{
+    using Run = std::function<void(std::unique_ptr<ImageFile>& stack, const Progress& progress)>;
+
+    /// What is done, for those who wait.
+    QString title;
+    Run run;
+};
 
 /// The options of all operations.
 void addOperationOptions(QCommandLineParser& parser);

@@ -129,48 +129,48 @@ public:
     const std::vector<unsigned>& textureList() const { return m_textureList; }
 
     // Depth conversions. Those to bytes act on words only and set the maximum to 255; all make the new voxels
-    // beside the old ones and throw AllocationError, leaving the stack as it was, when there is no room.
+    // beside the old ones and throw AllocationError, leaving the stack as it was, when there is no room. A
+    // cancelled one leaves the stack as it was.
 
     /// Keeps the 8 highest bits of the depth.
-    void clampLower();
+    void clampLower(const Progress& progress = {});
     /// Values above 255 become 255.
-    void clampUpper();
+    void clampUpper(const Progress& progress = {});
     /// Stretches bytes to `bits` (8 to 16) in words; the depth becomes 16.
-    void convertToDepth(int bits);
+    void convertToDepth(int bits, const Progress& progress = {});
     /// Widens bytes to words without scaling.
-    void stackToShort();
+    void stackToShort(const Progress& progress = {});
     /// Takes off each channel's minimum and shifts what is left into a byte.
-    void stackToByteSmartLower();
+    void stackToByteSmartLower(const Progress& progress = {});
     /// Takes off each channel's minimum and scales its range down to a byte; a narrow range is not stretched.
-    void stackToByteSmartMult();
+    void stackToByteSmartMult(const Progress& progress = {});
     /// Maps lower to upper onto a byte, for the first x * y * z samples only; the samples behind become 0.
-    void stackToByteRange(int lower, int upper);
+    void stackToByteRange(int lower, int upper, const Progress& progress = {});
 
-    // Geometry. What fails for its arguments returns false and changes nothing.
+    // Geometry. What fails for its arguments, or is cancelled, returns false and changes nothing.
 
-    /// Mirrors along 'X', 'Y' or 'Z' (either case) in place; any other letter does nothing. A cancelled flip
-    /// leaves the stack as it was.
+    /// Mirrors along 'X', 'Y' or 'Z' (either case) in place; any other letter does nothing.
     void flip(char axis, const Progress& progress = {});
     /// Bounds are inclusive.
-    bool crop(int minX, int maxX, int minY, int maxY, int minZ, int maxZ);
+    bool crop(int minX, int maxX, int minY, int maxY, int minZ, int maxZ, const Progress& progress = {});
     /// Centres the stack in zeros.
-    bool pad(int newX, int newY, int newZ);
+    bool pad(int newX, int newY, int newZ, const Progress& progress = {});
     /// Adds layers of zeros at the end.
-    bool padBack(int newZ);
+    bool padBack(int newZ, const Progress& progress = {});
     /// The largest value along z; the statistics are made anew.
-    bool maxIntensityProject();
+    bool maxIntensityProject(const Progress& progress = {});
     /// The mean of blocks of factor^3 voxels, factor 1 to 8; at the end of an axis the last voxel repeats.
-    void subSample(int factor);
+    void subSample(int factor, const Progress& progress = {});
     /// The largest value, and the mean, of blocks; each factor 1 to 8.
-    void subSampleMax(int factorX, int factorY, int factorZ);
-    void subSampleMean(int factorX, int factorY, int factorZ);
+    void subSampleMax(int factorX, int factorY, int factorZ, const Progress& progress = {});
+    void subSampleMean(int factorX, int factorY, int factorZ, const Progress& progress = {});
 
-    // Channels.
+    // Channels. Those that take a Progress return null when cancelled.
 
     /// One channel as a stack of its own; null for a channel that is not there.
-    std::unique_ptr<ImageFile> extractChannel(int channel) const;
+    std::unique_ptr<ImageFile> extractChannel(int channel, const Progress& progress = {}) const;
     /// (A - B) / (A + B) from -1 to 1 spread over the depth, as a stack of its own. Throws a QString.
-    std::unique_ptr<ImageFile> ratio(int channelA, int channelB);
+    std::unique_ptr<ImageFile> ratio(int channelA, int channelB, const Progress& progress = {});
     /// Makes this the stack of the given ones' channels, one each, with a reader that merges them again.
     bool merge(const std::vector<ImageFile*>& stacks);
     /// Takes the larger value of each sample of two stacks of the same size and depth.
@@ -202,8 +202,9 @@ public:
     /// at (width / 2, height / 2), edges repeat. The sum of the products is divided by that of the weights,
     /// where this is not 0, rounded and kept within the depth.
     bool kernelFilter(const FilterKernel& kernel, int channel, const Progress& progress = {});
-    /// Adds to each sample and keeps the sum within the depth.
-    bool addConstant(int value, int channel);
+    /// Adds to each sample and keeps the sum within the depth. A cancelled run leaves the samples at the
+    /// front of the buffer changed and those behind them as they were.
+    bool addConstant(int value, int channel, const Progress& progress = {});
     /// A bit for each voxel whose sample is at or above the threshold; empty when channel or threshold is out
     /// of range.
     std::vector<bool> thresholdMask(int channel, int threshold);
@@ -217,7 +218,7 @@ private:
     friend class ImageIO;
 
     std::int64_t checkedIndex(int x, int y, int z, int channel) const;
-    /// Takes the samples over as bytes of the full range.
+    /// Takes the samples over as bytes of the full range; a null buffer changes nothing.
     void becomeBytes(VoxelBuffer bytes);
     /// True when there are voxels, after reading them again if need be.
     bool ensureLoaded();

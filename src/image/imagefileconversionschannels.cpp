@@ -2,15 +2,17 @@
 #include <cmath>
 #include <cstring>
 #include <optional>
+#include <utility>
+#include <vector>
 
 #include "base/checkedsize.h"
 #include "base/log.h"
-#include "base/parallel.h"
 #include "formats/imageformats.h"
 #include "formats/imageio.h"
 #include "formats/mergedio.h"
 #include "image/allocationerror.h"
 #include "image/imagefile.h"
+#include "image/steploop.h"
 #include "image/targetclones.h"
 #include "image/voxelallocation.h"
 
@@ -18,12 +20,48 @@ namespace tirn {
 
 namespace {
 
-/// Voxels that one thread works on at a time.
-constexpr std::int64_t kGrain = std::int64_t{1} << 18;
+constexpr std::int64_t kVectorBytes = 16;
+
+template <class Sample>
+struct VectorOf
+{
+    typedef Sample Type __attribute__((vector_size(kVectorBytes)));
+};
+
+/// Puts those of every Step-th sample into `picked` that lie in `part`, the vector `Part` of Step neighbours.
+template <int Step, int Part, class Vector, std::size_t... I>
+TIRN_INLINE Vector pickFrom(Vector part, Vector picked, std::index_sequence<I...>)
+{
+    constexpr int kCount = sizeof...(I);
+    return __builtin_shufflevector(
+        picked, part, (I * Step / kCount == Part ? kCount + static_cast<int>(I * Step % kCount) : I)...);
+}
+
+template <int Step, class Sample, std::size_t... Part>
+TIRN_INLINE void pickVectors(const Sample* from, std::int64_t count, Sample* __restrict to,
+                             std::index_sequence<Part...>)
+{
+    using Vector = typename VectorOf<Sample>::Type;
+    constexpr std::int64_t kSamples = kVectorBytes / sizeof(Sample);
+    std::int64_t i = 0;
+    // The last samples are picked one by one: behind them a whole vector would reach over the stack's end.
+    for (; i + kSamples < count; i += kSamples) {
+        Vector parts[Step];
+        std::memcpy(parts, from + i * Step, sizeof parts);
+        Vector picked = {};
+        ((picked = pickFrom<Step, Part>(parts[Part], picked, std::make_index_sequence<kSamples>())), ...);
+        std::memcpy(to + i, &picked, sizeof picked);
+    }
+    for (; i < count; ++i)
+        to[i] = from[i * Step];
+}
 
 template <int Step, class Sample>
 TIRN_INLINE void pick(const Sample* from, std::int64_t count, Sample* __restrict to)
 {
+    // Steps that are powers of two are what compilers turn into whole vectors themselves.
+    if constexpr (Step == 3)
+        return pickVectors<Step>(from, count, to, std::make_index_sequence<Step>());
     for (std::int64_t i = 0; i < count; ++i)
         to[i] = from[i * Step];
 }
@@ -57,30 +95,122 @@ TIRN_TARGET_CLONES void pickWords(const std::uint16_t* from, std::int64_t count,
 }
 
 /// The ratio of two samples from -1 to 1, spread over `highest` and rounded.
-template <class Sample>
-TIRN_INLINE void spreadRatio(const Sample* a, const Sample* b, std::int64_t count, int step, double highest,
-                             Sample* __restrict to)
+TIRN_INLINE int spreadRatio(int first, int second, double highest)
 {
-    for (std::int64_t i = 0; i < count; ++i) {
-        const int first = a[i * step];
-        const int second = b[i * step];
-        const double sum = first + second;
-        const double ratio = first + second == 0 ? -1.0 : (first - second) / sum;
-        to[i] = static_cast<Sample>(static_cast<int>((ratio + 1) * highest / 2 + 0.5));
+    // Two zeros have the ratio -1. Written without a choice, the loops around it become whole vectors.
+    const int none = first + second == 0 ? 1 : 0;
+    const double ratio =
+        static_cast<double>(first - second - none) / static_cast<double>(first + second + none);
+    return static_cast<int>((ratio + 1) * highest / 2 + 0.5);
+}
+
+/// The channels of a ratio in voxels of `step` samples.
+struct RatioChannels
+{
+    int a;
+    int b;
+    int step;
+};
+
+template <int Step>
+TIRN_INLINE void ratios(const std::uint16_t* from, std::int64_t count, const RatioChannels& channels,
+                        double highest, std::uint16_t* __restrict to)
+{
+    const int step = Step > 0 ? Step : channels.step;
+    for (std::int64_t i = 0; i < count; ++i)
+        to[i] = static_cast<std::uint16_t>(
+            spreadRatio(from[i * step + channels.a], from[i * step + channels.b], highest));
+}
+
+TIRN_TARGET_CLONES void ratiosOfWords(const std::uint16_t* from, std::int64_t count,
+                                      const RatioChannels& channels, double highest, std::uint16_t* to)
+{
+    if (channels.step == 2)
+        ratios<2>(from, count, channels, highest, to);
+    else
+        ratios<0>(from, count, channels, highest, to);
+}
+
+/// The results of all pairs of bytes: looking them up takes less than a division.
+class ByteRatios
+{
+public:
+    ByteRatios(const RatioChannels& channels, double highest)
+        : m_channels(channels), m_results(kValues * kValues)
+    {
+        std::vector<std::uint8_t> results(kValues * kValues);
+        fill(highest, results.data());
+        for (int a = 0; a < kValues; ++a) {
+            for (int b = 0; b < kValues; ++b)
+                m_results[pair(a, b)] = results[static_cast<std::size_t>(a * kValues + b)];
+        }
     }
-}
 
-TIRN_TARGET_CLONES void ratioOfBytes(const std::uint8_t* a, const std::uint8_t* b, std::int64_t count,
-                                     int step, double highest, std::uint8_t* to)
-{
-    spreadRatio(a, b, count, step, highest, to);
-}
+    void apply(const std::uint8_t* from, std::int64_t count, std::uint8_t* __restrict to) const
+    {
+        const std::uint8_t* results = m_results.data();
+        const std::uint8_t* left = from + std::min(m_channels.a, m_channels.b);
+        const std::uint8_t* right = from + std::max(m_channels.a, m_channels.b);
+        const int step = m_channels.step;
+        if (right == left + 1)
+            return step == 2 ? lookUp<2>(left, step, count, to) : lookUp<0>(left, step, count, to);
+        for (std::int64_t i = 0; i < count; ++i, left += step, right += step)
+            to[i] = results[pairOf(*left, *right)];
+    }
 
-TIRN_TARGET_CLONES void ratioOfWords(const std::uint16_t* a, const std::uint16_t* b, std::int64_t count,
-                                     int step, double highest, std::uint16_t* to)
-{
-    spreadRatio(a, b, count, step, highest, to);
-}
+private:
+    static constexpr int kValues = 256;
+
+    TIRN_TARGET_CLONES static void fill(double highest, std::uint8_t* results)
+    {
+        for (int a = 0; a < kValues; ++a) {
+            for (int b = 0; b < kValues; ++b)
+                results[a * kValues + b] = static_cast<std::uint8_t>(spreadRatio(a, b, highest));
+        }
+    }
+
+    /// Of neighbours, several voxels a turn, all looked up before one is stored.
+    template <int KnownStep>
+    void lookUp(const std::uint8_t* left, int anyStep, std::int64_t count, std::uint8_t* to) const
+    {
+        constexpr int kVoxels = 8;
+        const std::int64_t step = KnownStep > 0 ? KnownStep : anyStep;
+        const std::uint8_t* results = m_results.data();
+        std::int64_t i = 0;
+        for (; i + kVoxels <= count; i += kVoxels, left += kVoxels * step) {
+            std::uint8_t found[kVoxels];
+            for (int k = 0; k < kVoxels; ++k)
+                found[k] = results[pairAt(left + k * step)];
+            std::memcpy(to + i, found, sizeof found);
+        }
+        for (; i < count; ++i, left += step)
+            to[i] = results[pairAt(left)];
+    }
+
+    /// Pairs are numbered by how they lie in memory, so that neighbours are read as one.
+    static std::uint16_t pairAt(const std::uint8_t* left)
+    {
+        std::uint16_t number;
+        std::memcpy(&number, left, sizeof number);
+        return number;
+    }
+
+    static std::uint16_t pairOf(std::uint8_t left, std::uint8_t right)
+    {
+        const std::uint8_t bytes[] = {left, right};
+        return pairAt(bytes);
+    }
+
+    std::uint16_t pair(int a, int b) const
+    {
+        const auto first = static_cast<std::uint8_t>(a);
+        const auto second = static_cast<std::uint8_t>(b);
+        return m_channels.a < m_channels.b ? pairOf(first, second) : pairOf(second, first);
+    }
+
+    RatioChannels m_channels;
+    std::vector<std::uint8_t> m_results;
+};
 
 /// A stack of one channel beside `stack`, of its size, depth and voxel size, around `voxels`.
 std::unique_ptr<ImageFile> oneChannel(const ImageFile& stack, VoxelBuffer voxels)
@@ -114,14 +244,14 @@ QString mergeRefusal(const std::vector<ImageFile*>& stacks)
 
 } // namespace
 
-std::unique_ptr<ImageFile> ImageFile::extractChannel(int channel) const
+std::unique_ptr<ImageFile> ImageFile::extractChannel(int channel, const Progress& progress) const
 {
     if (!isLoaded() || channel < 0 || channel >= m_attributes.channels)
         return nullptr;
     VoxelBuffer voxels =
         allocateVoxels(oneChannelBytes(m_attributes), "Could not allocate memory for extractChannel");
     const int step = m_attributes.channels;
-    parallelFor(0, sampleCount() / step, kGrain, [&](std::int64_t begin, std::int64_t end) {
+    const auto copy = [&](std::int64_t begin, std::int64_t end) {
         const std::int64_t start = begin * step + channel;
         if (m_attributes.hasWords())
             pickWords(stackData16() + start, end - begin, step,
@@ -129,11 +259,14 @@ std::unique_ptr<ImageFile> ImageFile::extractChannel(int channel) const
         else
             pickBytes(stackData() + start, end - begin, step,
                       reinterpret_cast<std::uint8_t*>(voxels.data()) + begin);
-    });
+    };
+    if (!runItems(sampleCount() / step, std::int64_t{step + 1} * m_attributes.bytesPerSample(), progress,
+                  copy))
+        return nullptr;
     return oneChannel(*this, std::move(voxels));
 }
 
-std::unique_ptr<ImageFile> ImageFile::ratio(int channelA, int channelB)
+std::unique_ptr<ImageFile> ImageFile::ratio(int channelA, int channelB, const Progress& progress)
 {
     ensureLoaded();
     if (channelA < 0 || channelA >= m_attributes.channels)
@@ -147,16 +280,22 @@ std::unique_ptr<ImageFile> ImageFile::ratio(int channelA, int channelB)
     VoxelBuffer voxels = allocateVoxels(oneChannelBytes(m_attributes), "Could not allocate memory for ratio");
     const int step = m_attributes.channels;
     const double highest = (1 << m_attributes.bitDepth) - 1;
-    parallelFor(0, sampleCount() / step, kGrain, [&](std::int64_t begin, std::int64_t end) {
-        const std::int64_t a = begin * step + channelA;
-        const std::int64_t b = begin * step + channelB;
-        if (m_attributes.hasWords())
-            ratioOfWords(stackData16() + a, stackData16() + b, end - begin, step, highest,
-                         reinterpret_cast<std::uint16_t*>(voxels.data()) + begin);
+    const RatioChannels channels = {channelA, channelB, step};
+    const bool words = m_attributes.hasWords();
+    std::optional<ByteRatios> byteRatios;
+    if (!words)
+        byteRatios.emplace(channels, highest);
+    const auto divide = [&](std::int64_t begin, std::int64_t end) {
+        if (words)
+            ratiosOfWords(stackData16() + begin * step, end - begin, channels, highest,
+                          reinterpret_cast<std::uint16_t*>(voxels.data()) + begin);
         else
-            ratioOfBytes(stackData() + a, stackData() + b, end - begin, step, highest,
-                         reinterpret_cast<std::uint8_t*>(voxels.data()) + begin);
-    });
+            byteRatios->apply(stackData() + begin * step, end - begin,
+                              reinterpret_cast<std::uint8_t*>(voxels.data()) + begin);
+    };
+    if (!runItems(sampleCount() / step, std::int64_t{step + 1} * m_attributes.bytesPerSample(), progress,
+                  divide))
+        return nullptr;
     return oneChannel(*this, std::move(voxels));
 }
 

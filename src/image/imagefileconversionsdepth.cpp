@@ -6,17 +6,14 @@
 
 #include "base/checkedsize.h"
 #include "base/log.h"
-#include "base/parallel.h"
 #include "image/imagefile.h"
+#include "image/steploop.h"
 #include "image/targetclones.h"
 #include "image/voxelallocation.h"
 
 namespace tirn {
 
 namespace {
-
-/// Samples that one thread converts at a time.
-constexpr std::int64_t kGrain = std::int64_t{1} << 20;
 
 TIRN_TARGET_CLONES void widen(const std::uint8_t* from, std::int64_t count, std::uint16_t* to)
 {
@@ -110,68 +107,73 @@ TIRN_TARGET_CLONES void stretchToWords(const std::uint8_t* from, std::int64_t co
 using ByteLoop = void (*)(const std::uint16_t* from, std::int64_t count, const ScalePattern& pattern,
                           std::uint8_t* to);
 
-/// The stack's words as bytes. A scale for each channel, or a single one for all samples alike.
+/// The stack's words as bytes, or nothing when cancelled. A scale for each channel, or a single one for all
+/// samples alike.
 VoxelBuffer toBytes(const ImageFile& stack, ByteLoop loop, const std::vector<ByteScale>& scales,
-                    const char* text)
+                    const char* text, const Progress& progress)
 {
     VoxelBuffer result = allocateVoxels(stack.sampleCount(), text);
     auto* bytes = reinterpret_cast<std::uint8_t*>(result.data());
     const ScalePattern pattern(scales);
-    const std::int64_t patterns =
-        (stack.sampleCount() + pattern.size() - 1) / std::max<std::int64_t>(1, pattern.size());
-    parallelFor(0, patterns, kGrain / std::max<std::int64_t>(1, pattern.size()),
-                [&](std::int64_t begin, std::int64_t end) {
-                    for (std::int64_t i = begin; i < end; ++i) {
-                        const std::int64_t start = i * pattern.size();
-                        loop(stack.stackData16() + start,
-                             std::min(pattern.size(), stack.sampleCount() - start), pattern, bytes + start);
-                    }
-                });
+    const std::int64_t samples = pattern.size();
+    const std::int64_t patterns = (stack.sampleCount() + samples - 1) / std::max<std::int64_t>(1, samples);
+    const auto convert = [&](std::int64_t begin, std::int64_t end) {
+        for (std::int64_t start = begin * samples; start < end * samples; start += samples)
+            loop(stack.stackData16() + start, std::min(samples, stack.sampleCount() - start), pattern,
+                 bytes + start);
+    };
+    if (!runItems(patterns, 3 * samples, progress, convert))
+        result.reset();
     return result;
 }
 
 } // namespace
 
-void ImageFile::stackToShort()
+void ImageFile::stackToShort(const Progress& progress)
 {
     logDebug("enter stackToShort()");
     if (!m_attributes.hasWords() && isLoaded()) {
         VoxelBuffer result =
             allocateVoxels(checkedProduct({sampleCount(), 2}), "Could not allocate memory for stackToShort");
         auto* words = reinterpret_cast<std::uint16_t*>(result.data());
-        parallelFor(0, sampleCount(), kGrain, [&](std::int64_t begin, std::int64_t end) {
+        const auto convert = [&](std::int64_t begin, std::int64_t end) {
             widen(stackData() + begin, end - begin, words + begin);
-        });
-        m_stackData = std::move(result);
-        m_attributes.bitDepth = 16;
+        };
+        if (runItems(sampleCount(), 3, progress, convert)) {
+            m_stackData = std::move(result);
+            m_attributes.bitDepth = 16;
+        }
     }
     logDebug("exit stackToShort()");
 }
 
 void ImageFile::becomeBytes(VoxelBuffer bytes)
 {
+    if (bytes.isNull())
+        return;
     m_stackData = std::move(bytes);
     m_attributes.bitDepth = 8;
     m_attributes.maxValue = 255;
 }
 
-void ImageFile::clampLower()
+void ImageFile::clampLower(const Progress& progress)
 {
     logDebug("ClampLower called: %d", m_attributes.bitDepth);
     if (!m_attributes.hasWords() || !isLoaded())
         return;
     const ByteScale scale = {0, 1.0F, m_attributes.bitDepth - 8};
-    becomeBytes(toBytes(*this, shiftToBytes, {scale}, "Could not allocate memory for clampLower"));
+    becomeBytes(toBytes(*this, shiftToBytes, {scale}, "Could not allocate memory for clampLower", progress));
 }
 
-void ImageFile::clampUpper()
+void ImageFile::clampUpper(const Progress& progress)
 {
     if (!m_attributes.hasWords() || !isLoaded())
         return;
-    becomeBytes(toBytes(*this, saturateToBytes, {ByteScale()}, "Could not allocate memory for clampUpper"));
+    becomeBytes(
+        toBytes(*this, saturateToBytes, {ByteScale()}, "Could not allocate memory for clampUpper", progress));
 }
 
-void ImageFile::convertToDepth(int bits)
+void ImageFile::convertToDepth(int bits, const Progress& progress)
 {
     logDebug("converting to %d bits", bits);
     if (m_attributes.bitDepth != 8 || !isLoaded() || bits < 8 || bits > 16)
@@ -180,9 +182,11 @@ void ImageFile::convertToDepth(int bits)
         allocateVoxels(checkedProduct({sampleCount(), 2}), "Could not allocate memory for convertToDepth");
     const double factor = ((1 << bits) - 1) / 255.0;
     auto* to = reinterpret_cast<std::uint16_t*>(result.data());
-    parallelFor(0, sampleCount(), kGrain, [&](std::int64_t begin, std::int64_t end) {
+    const auto convert = [&](std::int64_t begin, std::int64_t end) {
         stretchToWords(stackData() + begin, end - begin, bits, to + begin);
-    });
+    };
+    if (!runItems(sampleCount(), 3, progress, convert))
+        return;
     m_stackData = std::move(result);
     // Whatever was asked for, the samples are words now.
     m_attributes.bitDepth = 16;
@@ -191,7 +195,7 @@ void ImageFile::convertToDepth(int bits)
     m_attributes.maxValue = static_cast<int>(std::clamp<double>(stretched, INT_MIN, INT_MAX));
 }
 
-void ImageFile::stackToByteSmartLower()
+void ImageFile::stackToByteSmartLower(const Progress& progress)
 {
     if (!m_attributes.hasWords() || !isLoaded())
         return;
@@ -201,10 +205,11 @@ void ImageFile::stackToByteSmartLower()
         const int width = static_cast<std::uint16_t>((record.max - record.min) >> 8);
         scales.push_back({record.min, 1.0F, bitCount(width)});
     }
-    becomeBytes(toBytes(*this, shiftToBytes, scales, "Could not allocate memory for stackToByteSmartLower"));
+    becomeBytes(toBytes(*this, shiftToBytes, scales, "Could not allocate memory for stackToByteSmartLower",
+                        progress));
 }
 
-void ImageFile::stackToByteSmartMult()
+void ImageFile::stackToByteSmartMult(const Progress& progress)
 {
     if (!m_attributes.hasWords() || !isLoaded())
         return;
@@ -217,14 +222,14 @@ void ImageFile::stackToByteSmartMult()
         scales.push_back({record.min, range >= 255 ? 255.0F / static_cast<float>(range) : 1.0F, 0});
     }
     VoxelBuffer result =
-        toBytes(*this, scaleToBytes, scales, "Could not allocate memory for stackToByteSmartMult");
-    for (int c = 0; c < m_attributes.channels; ++c)
+        toBytes(*this, scaleToBytes, scales, "Could not allocate memory for stackToByteSmartMult", progress);
+    for (int c = 0; c < m_attributes.channels && !result.isNull(); ++c)
         logDebug("converted stack");
     becomeBytes(std::move(result));
     logDebug("exit ImageFile::stackToByteSmartMult");
 }
 
-void ImageFile::stackToByteRange(int lower, int upper)
+void ImageFile::stackToByteRange(int lower, int upper, const Progress& progress)
 {
     if (!m_attributes.hasWords() || !isLoaded() || lower >= upper || lower < 0)
         return;
@@ -233,12 +238,13 @@ void ImageFile::stackToByteRange(int lower, int upper)
     // converted.
     const std::int64_t converted = m_attributes.channels > 0 ? sampleCount() / m_attributes.channels : 0;
     auto* bytes = reinterpret_cast<std::uint8_t*>(result.data());
-    parallelFor(0, sampleCount(), kGrain, [&](std::int64_t begin, std::int64_t end) {
+    const auto convert = [&](std::int64_t begin, std::int64_t end) {
         const std::int64_t middle = std::clamp(converted, begin, end);
         rangeToBytes(stackData16() + begin, middle - begin, lower, upper, bytes + begin);
         std::fill(bytes + middle, bytes + end, std::uint8_t{0});
-    });
-    becomeBytes(std::move(result));
+    };
+    if (runItems(sampleCount(), 3, progress, convert))
+        becomeBytes(std::move(result));
 }
 
 } // namespace tirn

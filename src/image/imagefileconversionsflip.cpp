@@ -50,7 +50,7 @@ TIRN_INLINE void reverseByShuffling(const std::uint8_t* from, std::int64_t count
                     static_cast<std::size_t>(voxelBytes));
 }
 
-/// `to` becomes the row of `count` voxels backwards; it has room for kShuffled bytes more.
+/// `to` becomes the row of `count` voxels backwards.
 TIRN_TARGET_CLONES void reverseRow(const std::uint8_t* from, std::int64_t count, int voxelBytes,
                                    std::uint8_t* to)
 {
@@ -96,11 +96,12 @@ struct Strides
 
 void flipRows(std::uint8_t* stack, const Strides& strides, std::int64_t begin, std::int64_t end)
 {
-    std::vector<std::uint8_t> reversed(static_cast<std::size_t>(strides.row + kShuffled));
+    std::vector<std::uint8_t> copy(static_cast<std::size_t>(strides.row));
     for (std::int64_t row = begin; row < end; ++row) {
         std::uint8_t* at = stack + row * strides.row;
-        reverseRow(at, strides.row / strides.voxel, strides.voxel, reversed.data());
-        std::memcpy(at, reversed.data(), static_cast<std::size_t>(strides.row));
+        // The stack is read forwards, as processors expect it to go on.
+        std::memcpy(copy.data(), at, copy.size());
+        reverseRow(copy.data(), strides.row / strides.voxel, strides.voxel, at);
     }
 }
 

@@ -6,6 +6,7 @@
 #include "base/log.h"
 #include "base/parallel.h"
 #include "image/imagefile.h"
+#include "image/steploop.h"
 #include "image/targetclones.h"
 #include "image/voxelallocation.h"
 
@@ -49,16 +50,16 @@ std::optional<std::int64_t> bytesOf(const Box& size, std::int64_t voxelBytes)
     return checkedProduct({size.x, size.y, size.z, voxelBytes});
 }
 
-/// The rows of a layer, on all cores.
+/// The rows of all layers, on all cores. False when cancelled.
 template <class Body>
-void forEachRow(const Layout& layout, Body body)
+bool forEachRow(const Layout& layout, const Progress& progress, Body body)
 {
-    const std::int64_t rows = std::int64_t{layout.size.y} * layout.size.z;
-    const std::int64_t grain = kGrainBytes / std::max<std::int64_t>(1, layout.rowBytes());
-    parallelFor(0, rows, grain, [&](std::int64_t begin, std::int64_t end) {
+    const StepLoop loop = {layout.size.z, layout.size.y, layout.rowBytes()};
+    const auto rows = [&](std::int64_t begin, std::int64_t end) {
         for (std::int64_t row = begin; row < end; ++row)
             body(row % layout.size.y, row / layout.size.y);
-    });
+    };
+    return runSteps(loop, QString(), progress, rows) == loop.steps;
 }
 
 void copyBytes(std::uint8_t* to, const std::uint8_t* from, std::int64_t bytes)
@@ -101,7 +102,7 @@ bool insideAxis(int lowest, int highest, int size)
 
 } // namespace
 
-bool ImageFile::crop(int minX, int maxX, int minY, int maxY, int minZ, int maxZ)
+bool ImageFile::crop(int minX, int maxX, int minY, int maxY, int minZ, int maxZ, const Progress& progress)
 {
     logDebug("enter ImageFile::crop()");
     ImageAttributes& a = m_attributes;
@@ -122,10 +123,12 @@ bool ImageFile::crop(int minX, int maxX, int minY, int maxY, int minZ, int maxZ)
     const Layout to = {size, voxelBytes(a)};
     VoxelBuffer result = allocateVoxels(bytesOf(size, to.voxelBytes), "Could not allocate memory for crop");
     auto* cropped = reinterpret_cast<std::uint8_t*>(result.data());
-    forEachRow(to, [&](std::int64_t y, std::int64_t z) {
+    const bool done = forEachRow(to, progress, [&](std::int64_t y, std::int64_t z) {
         copyBytes(cropped + to.row(y, z), stackData() + from.row(y + minY, z + minZ) + minX * from.voxelBytes,
                   to.rowBytes());
     });
+    if (!done)
+        return false;
     m_stackData = std::move(result);
     a.x = size.x;
     a.y = size.y;
@@ -134,7 +137,7 @@ bool ImageFile::crop(int minX, int maxX, int minY, int maxY, int minZ, int maxZ)
     return true;
 }
 
-bool ImageFile::pad(int newX, int newY, int newZ)
+bool ImageFile::pad(int newX, int newY, int newZ, const Progress& progress)
 {
     logDebug("enter ImageFile::pad()");
     ImageAttributes& a = m_attributes;
@@ -147,7 +150,7 @@ bool ImageFile::pad(int newX, int newY, int newZ)
     const Layout to = {{newX, newY, newZ}, voxelBytes(a)};
     VoxelBuffer result = allocateVoxels(bytesOf(to.size, to.voxelBytes), "Could not allocate memory for pad");
     auto* padded = reinterpret_cast<std::uint8_t*>(result.data());
-    forEachRow(to, [&](std::int64_t y, std::int64_t z) {
+    const bool done = forEachRow(to, progress, [&](std::int64_t y, std::int64_t z) {
         std::uint8_t* row = padded + to.row(y, z);
         const std::int64_t oldY = y - left.y;
         const std::int64_t oldZ = z - left.z;
@@ -160,6 +163,8 @@ bool ImageFile::pad(int newX, int newY, int newZ)
         copyBytes(row + start, stackData() + from.row(oldY, oldZ), from.rowBytes());
         std::fill(row + start + from.rowBytes(), row + to.rowBytes(), std::uint8_t{0});
     });
+    if (!done)
+        return false;
     m_stackData = std::move(result);
     a.x = newX;
     a.y = newY;
@@ -168,7 +173,7 @@ bool ImageFile::pad(int newX, int newY, int newZ)
     return true;
 }
 
-bool ImageFile::padBack(int newZ)
+bool ImageFile::padBack(int newZ, const Progress& progress)
 {
     logDebug("enter ImageFile::padBack()");
     ImageAttributes& a = m_attributes;
@@ -181,19 +186,21 @@ bool ImageFile::padBack(int newZ)
     VoxelBuffer result =
         allocateVoxels(bytesOf(to.size, to.voxelBytes), "Could not allocate memory for padback");
     auto* padded = reinterpret_cast<std::uint8_t*>(result.data());
-    forEachRow(to, [&](std::int64_t y, std::int64_t z) {
+    const bool done = forEachRow(to, progress, [&](std::int64_t y, std::int64_t z) {
         if (z < from.size.z)
             copyBytes(padded + to.row(y, z), stackData() + from.row(y, z), to.rowBytes());
         else
             std::fill_n(padded + to.row(y, z), to.rowBytes(), std::uint8_t{0});
     });
+    if (!done)
+        return false;
     m_stackData = std::move(result);
     a.z = newZ;
     logDebug("exit ImageFile::padBack()");
     return true;
 }
 
-bool ImageFile::maxIntensityProject()
+bool ImageFile::maxIntensityProject(const Progress& progress)
 {
     if (!ensureLoaded() || m_attributes.z < 1)
         return false;
@@ -202,17 +209,20 @@ bool ImageFile::maxIntensityProject()
     VoxelBuffer result = allocateVoxels(layer, "Could not allocate memory for maxIntensityProject");
     auto* projected = reinterpret_cast<std::uint8_t*>(result.data());
     // Pieces that stay in the cache while all layers pass over them.
-    parallelFor(0, (layer + kProjectionPiece - 1) / kProjectionPiece, 1,
-                [&](std::int64_t begin, std::int64_t end) {
-                    for (std::int64_t piece = begin; piece < end; ++piece) {
-                        const std::int64_t start = piece * kProjectionPiece;
-                        const std::int64_t bytes = std::min(kProjectionPiece, layer - start);
-                        copyBytes(projected + start, stackData() + start, bytes);
-                        for (std::int64_t z = 1; z < from.size.z; ++z)
-                            takeLargerSamples(projected + start, stackData() + z * layer + start, bytes,
-                                              m_attributes.hasWords());
-                    }
-                });
+    const StepLoop loop = {(layer + kProjectionPiece - 1) / kProjectionPiece, 1,
+                           kProjectionPiece * from.size.z};
+    const auto pieces = [&](std::int64_t begin, std::int64_t end) {
+        for (std::int64_t piece = begin; piece < end; ++piece) {
+            const std::int64_t start = piece * kProjectionPiece;
+            const std::int64_t bytes = std::min(kProjectionPiece, layer - start);
+            copyBytes(projected + start, stackData() + start, bytes);
+            for (std::int64_t z = 1; z < from.size.z; ++z)
+                takeLargerSamples(projected + start, stackData() + z * layer + start, bytes,
+                                  m_attributes.hasWords());
+        }
+    };
+    if (runSteps(loop, QString(), progress, pieces) < loop.steps)
+        return false;
     m_stackData = std::move(result);
     m_attributes.z = 1;
     generateStatistics();

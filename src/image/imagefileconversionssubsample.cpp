@@ -4,8 +4,8 @@
 
 #include "base/checkedsize.h"
 #include "base/log.h"
-#include "base/parallel.h"
 #include "image/imagefile.h"
+#include "image/steploop.h"
 #include "image/targetclones.h"
 #include "image/voxelallocation.h"
 
@@ -125,6 +125,13 @@ TIRN_INLINE void divideRow(const Block* row, std::int64_t count, int divisor, Sa
             (static_cast<Real>(static_cast<std::int32_t>(row[i])) + offset) * scale));
 }
 
+/// Rows that are combined in one go, and the bytes at the front of each that are fetched ahead: rows of one
+/// block lie layers apart, and processors guess only where one that has begun goes on.
+constexpr int kRowsAtOnce = 4;
+constexpr int kMostRows = 8 * 8;
+constexpr std::int64_t kFetchedAhead = 2048;
+constexpr std::int64_t kCacheLine = 64;
+
 /// Makes the rows of a sub-sampled stack, one after the other, on one thread.
 template <class Sample, Reduction How>
 class BlockRows
@@ -132,23 +139,25 @@ class BlockRows
 public:
     BlockRows(const Sample* stack, const ImageAttributes& attributes, const Factors& factors)
         : m_stack(stack), m_attributes(attributes), m_factors(factors),
-          m_newX(blocks(attributes.x, factors.x)),
+          m_newX(blocks(attributes.x, factors.x)), m_newY(blocks(attributes.y, factors.y)),
           m_samples(std::int64_t{attributes.x} * attributes.channels),
           m_row(static_cast<std::size_t>(std::int64_t{m_newX} * factors.x * attributes.channels)),
           m_combined(static_cast<std::size_t>(std::int64_t{m_newX} * attributes.channels))
     {}
 
-    /// The row of blocks (y, z).
-    TIRN_INLINE void make(int y, int z, Sample* to)
+    /// A row of blocks, counted through the layers.
+    TIRN_INLINE void make(std::int64_t blockRow, Sample* to)
     {
-        for (int dz = 0; dz < m_factors.z; ++dz) {
-            for (int dy = 0; dy < m_factors.y; ++dy) {
-                // A block that reaches over the end repeats the last voxel.
-                const int fromY = std::min(y * m_factors.y + dy, m_attributes.y - 1);
-                const int fromZ = std::min(z * m_factors.z + dz, m_attributes.z - 1);
-                take(m_stack + (std::int64_t{fromZ} * m_attributes.y + fromY) * m_samples,
-                     dz == 0 && dy == 0);
-            }
+        const int rows = m_factors.y * m_factors.z;
+        // The first rows of the blocks behind are fetched as well.
+        const Sample* sources[kMostRows + kMostRows];
+        findSources(blockRow, sources);
+        findSources(blockRow + 1, sources + rows);
+        for (int done = 0; done < rows; done += kRowsAtOnce) {
+            const int taken = std::min(kRowsAtOnce, rows - done);
+            for (int i = 0; i < taken; ++i)
+                fetch(sources[done + taken + i]);
+            take(sources + done, taken, done == 0);
         }
         for (auto i = static_cast<std::size_t>(m_samples); i < m_row.size(); ++i)
             m_row[i] = m_row[i - static_cast<std::size_t>(m_attributes.channels)];
@@ -166,22 +175,68 @@ private:
     using Row = typename BlockOf<Sample, How>::Row;
     using Block = typename BlockOf<Sample, How>::Block;
 
-    TIRN_INLINE void take(const Sample* from, bool first)
+    /// The rows that become a row of blocks.
+    void findSources(std::int64_t blockRow, const Sample** sources) const
     {
+        const std::int64_t y = blockRow % m_newY * m_factors.y;
+        const std::int64_t z = blockRow / m_newY * m_factors.z;
+        for (int dz = 0; dz < m_factors.z; ++dz) {
+            // A block that reaches over the end repeats the last voxel.
+            const Sample* layer =
+                m_stack + std::min<std::int64_t>(z + dz, m_attributes.z - 1) * m_attributes.y * m_samples;
+            for (int dy = 0; dy < m_factors.y; ++dy)
+                *sources++ = layer + std::min<std::int64_t>(y + dy, m_attributes.y - 1) * m_samples;
+        }
+    }
+
+    TIRN_INLINE void fetch(const Sample* row) const
+    {
+        const auto* bytes = reinterpret_cast<const std::uint8_t*>(row);
+        const std::int64_t size = std::min(m_samples * std::int64_t{sizeof(Sample)}, kFetchedAhead);
+        for (std::int64_t i = 0; i < size; i += kCacheLine)
+            __builtin_prefetch(bytes + i);
+    }
+
+    template <int Count, bool First>
+    TIRN_INLINE void takeRows(const Sample* const* sources)
+    {
+        const Sample* from[Count];
+        std::copy_n(sources, Count, from);
         const std::int64_t samples = m_samples;
         Row* __restrict row = m_row.data();
-        if (first) {
-            std::copy_n(from, samples, row);
-        } else {
-            for (std::int64_t i = 0; i < samples; ++i)
-                row[i] = combined<How>(row[i], static_cast<Row>(from[i]));
+        for (std::int64_t i = 0; i < samples; ++i) {
+            Row value = First ? Row{0} : row[i];
+            for (int k = 0; k < Count; ++k)
+                value = combined<How>(value, static_cast<Row>(from[k][i]));
+            row[i] = value;
         }
+    }
+
+    template <bool First>
+    TIRN_INLINE void takeUpTo(const Sample* const* sources, int count)
+    {
+        switch (count) {
+        case 1:
+            return takeRows<1, First>(sources);
+        case 2:
+            return takeRows<2, First>(sources);
+        case 3:
+            return takeRows<3, First>(sources);
+        default:
+            return takeRows<kRowsAtOnce, First>(sources);
+        }
+    }
+
+    TIRN_INLINE void take(const Sample* const* sources, int count, bool first)
+    {
+        first ? takeUpTo<true>(sources, count) : takeUpTo<false>(sources, count);
     }
 
     const Sample* m_stack;
     const ImageAttributes& m_attributes;
     Factors m_factors;
     int m_newX;
+    int m_newY;
     std::int64_t m_samples;
     std::vector<Row> m_row;
     std::vector<Block> m_combined;
@@ -199,10 +254,9 @@ TIRN_INLINE void makeRows(const Sample* stack, const ImageAttributes& attributes
                           const RowRange& range, Sample* to)
 {
     BlockRows<Sample, How> rows(stack, attributes, factors);
-    const int newY = blocks(attributes.y, factors.y);
     const std::int64_t rowSamples = std::int64_t{blocks(attributes.x, factors.x)} * attributes.channels;
     for (std::int64_t row = range.begin; row < range.end; ++row)
-        rows.make(static_cast<int>(row % newY), static_cast<int>(row / newY), to + row * rowSamples);
+        rows.make(row, to + row * rowSamples);
 }
 
 TIRN_TARGET_CLONES void meansOfBlocks(const std::uint8_t* stack, const ImageAttributes& attributes,
@@ -226,29 +280,32 @@ TIRN_TARGET_CLONES void largestOfBlocks(const std::uint16_t* stack, const ImageA
     makeRows<std::uint16_t, Reduction::Largest>(stack, attributes, factors, range, to);
 }
 
-/// The stack in blocks; `attributes` become those of the result.
-VoxelBuffer subSampled(const ImageFile& stack, const Factors& factors, Reduction reduction,
-                       ImageAttributes& attributes, const char* text)
+/// Puts the stack in blocks in the place of the stack, unless cancelled.
+void subSampleStack(ImageFile& stack, const Factors& factors, Reduction reduction, const char* text,
+                    const Progress& progress)
 {
+    ImageAttributes& attributes = stack.attributes();
     const int newX = blocks(attributes.x, factors.x);
     const int newY = blocks(attributes.y, factors.y);
     const int newZ = blocks(attributes.z, factors.z);
     const std::int64_t rowBytes = std::int64_t{newX} * attributes.channels * attributes.bytesPerSample();
     VoxelBuffer result = allocateVoxels(checkedProduct({rowBytes, newY, newZ}), text);
-    const ImageAttributes old = attributes;
+    const StepLoop loop = {newZ, newY, rowBytes * factors.product()};
     const auto run = [&](const auto* from, auto* to) {
-        parallelFor(0, std::int64_t{newY} * newZ, 16, [&](std::int64_t begin, std::int64_t end) {
+        return runSteps(loop, QString(), progress, [&](std::int64_t begin, std::int64_t end) {
             // Blocks of one voxel have no mean to make.
             if (reduction == Reduction::Mean && factors.product() > 1)
-                meansOfBlocks(from, old, factors, {begin, end}, to);
+                meansOfBlocks(from, attributes, factors, {begin, end}, to);
             else
-                largestOfBlocks(from, old, factors, {begin, end}, to);
+                largestOfBlocks(from, attributes, factors, {begin, end}, to);
         });
     };
-    if (old.hasWords())
-        run(stack.stackData16(), reinterpret_cast<std::uint16_t*>(result.data()));
-    else
-        run(stack.stackData(), reinterpret_cast<std::uint8_t*>(result.data()));
+    const std::int64_t done = attributes.hasWords()
+                                  ? run(stack.stackData16(), reinterpret_cast<std::uint16_t*>(result.data()))
+                                  : run(stack.stackData(), reinterpret_cast<std::uint8_t*>(result.data()));
+    if (done < loop.steps)
+        return;
+    stack.setStackData(std::move(result));
     attributes.x = newX;
     attributes.y = newY;
     attributes.z = newZ;
@@ -258,39 +315,36 @@ VoxelBuffer subSampled(const ImageFile& stack, const Factors& factors, Reduction
         if (*size > 0)
             *size *= factor;
     }
-    return result;
 }
 
 } // namespace
 
-void ImageFile::subSample(int factor)
+void ImageFile::subSample(int factor, const Progress& progress)
 {
     const Factors factors = {factor, factor, factor};
     if (!factors.valid() || !ensureLoaded())
         return;
     logDebug("downsampling by %d %d %d", factor, factor, factor);
-    m_stackData =
-        subSampled(*this, factors, Reduction::Mean, m_attributes, "Could not allocate memory for subSample");
+    subSampleStack(*this, factors, Reduction::Mean, "Could not allocate memory for subSample", progress);
 }
 
-void ImageFile::subSampleMax(int factorX, int factorY, int factorZ)
+void ImageFile::subSampleMax(int factorX, int factorY, int factorZ, const Progress& progress)
 {
     const Factors factors = {factorX, factorY, factorZ};
     if (!factors.valid() || !ensureLoaded())
         return;
     logDebug("downsampling max by %d %d %d", factorX, factorY, factorZ);
-    m_stackData = subSampled(*this, factors, Reduction::Largest, m_attributes,
-                             "Could not allocate memory for subSampleMax");
+    subSampleStack(*this, factors, Reduction::Largest, "Could not allocate memory for subSampleMax",
+                   progress);
 }
 
-void ImageFile::subSampleMean(int factorX, int factorY, int factorZ)
+void ImageFile::subSampleMean(int factorX, int factorY, int factorZ, const Progress& progress)
 {
     const Factors factors = {factorX, factorY, factorZ};
     if (!factors.valid() || !ensureLoaded())
         return;
     logDebug("downsampling by %d %d %d", factorX, factorY, factorZ);
-    m_stackData = subSampled(*this, factors, Reduction::Mean, m_attributes,
-                             "Could not allocate memory for subSampleMean");
+    subSampleStack(*this, factors, Reduction::Mean, "Could not allocate memory for subSampleMean", progress);
 }
 
 } // namespace tirn

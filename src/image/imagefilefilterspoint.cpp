@@ -3,7 +3,6 @@
 #include <vector>
 
 #include "base/log.h"
-#include "base/parallel.h"
 #include "image/imagefile.h"
 #include "image/steploop.h"
 #include "image/targetclones.h"
@@ -79,15 +78,17 @@ TIRN_TARGET_CLONES void addToWords(const AddPattern<std::uint16_t>& pattern, std
     addPattern(pattern, count, samples);
 }
 
+/// False when cancelled.
 template <class Sample>
-void addToStack(const AddPattern<Sample>& pattern, std::int64_t count, Sample* samples,
-                void (*loop)(const AddPattern<Sample>&, std::int64_t, Sample*))
+bool addToStack(const AddPattern<Sample>& pattern, std::int64_t count, Sample* samples,
+                void (*loop)(const AddPattern<Sample>&, std::int64_t, Sample*), const Progress& progress)
 {
     const std::int64_t piece = pattern.size();
-    parallelFor(0, (count + piece - 1) / piece, 64, [&](std::int64_t begin, std::int64_t end) {
+    const auto add = [&](std::int64_t begin, std::int64_t end) {
         for (std::int64_t i = begin; i < end; ++i)
             loop(pattern, std::min(piece, count - i * piece), samples + i * piece);
-    });
+    };
+    return runItems((count + piece - 1) / piece, piece * std::int64_t{sizeof(Sample)}, progress, add);
 }
 
 } // namespace
@@ -115,20 +116,18 @@ void ImageFile::invert(const Progress& progress)
         m_attributes.maxValue = -1;
 }
 
-bool ImageFile::addConstant(int value, int channel)
+bool ImageFile::addConstant(int value, int channel, const Progress& progress)
 {
     if (!canFilter(channel))
         return false;
     const int highest = (1 << m_attributes.bitDepth) - 1;
-    if (m_attributes.hasWords())
-        addToStack<std::uint16_t>({m_attributes.channels, channel, value, highest}, sampleCount(),
-                                  stackData16(), addToWords);
-    else
-        addToStack<std::uint8_t>({m_attributes.channels, channel, value, highest}, sampleCount(), stackData(),
-                                 addToBytes);
     if (value > 0)
         m_attributes.maxValue = -1;
-    return true;
+    if (m_attributes.hasWords())
+        return addToStack<std::uint16_t>({m_attributes.channels, channel, value, highest}, sampleCount(),
+                                         stackData16(), addToWords, progress);
+    return addToStack<std::uint8_t>({m_attributes.channels, channel, value, highest}, sampleCount(),
+                                    stackData(), addToBytes, progress);
 }
 
 std::vector<bool> ImageFile::thresholdMask(int channel, int threshold)

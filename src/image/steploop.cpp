@@ -11,6 +11,8 @@ namespace {
 /// Bytes that are worth a thread's while, and that are worked on between two looks at the cancel flag.
 constexpr std::int64_t kGrainBytes = std::int64_t{256} << 10;
 constexpr std::int64_t kGroupBytes = std::int64_t{16} << 20;
+/// Bytes of a step where the loop has none of its own.
+constexpr std::int64_t kStepBytes = std::int64_t{64} << 10;
 
 } // namespace
 
@@ -36,6 +38,17 @@ std::int64_t runSteps(const StepLoop& loop, const QString& message, const Progre
         }
     }
     return loop.steps;
+}
+
+bool runItems(std::int64_t count, std::int64_t itemBytes, const Progress& progress,
+              const std::function<void(std::int64_t begin, std::int64_t end)>& body)
+{
+    const std::int64_t items = std::max<std::int64_t>(1, kStepBytes / std::max<std::int64_t>(1, itemBytes));
+    const StepLoop loop = {(count + items - 1) / items, 1, items * itemBytes};
+    const auto steps = [&](std::int64_t begin, std::int64_t end) {
+        body(begin * items, std::min(count, end * items));
+    };
+    return runSteps(loop, QString(), progress, steps) == loop.steps;
 }
 
 } // namespace tirn

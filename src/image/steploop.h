@@ -23,4 +23,8 @@ struct StepLoop
 std::int64_t runSteps(const StepLoop& loop, const QString& message, const Progress& progress,
                       const std::function<void(std::int64_t begin, std::int64_t end)>& body);
 
+/// The same for a loop of `count` items without steps, with no message. False when cancelled.
+bool runItems(std::int64_t count, std::int64_t itemBytes, const Progress& progress,
+              const std::function<void(std::int64_t begin, std::int64_t end)>& body);
+
 } // namespace tirn

@@ -36,6 +36,17 @@ TEST(ExtractChannel, CopiesOneChannelIntoAStackOfItsOwn)
     }
 }
 
+TEST(ExtractChannel, RowsOfAnyLengthAreCopiedToTheirEnd)
+{
+    for (const int bits : {8, 16}) {
+        for (int x = 1; x <= 67; ++x) {
+            const auto stack = test::randomStack({x, 1, 1, 3, bits}, 5);
+            for (const int channel : {0, 1, 2})
+                ASSERT_EQ(samples(*stack->extractChannel(channel)), channelSamples(*stack, channel)) << x;
+        }
+    }
+}
+
 TEST(ExtractChannel, AChannelThatIsNotThereGivesNothing)
 {
     const auto stack = test::randomStack({3, 3, 3, 2, 8}, 2);
@@ -55,6 +66,29 @@ TEST(Ratio, SpreadsTheRelativeDifferenceOverTheDepth)
         EXPECT_TRUE(sameVoxels(*ratio, slowRatio(slow, 0, 2)));
         EXPECT_EQ(ratio->attributes().dimY, 0.25);
         EXPECT_TRUE(sameVoxels(*stack, slow));
+    }
+}
+
+/// Quotients that end in a half come out above or below it in double precision, each in its own way.
+TEST(Ratio, AllPairsOfBytesAgreeWhereverTheirChannelsLie)
+{
+    for (const int channels : {2, 3, 5}) {
+        for (const auto& [a, b] :
+             {std::pair{0, 1}, {1, 0}, {channels - 1, 0}, {channels - 2, channels - 1}}) {
+            const auto value = [a = a, b = b](int x, int y, int, int channel) {
+                return channel == a ? x : channel == b ? y : 77;
+            };
+            const auto stack = test::makeStack({256, 256, 1, channels, 8}, value);
+            EXPECT_TRUE(sameVoxels(*stack->ratio(a, b), slowRatio(SlowStack(*stack), a, b)));
+        }
+    }
+}
+
+TEST(Ratio, SmallWordsAgreeWhereverTheirChannelsLie)
+{
+    for (const int channels : {2, 3, 4}) {
+        const auto stack = test::randomStack({67, 17, 4, channels, 16}, 2, 9);
+        EXPECT_TRUE(sameVoxels(*stack->ratio(1, 0), slowRatio(SlowStack(*stack), 1, 0)));
     }
 }
 

@@ -128,6 +128,23 @@ TEST_P(GeometryOf, SubSamplingByLargestTakesItFromBlocks)
     }
 }
 
+TEST(SubSample, BlocksHaveAnyNumberOfRows)
+{
+    for (const int bits : {8, 16}) {
+        for (int rows = 0; rows < 8 * 8; ++rows) {
+            const auto mean = test::randomStack({70, 9, 10, 1, bits}, 3);
+            const auto largest = test::randomStack({70, 9, 10, 1, bits}, 3);
+            const SlowStack slow(*mean);
+            const int y = 1 + rows % 8;
+            const int z = 1 + rows / 8;
+            mean->subSampleMean(2, y, z);
+            largest->subSampleMax(2, y, z);
+            EXPECT_TRUE(sameVoxels(*mean, slowSubSampleMean(slow, 2, y, z))) << y << " " << z;
+            EXPECT_TRUE(sameVoxels(*largest, slowSubSampleMax(slow, 2, y, z))) << y << " " << z;
+        }
+    }
+}
+
 TEST(SubSample, ABlockOverTheEndRepeatsTheLastVoxel)
 {
     const auto stack = test::makeStack({5, 1, 1, 1, 8}, [](int x, int, int, int) { return 10 * x; });

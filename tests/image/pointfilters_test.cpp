@@ -1,6 +1,9 @@
 #include <climits>
 #include <cmath>
 
+#include <algorithm>
+#include <atomic>
+
 #include <gtest/gtest.h>
 
 #include "support/filtershapes.h"
@@ -67,6 +70,24 @@ TEST(AddConstant, RaisingValuesMakesTheLargestOneUnknown)
     EXPECT_EQ(stack->attributes().maxValue, -1);
     stack->generateStatistics();
     EXPECT_EQ(stack->stats(0).max, 4096);
+}
+
+TEST(AddConstant, ACancelledRunLeavesTheFrontChangedAndTheRestAsItWas)
+{
+    const auto stack = test::constantStack({1024, 1024, 24, 1, 8}, 1);
+    std::atomic<bool> cancel = false;
+    Progress progress;
+    progress.cancel = &cancel;
+    progress.report = [&](const QString&, int done, int) { cancel = done > 0; };
+    EXPECT_FALSE(stack->addConstant(9, -1, progress));
+    const std::uint8_t* first = stack->stackData();
+    const std::uint8_t* last = first + stack->sampleCount();
+    const std::uint8_t* unchanged = std::find(first, last, 1);
+    EXPECT_GT(unchanged, first);
+    EXPECT_LT(unchanged, last);
+    EXPECT_EQ(std::count(first, unchanged, 10), unchanged - first);
+    EXPECT_EQ(std::count(unchanged, last, 1), last - unchanged);
+    EXPECT_EQ(stack->attributes().maxValue, -1);
 }
 
 TEST(AddConstant, AChannelThatIsNotThereIsRefused)
