@@ -11,7 +11,6 @@ FileChooser::FileChooser(Mode mode, QWidget* parent)
     : QWidget(parent), m_mode(mode), m_line(new QLineEdit(this))
 {
     m_line->setObjectName("txtFileName");
-    m_line->setClearButtonEnabled(true);
     auto* button = new QToolButton(this);
     button->setObjectName("btnBrowse");
     button->setText("...");
