@@ -27,6 +27,19 @@ TIRN_INLINE void reverseItems(const std::uint8_t* from, std::int64_t count, std:
 constexpr int kShuffled = 16;
 typedef std::uint8_t ShuffledBytes __attribute__((vector_size(kShuffled)));
 
+/// The bytes in another order; compilers name it differently, or not at all.
+TIRN_INLINE ShuffledBytes shuffled(ShuffledBytes bytes, ShuffledBytes order)
+{
+#if defined(__GNUC__) && !defined(__clang__)
+    return __builtin_shuffle(bytes, order);
+#else
+    ShuffledBytes result = {};
+    for (int i = 0; i < kShuffled; ++i)
+        result[i] = bytes[order[i] % kShuffled];
+    return result;
+#endif
+}
+
 /// Voxels of up to 8 bytes, as many as fit a vector at a time.
 TIRN_INLINE void reverseByShuffling(const std::uint8_t* from, std::int64_t count, int voxelBytes,
                                     std::uint8_t* to)
@@ -42,7 +55,7 @@ TIRN_INLINE void reverseByShuffling(const std::uint8_t* from, std::int64_t count
     for (; left * voxelBytes >= kShuffled; left -= voxels) {
         ShuffledBytes bytes;
         std::memcpy(&bytes, from + left * voxelBytes - kShuffled, sizeof bytes);
-        bytes = __builtin_shuffle(bytes, order);
+        bytes = shuffled(bytes, order);
         std::memcpy(to + (count - left) * voxelBytes, &bytes, sizeof bytes);
     }
     for (; left > 0; --left)
