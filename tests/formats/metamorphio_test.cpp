@@ -307,8 +307,7 @@ TEST_F(MetaMorphIoTest, AWrittenStackReadsBack)
 
 TEST_F(MetaMorphIoTest, OtherProgramsReadWhatIsWritten)
 {
-    if (!test::haveForeignTiff())
-        GTEST_SKIP() << "tiffcp and Python's tifffile are not installed";
+    ASSERT_TRUE(test::haveForeignTiff()) << "tiffcp and Python's tifffile are not installed";
     for (const int bits : {8, 16}) {
         auto stack = test::randomStack({13, 7, 3, 1, bits}, 5);
         stack->attributes().dimX = stack->attributes().dimY = 0.1;

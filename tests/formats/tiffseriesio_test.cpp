@@ -264,8 +264,7 @@ void expectReadElsewhere(const QString& name, const std::vector<int>& shape, con
 
 TEST_F(TiffSeriesIoTest, OtherProgramsReadWhatIsWritten)
 {
-    if (!test::haveForeignTiff())
-        GTEST_SKIP() << "tiffcp and Python's tifffile are not installed";
+    ASSERT_TRUE(test::haveForeignTiff()) << "tiffcp and Python's tifffile are not installed";
     for (const int channels : {1, 3, 4}) {
         for (const int bits : {8, 16}) {
             // Rows of 13 to 104 bytes: one strip; and of more than 32 KB: a strip a row.

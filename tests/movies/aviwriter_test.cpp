@@ -349,8 +349,7 @@ TEST_F(Avi, ADiskWithoutRoomForTheHeadersLeavesNothing)
 
 TEST_F(Avi, OthersReadEveryPixel)
 {
-    if (!test::haveForeignAvi())
-        GTEST_SKIP() << "ffmpeg is not installed";
+    ASSERT_TRUE(test::haveForeignAvi()) << "ffmpeg is not installed";
     movie(6, 5, 30, 7);
     const test::ForeignAvi avi = test::readWithFfmpeg(path());
     EXPECT_EQ(avi.complaints, QString());
@@ -375,8 +374,7 @@ TEST_F(Avi, OthersReadEveryPixel)
 
 TEST_F(Avi, OthersReadAnInterruptedMovieWithReservedPlaces)
 {
-    if (!test::haveForeignAvi())
-        GTEST_SKIP() << "ffmpeg is not installed";
+    ASSERT_TRUE(test::haveForeignAvi()) << "ffmpeg is not installed";
     AviSink sink(path(), 16, 16, 10);
     ASSERT_TRUE(sink.begin(8));
     for (const int frame : {0, 1, 2, 6})
