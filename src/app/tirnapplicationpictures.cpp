@@ -24,6 +24,8 @@ bool TirnApplication::capture(const PictureRequest& request, const Progress& pro
         PictureMaker maker(m_currentWidget->renderThread());
         m_image = maker.draw(request, progress);
         m_currentWidget->requestFrame();
+        if (!m_image.isNull())
+            logDebug("doing Pbuffer");
         if (!m_image.isNull() || maker.error().isEmpty())
             return !m_image.isNull();
         logWarning("%s", qPrintable(maker.error()));

@@ -46,6 +46,7 @@ TEST_F(WindowPictures, HaveTheirOwnSizeAndLeaveTheWindowAlone)
 {
     const QImage before = grabbed();
     EXPECT_EQ(taken({300, 1000}, 2).size(), QSize(300, 1000));
+    EXPECT_EQ(log.count("doing Pbuffer"), 1);
     settle();
     EXPECT_EQ(grabbed(), before);
 }
