@@ -1,0 +1,104 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include <QDomElement>
+#include <QStringList>
+
+#include "depth/zcurve.h"
+#include "gl/gltable.h"
+#include "image/imageattributes.h"
+
+namespace tirn {
+
+/// The layout of a headerless file; its channels are those of the load.
+struct RawLayout
+{
+    /// Bytes before the first sample.
+    std::int64_t headerOffset = 0;
+    int x = 0;
+    int y = 0;
+    int z = 0;
+    int bitDepth = 8;
+    /// The bytes of a word stand the other way round.
+    bool swapBytes = false;
+
+    bool operator==(const RawLayout&) const = default;
+};
+
+/// Six inclusive limits in voxels; -1 for none.
+struct CropLimits
+{
+    int xMin = -1;
+    int xMax = -1;
+    int yMin = -1;
+    int yMax = -1;
+    int zMin = -1;
+    int zMax = -1;
+
+    bool operator==(const CropLimits&) const = default;
+};
+
+/// What one load is to make. Forms fill it while no load is under way; the file thread reads it and puts a
+/// fresh one in its place at the end.
+class LoadDescription
+{
+public:
+    /// `defaultEncode` is the preference: 0 for 2D texture maps, 1 for 3D ones; any other leaves the target.
+    explicit LoadDescription(int defaultEncode = 0);
+
+    /// With false the whole stack is read and all that `setRange` sets has its default again.
+    void setWholeStack(bool isPartial);
+    /// Layers first to last, inclusive, every step-th; a sub-sampling above 1 reduces the stack by that
+    /// factor; `resliceSlices` counts with `forceReslice`.
+    void setRange(int firstLayer, int lastLayer, int layerStep, int subsampling, GLenum target,
+                  bool forceReslice, int resliceSlices, bool conserve);
+    /// The files are headerless.
+    void setRaw(std::int64_t headerOffset, int x, int y, int z, int channelCount, int bitDepth);
+    /// In microns; unless each is 0 or above all are forgotten.
+    void setVoxelDimensions(double x, double y, double z);
+    /// Unless each is 0 or above all are forgotten.
+    void setCrop(const CropLimits& limits);
+
+    /// The `stack` element of a session, or null.
+    QDomElement session;
+    /// Labels of the channels.
+    QStringList labels;
+    bool conserveMemory = false;
+    /// A range of layers was given.
+    bool partial = false;
+    /// Encode with a forced count of z slices.
+    bool reslice = false;
+    bool raw = false;
+    int channels = 1;
+    int timePoints = 1;
+    int first = 0;
+    int last = 0;
+    int step = 1;
+    int subsample = 0;
+    int resliceZ = -1;
+    CropLimits crop;
+    /// Voxel size in microns, -1 where the file's own counts.
+    double dimX = -1;
+    double dimY = -1;
+    double dimZ = -1;
+    RawLayout rawLayout;
+    GLenum textureTarget = GL_TEXTURE_2D;
+    /// `Unknown`: the first file tells.
+    ImageType fileType = ImageType::Unknown;
+    /// An element for each stack to open: one name, or the names of its layers or channels. For a TIFF series
+    /// with several channels an element for each channel of each time point, at channel + channels * time.
+    std::vector<QStringList> filesToLoad;
+    /// One for each channel, from a session.
+    std::vector<int> paletteIndexes;
+    std::vector<int> channelStates;
+    std::vector<ZCurve> zCurves;
+
+private:
+    void useDefaultTarget();
+
+    int m_defaultEncode;
+};
+
+} // namespace tirn
