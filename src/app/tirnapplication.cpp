@@ -9,6 +9,7 @@
 
 #include "base/log.h"
 #include "palettes/palettelist.h"
+#include "ui/palettesaving.h"
 
 namespace tirn {
 
@@ -90,7 +91,7 @@ bool TirnApplication::initializeGl()
     readCapabilities();
     m_shaders = std::make_unique<Shaders>();
     m_renderEvents = std::make_unique<EventPoster>(*this);
-    m_mainForm = std::make_unique<MainForm>("Main");
+    m_mainForm = std::make_unique<MainForm>("Main", MainFormServices{m_preferences, *m_settings, m_scene});
     createWidgets();
     if (m_currentWidget == nullptr) {
         QMessageBox::critical(m_mainForm.get(), "Unknown Video Card",
@@ -163,6 +164,10 @@ void TirnApplication::connectWidgets()
     });
     connect(this, &TirnApplication::stackClosed, form, &MainForm::updateMemoryStatus);
     connect(this, &TirnApplication::updateMemoryStatus, form, &MainForm::updateMemoryStatus);
+    connect(form, &MainForm::loadRecentPalette, this, &TirnApplication::loadPalettes);
+    connect(form, &MainForm::savePalette, this,
+            [this](Palette* palette) { savePalette(*palette, m_preferences, m_mainForm.get()); });
+    connect(form, &MainForm::loadSession, this, &TirnApplication::loadSession);
     connect(widget, &TirnWidget::scaleChanged, this, &TirnApplication::scaleChanged);
     connect(widget, &TirnWidget::arrayRequested, this, &TirnApplication::setCurrentArray);
     connect(widget, &TirnWidget::helpRequested, this, qOverload<const QString&>(&TirnApplication::help));
@@ -202,6 +207,7 @@ void TirnApplication::readPreferences()
         m_currentWidget->setBlendMode(GL_MAX);
     m_currentWidget->stopAndWait();
     appendFavoritePalettes(m_scene.palettes, m_preferences.favoritePalettesPath, m_paletteTables.get());
+    m_mainForm->readRecentLists();
 }
 
 void TirnApplication::usePreferences(const Settings& settings)
@@ -217,7 +223,11 @@ void TirnApplication::usePreferences(const Settings& settings)
 /// Limits and encoders act on later loads, and a new way to blend from the next start on.
 void TirnApplication::storePreferences(const Settings& settings)
 {
-    usePreferences(settings);
+    // The directories moved on while the form was open.
+    Settings chosen = settings;
+    chosen.stackPath = m_preferences.stackPath;
+    chosen.palettePath = m_preferences.palettePath;
+    usePreferences(chosen);
     writePreferences(settings, *m_settings);
     m_settings->sync();
     if (m_settings->status() != QSettings::NoError)

@@ -25,6 +25,8 @@
 
 namespace tirn {
 
+class ManagerForm;
+
 /// The one object that owns everything: volumes, palettes, widgets, forms, threads, settings. It wires them
 /// together and holds no algorithm of its own.
 ///
@@ -95,20 +97,30 @@ public Q_SLOTS:
     void help() { help("index.html"); }
     void help(const QString& page);
     void stopLoading();
+    /// Appends the palettes of files; a box tells of those that cannot be read.
+    void loadPalettes(const QStringList& names);
+    void loadSession(const QString& name);
+    /// Asks for the first file of a stack, and opens the form that loads it.
+    void loadStack();
     void createAboutForm() { createAboutForm(true); }
     void createAboutForm(bool show) { m_forms.create(FormId::About, show); }
+    void createManagerForm() { createManagerForm(true); }
+    void createManagerForm(bool show) { m_forms.create(FormId::Manager, show); }
     void createPreferencesForm() { createPreferencesForm(true); }
     void createPreferencesForm(bool show) { m_forms.create(FormId::Preferences, show); }
     /// Asks for the file of a surface.
     void loadSegmentation();
     void stretchToUsedBits(bool on);
     void copyPicture();
+    /// Puts what the window shows on paper.
+    void print();
 
 Q_SIGNALS:
     void currentArrayChanged();
     void frameRecorded(int count);
     void scaleChanged(double x, double y, double z);
     void stackClosed();
+    void paletteListChanged();
     void updateMemoryStatus();
 
 protected:
@@ -131,11 +143,18 @@ private:
     void buildVolumesMenu(QMenu& menu);
     void placeMainForm();
     void createForms();
+    FormRow aboutRow();
+    FormRow managerRow();
+    FormRow preferencesRow();
+    /// Null while it was not made.
+    ManagerForm* managerForm() const;
     void createThreads();
     void readPreferences();
     void usePreferences(const Settings& settings);
     void storePreferences(const Settings& settings);
     void start();
+    /// What the window shows; null without a stack.
+    QImage grabWindow();
     void readPalettes(const QStringList& names);
     void arrayBecameCurrent();
     void handleProgress(const ProgressEvent& event);

@@ -5,14 +5,18 @@
 
 #include "app/tirnapplication.h"
 #include "base/log.h"
+#include "ui/managerform.h"
 
 namespace tirn {
 
 void TirnApplication::customEvent(QEvent* event)
 {
     switch (static_cast<EventId>(event->type())) {
-    case EventId::Rotation:
     case EventId::TimePoint:
+        if (ManagerForm* manager = managerForm())
+            manager->timePointChanged();
+        return;
+    case EventId::Rotation:
     case EventId::StatisticsDone:
         // For forms that follow the view; none is there yet.
         return;

@@ -4,18 +4,37 @@
 
 #include "app/tirnapplication.h"
 #include "ui/aboutform.h"
+#include "ui/managerform.h"
 #include "ui/preferencesform.h"
 
 namespace tirn {
+
+namespace {
+
+/// The actions that show and hide a form.
+struct WindowAction
+{
+    const char* action;
+    FormId form;
+};
+
+constexpr WindowAction kWindowActions[] = {
+    {"windowStack_ManagerAction", FormId::Manager},
+};
+
+} // namespace
 
 void TirnApplication::connectActions()
 {
     const auto on = [this](const char* name, auto slot) {
         connect(m_mainForm->action(name), &QAction::triggered, this, slot);
     };
+    on("stackOpenAction", [this] { loadStack(); });
+    on("sequenceTiffAction", [this] { m_mainForm->loadSequenceTiff(); });
     on("segmentationOpenAction", [this] { loadSegmentation(); });
     on("closeStackAction", [this] { closeStack(); });
     on("closeAllAction", [this] { closeAll(); });
+    on("printAction", [this] { print(); });
     on("fileExitAction", [this] { m_mainForm->close(); });
     on("editCopyAction", [this] { copyPicture(); });
     on("stretchToUsedBitsAction", [this](bool checked) { stretchToUsedBits(checked); });
@@ -23,6 +42,16 @@ void TirnApplication::connectActions()
     on("helpContentsAction", [this] { help(); });
     on("helpAboutAction", [this] { createAboutForm(); });
     on("checkForUpdatesAction", [this] { m_mainForm->checkForUpdates(); });
+    for (const WindowAction& each : kWindowActions) {
+        QAction* action = m_mainForm->action(each.action);
+        connect(action, &QAction::toggled, this,
+                [this, each](bool show) { m_forms.create(each.form, show); });
+        connect(&m_forms, &FormTable::visibilityChanged, action, [action, each](FormId id, bool visible) {
+            const QSignalBlocker blocker(action);
+            if (id == each.form)
+                action->setChecked(visible);
+        });
+    }
 }
 
 void TirnApplication::buildContextMenu()
@@ -40,8 +69,10 @@ void TirnApplication::buildContextMenu()
         return action;
     };
     ContextMenuActions actions;
-    actions.openStack = entry("Open Stack");
+    actions.openStack = use("Open Stack", "stackOpenAction");
     actions.manageStacks = entry("Manage Stacks");
+    actions.manageStacks->setEnabled(true);
+    connect(actions.manageStacks, &QAction::triggered, this, [this] { createManagerForm(); });
     actions.palettes = entry("Palettes");
     actions.volumes = new QMenu(tr("Volumes"), m_mainForm.get());
     connect(actions.volumes, &QMenu::aboutToShow, this,
@@ -75,31 +106,57 @@ void TirnApplication::buildVolumesMenu(QMenu& menu)
 void TirnApplication::createForms()
 {
     m_forms.setMainWindow(m_mainForm.get());
-    std::vector<FormRow> rows;
-    rows.push_back({FormId::About,
-                    "About",
-                    "About",
-                    [this](QWidget* parent) -> QWidget* {
-                        m_hidden->makeCurrent();
-                        const auto* renderer = reinterpret_cast<const char*>(gl().GetString(GL_RENDERER));
-                        return new AboutForm(QString::fromLatin1(renderer), parent);
-                    },
-                    {},
-                    {}});
-    rows.push_back({FormId::Preferences,
-                    "Preferences",
-                    "Preferences",
-                    [this](QWidget* parent) -> QWidget* {
-                        const auto read = [this] { return PreferencesForm::Shown{m_preferences, m_card}; };
-                        return new PreferencesForm(read, parent);
-                    },
-                    [this](QWidget* form) {
-                        connect(static_cast<PreferencesForm*>(form), &PreferencesForm::chosen, this,
-                                &TirnApplication::storePreferences);
-                    },
-                    {}});
-    m_forms.setRows(std::move(rows));
+    m_forms.setRows({aboutRow(), managerRow(), preferencesRow()});
     m_forms.createAllHidden();
+}
+
+FormRow TirnApplication::aboutRow()
+{
+    const auto make = [this](QWidget* parent) -> QWidget* {
+        m_hidden->makeCurrent();
+        const auto* renderer = reinterpret_cast<const char*>(gl().GetString(GL_RENDERER));
+        return new AboutForm(QString::fromLatin1(renderer), parent);
+    };
+    return {FormId::About, "About", "About", make, {}, {}};
+}
+
+FormRow TirnApplication::managerRow()
+{
+    const auto make = [this](QWidget* parent) -> QWidget* {
+        ManagerServices services{m_scene,
+                                 [this]() -> TirnWidget& { return *m_currentWidget; },
+                                 [this](int index) { return setCurrentArray(index); },
+                                 [this](int index) { closeStack(index); },
+                                 [this] { loadStack(); },
+                                 {}};
+        return new ManagerForm(std::move(services), parent);
+    };
+    const auto connectForm = [this](QWidget* form) {
+        auto* manager = static_cast<ManagerForm*>(form);
+        connect(m_currentWidget, &TirnWidget::timePointChanged, manager, &ManagerForm::timePointChanged);
+        connect(this, &TirnApplication::currentArrayChanged, manager, &ManagerForm::currentArrayChanged);
+        connect(this, &TirnApplication::paletteListChanged, manager, &ManagerForm::paletteListChanged);
+        connect(manager, &ManagerForm::scaleChanged, this, &TirnApplication::scaleChanged);
+    };
+    return {FormId::Manager, "Manager", "Manager", make, connectForm, {}};
+}
+
+FormRow TirnApplication::preferencesRow()
+{
+    const auto make = [this](QWidget* parent) -> QWidget* {
+        const auto read = [this] { return PreferencesForm::Shown{m_preferences, m_card}; };
+        return new PreferencesForm(read, parent);
+    };
+    const auto connectForm = [this](QWidget* form) {
+        connect(static_cast<PreferencesForm*>(form), &PreferencesForm::chosen, this,
+                &TirnApplication::storePreferences);
+    };
+    return {FormId::Preferences, "Preferences", "Preferences", make, connectForm, {}};
+}
+
+ManagerForm* TirnApplication::managerForm() const
+{
+    return static_cast<ManagerForm*>(m_forms.form(FormId::Manager));
 }
 
 } // namespace tirn

@@ -10,8 +10,10 @@
 #include "app/tirnapplication.h"
 #include "base/log.h"
 #include "base/stopwatch.h"
+#include "formats/filefilters.h"
 #include "formats/imageio.h"
 #include "palettes/palettefile.h"
+#include "ui/managerform.h"
 
 namespace tirn {
 
@@ -52,18 +54,25 @@ void TirnApplication::arrayBecameCurrent()
     Q_EMIT currentArrayChanged();
 }
 
-void TirnApplication::addArray(std::unique_ptr<VoxelArray> array, const std::vector<QStringList>& /*files*/)
+void TirnApplication::addArray(std::unique_ptr<VoxelArray> array, const std::vector<QStringList>& files)
 {
     m_currentWidget->stopAndWait();
-    if (m_scene.palettes.empty())
+    if (m_scene.palettes.empty()) {
         m_scene.palettes.push_back(std::make_unique<Palette>("", 8, m_paletteTables.get()));
+        Q_EMIT paletteListChanged();
+    }
     // Palettes may have been closed while the stack was loading.
     for (Channel& channel : array->channels()) {
         if (palette(channel.display.palette) == nullptr)
             channel.display.palette = 0;
     }
+    const int channels = array->channelCount();
+    const int timePoints = array->timePointCount();
     m_scene.arrays.push_back(std::move(array));
     setCurrentArray(arrayCount() - 1);
+    if (ManagerForm* manager = managerForm())
+        manager->addItem(arrayCount() - 1);
+    m_mainForm->addRecentStack(files, channels, timePoints);
 }
 
 void TirnApplication::loadFromCommandLine(const QStringList& arguments)
@@ -73,6 +82,10 @@ void TirnApplication::loadFromCommandLine(const QStringList& arguments)
     m_hidden->makeCurrent();
     const CommandLine line = parseCommandLine(
         arguments, [](const QString& name) { return ImageIO::probeType(name) != ImageType::Unknown; });
+    if (!line.session.isEmpty()) {
+        loadSession(line.session);
+        return;
+    }
     for (const QString& name : line.missing)
         showWarning("File does not exist", "Cannot find " + name);
     for (const QString& name : line.unknown) {
@@ -102,14 +115,43 @@ void TirnApplication::loadFromCommandLine(const QStringList& arguments)
 void TirnApplication::readPalettes(const QStringList& names)
 {
     for (const QString& name : names) {
+        const QFileInfo info(name);
         PaletteFile file(name);
-        if (file.read())
+        if (file.read()) {
             m_scene.palettes.push_back(file.makePalette(m_paletteTables.get()));
-        else if (!QFileInfo::exists(name))
+            m_scene.palettes.back()->setPath(info.absolutePath());
+            m_mainForm->paletteLoaded(info.absoluteFilePath());
+        } else if (!info.exists()) {
             showWarning("File does not exist", "Cannot find " + name);
-        else
+        } else {
             showWarning("File load error", "The file " + name + " does not use a known palett file format.");
+        }
     }
+    Q_EMIT paletteListChanged();
+}
+
+void TirnApplication::loadPalettes(const QStringList& names)
+{
+    if (names.isEmpty())
+        return;
+    m_preferences.palettePath = QFileInfo(names.first()).absolutePath();
+    m_currentWidget->stopAndWait();
+    m_hidden->makeCurrent();
+    readPalettes(names);
+    m_currentWidget->requestFrame();
+}
+
+void TirnApplication::loadSession(const QString& name)
+{
+    showWarning("Session", "Sessions cannot be read in this version: " + name);
+}
+
+void TirnApplication::loadStack()
+{
+    const QString name = QFileDialog::getOpenFileName(m_mainForm.get(), "Select first stack",
+                                                      m_preferences.stackPath, stackFileFilter());
+    if (!name.trimmed().isEmpty())
+        loadFromCommandLine({"tirn", name});
 }
 
 void TirnApplication::loadSegmentation()
@@ -147,10 +189,14 @@ void TirnApplication::closeAll()
     }
     logDebug("stopping threads %s", qPrintable(plainNumber(timer.restart())));
     m_hidden->makeCurrent();
-    while (!m_scene.arrays.empty())
+    while (!m_scene.arrays.empty()) {
+        if (ManagerForm* manager = managerForm())
+            manager->removeItem(arrayCount() - 1);
         m_scene.arrays.pop_back();
+    }
     logDebug("deleting stacks %s", qPrintable(plainNumber(timer.restart())));
     m_scene.palettes.clear();
+    Q_EMIT paletteListChanged();
     m_shaders->zCorrection = false;
     m_mainForm->updateZCorrectionStatus(false);
     arrayBecameCurrent();
@@ -176,6 +222,8 @@ void TirnApplication::closeStack(int index)
     if (count > 1 && current < 0)
         current = 0;
     logDebug("new current %d old %d stacks %d", current, old, count);
+    if (ManagerForm* manager = managerForm())
+        manager->removeItem(old);
     m_hidden->makeCurrent();
     m_scene.arrays.erase(m_scene.arrays.begin() + old);
     setCurrentArray(current);
@@ -196,15 +244,27 @@ void TirnApplication::stretchToUsedBits(bool on)
     m_currentWidget->requestFrame();
 }
 
-void TirnApplication::copyPicture()
+QImage TirnApplication::grabWindow()
 {
     if (m_scene.current() == nullptr || !m_currentWidget->surface().isReady())
-        return;
-    const QImage picture = m_currentWidget->renderThread().grabNextFrame();
+        return {};
+    return m_currentWidget->renderThread().grabNextFrame();
+}
+
+void TirnApplication::copyPicture()
+{
+    const QImage picture = grabWindow();
     if (picture.isNull())
         return;
     logDebug("putting on clipboard");
     clipboard()->setImage(picture);
+}
+
+void TirnApplication::print()
+{
+    m_image = grabWindow();
+    if (!m_image.isNull())
+        printImage();
 }
 
 } // namespace tirn

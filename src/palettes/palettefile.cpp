@@ -216,8 +216,11 @@ std::unique_ptr<Palette> PaletteFile::makePalette(PaletteTables* tables) const
 
 bool PaletteFile::write(const Palette& palette) const
 {
-    if (QFileInfo::exists(m_fileName))
-        return false;
+    return !QFileInfo::exists(m_fileName) && replace(palette);
+}
+
+bool PaletteFile::replace(const Palette& palette) const
+{
     QString text;
     if (m_fileName.endsWith(".col"))
         text = amiraText(palette);

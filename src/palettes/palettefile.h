@@ -25,6 +25,8 @@ public:
     /// Writes in the format of the name's ending. Refuses, writing nothing, when the file exists; false, too,
     /// when it cannot be written whole, and then no part of it is left.
     bool write(const Palette& palette) const;
+    /// The same over a file that exists, which stays as it was when writing fails.
+    bool replace(const Palette& palette) const;
 
     const QString& fileName() const { return m_fileName; }
     /// The lines that are no entries, in file order.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 
+#include <QEvent>
 #include <QGuiApplication>
 #include <QScreen>
 
@@ -33,6 +34,7 @@ QWidget* FormTable::make(const FormRow& row)
         }
         QWidget* made = row.create(m_mainWindow);
         made->setObjectName(row.name);
+        made->installEventFilter(this);
         m_forms.push_back({row.id, made});
         if (row.connect)
             row.connect(made);
@@ -71,6 +73,19 @@ void FormTable::createAllHidden()
 {
     for (const FormRow& each : m_rows)
         create(each.id, false);
+}
+
+bool FormTable::eventFilter(QObject* watched, QEvent* event)
+{
+    const bool isShown = event->type() == QEvent::Show;
+    // Minimised windows are hidden by the desktop, and stay open.
+    if ((isShown || event->type() == QEvent::Hide) && !event->spontaneous()) {
+        const auto found = std::find_if(m_forms.begin(), m_forms.end(),
+                                        [watched](const Made& each) { return each.form == watched; });
+        if (found != m_forms.end())
+            Q_EMIT visibilityChanged(found->id, isShown);
+    }
+    return QObject::eventFilter(watched, event);
 }
 
 void FormTable::hideAll()

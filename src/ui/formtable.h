@@ -11,7 +11,7 @@
 namespace tirn {
 
 /// The tool forms. Adding one means adding its id here and its row to the application's table.
-enum class FormId { About, Preferences };
+enum class FormId { About, Manager, Preferences };
 
 /// Where a form is placed beside the main window.
 enum class FormSide { Left = 0, Right = 1, Above = 2, Below = 3 };
@@ -30,8 +30,10 @@ struct FormRow
 };
 
 /// Makes forms on first use, in the order of their rows, and shows or hides them. The main window owns them.
-class FormTable
+class FormTable : public QObject
 {
+    Q_OBJECT
+
 public:
     void setRows(std::vector<FormRow> rows) { m_rows = std::move(rows); }
     void setMainWindow(QWidget* window) { m_mainWindow = window; }
@@ -43,6 +45,13 @@ public:
     QWidget* form(FormId id) const;
     void createAllHidden();
     void hideAll();
+
+Q_SIGNALS:
+    /// A form came up or went away, whoever asked for it.
+    void visibilityChanged(tirn::FormId id, bool visible);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     struct Made

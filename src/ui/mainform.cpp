@@ -1,9 +1,9 @@
+// The main window: menus, status bar, lists of what was opened last.
+
 #include "ui/mainform.h"
 
 #include <algorithm>
-#include <array>
 
-#include <QCloseEvent>
 #include <QFile>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -11,38 +11,14 @@
 #include <unistd.h>
 
 #include "base/log.h"
+#include "ui/mainactions.h"
 
 namespace tirn {
 
 namespace {
 
-/// One action: the path of menus it stands in, "/" between them, and what the user sees. An empty name is a
-/// separator.
-struct ActionRow
-{
-    const char* menu;
-    const char* name;
-    const char* text;
-    const char* shortcut = "";
-    const char* toolTip = "";
-    bool checkable = false;
-};
-
-constexpr ActionRow kActions[] = {
-    {"&File/Load", "segmentationOpenAction", "Segmentation..."},
-    {"&File/Close", "closeStackAction", "Stack"},
-    {"&File/Close", "closeAllAction", "All"},
-    {"&File", "", ""},
-    {"&File", "fileExitAction", "E&xit", "Ctrl+Q"},
-    {"&Edit", "editCopyAction", "&Copy", "Ctrl+C", "Copy the current window contents to the clipboard."},
-    {"&Edit", "", ""},
-    {"&Edit", "stretchToUsedBitsAction", "Stretch to used bits", "",
-     "Spread the bits that the data really use over the whole palette.", true},
-    {"&Edit", "editPreferencesAction", "Preferences..."},
-    {"&Help", "helpContentsAction", "&Contents..."},
-    {"&Help", "helpAboutAction", "&About"},
-    {"&Help", "checkForUpdatesAction", "Check for Updates..."},
-};
+constexpr int kLongestMenuText = 100;
+constexpr int kMessageMilliseconds = 10000;
 
 QMenu* subMenu(QMenu* parent, QMenuBar* bar, const QString& title)
 {
@@ -51,42 +27,61 @@ QMenu* subMenu(QMenu* parent, QMenuBar* bar, const QString& title)
         if (action->menu() != nullptr && action->text() == title)
             return action->menu();
     }
-    return parent != nullptr ? parent->addMenu(title) : bar->addMenu(title);
+    QMenu* made = parent != nullptr ? parent->addMenu(title) : bar->addMenu(title);
+    made->setToolTipsVisible(true);
+    return made;
 }
 
 QMenu* menuOf(QMenuBar* bar, const QString& path)
 {
     QMenu* menu = nullptr;
-    for (const QString& title : path.split('/'))
+    for (const QString& title : path.split('/', Qt::SkipEmptyParts))
         menu = subMenu(menu, bar, title);
     return menu;
 }
 
 } // namespace
 
-MainForm::MainForm(const QString& name)
+QString menuText(const QString& text)
+{
+    QString shown = text;
+    if (shown.size() > kLongestMenuText)
+        shown = shown.left(kLongestMenuText / 2) + QChar(0x2026) + shown.right(kLongestMenuText / 2);
+    return shown.replace('&', "&&");
+}
+
+MainForm::MainForm(const QString& name, const MainFormServices& services) : m_services(services)
 {
     setObjectName(name);
     setWindowTitle("Tirn");
+    setAcceptDrops(true);
     buildMenus();
     buildStatusBar();
+    buildRecentMenus();
 }
 
 void MainForm::buildMenus()
 {
-    for (const ActionRow& row : kActions) {
+    for (const ActionRow& row : mainActions()) {
         QMenu* menu = menuOf(menuBar(), row.menu);
         if (*row.name == '\0') {
             menu->addSeparator();
             continue;
         }
+        if (row.kind == ActionRow::Kind::List) {
+            QMenu* list = subMenu(menu, menuBar(), tr(row.text));
+            list->setObjectName(row.name);
+            continue;
+        }
         auto* action = new QAction(tr(row.text), this);
         action->setObjectName(row.name);
         action->setShortcut(QKeySequence(QLatin1String(row.shortcut)));
-        action->setCheckable(row.checkable);
+        action->setCheckable(row.kind == ActionRow::Kind::Toggle);
+        action->setEnabled(row.enabled);
         if (*row.toolTip != '\0')
             action->setToolTip(tr(row.toolTip));
-        menu->addAction(action);
+        if (menu != nullptr)
+            menu->addAction(action);
     }
 }
 
@@ -107,6 +102,65 @@ void MainForm::buildStatusBar()
 }
 
 QAction* MainForm::action(const QString& name) const { return findChild<QAction*>(name); }
+
+QMenu* MainForm::listMenu(const char* name) const { return findChild<QMenu*>(name); }
+
+void MainForm::buildRecentMenus()
+{
+    QMenu* stacks = listMenu("recentStacksMenu");
+    stacks->clear();
+    for (std::size_t i = 0; i < m_recent.stacks().size(); ++i) {
+        const QString text = m_recent.stacks()[i].text();
+        QAction* entry = stacks->addAction(menuText(text));
+        entry->setData(text);
+        connect(entry, &QAction::triggered, this, [this, i] { recentStack(static_cast<int>(i)); });
+    }
+    QMenu* palettes = listMenu("recentPalettesMenu");
+    palettes->clear();
+    for (const QString& name : m_recent.palettes()) {
+        QAction* entry = palettes->addAction(menuText(name));
+        entry->setData(name);
+        connect(entry, &QAction::triggered, this, [this, name] { Q_EMIT loadRecentPalette({name}); });
+    }
+    stacks->setEnabled(!stacks->isEmpty());
+    palettes->setEnabled(!palettes->isEmpty());
+}
+
+void MainForm::readRecentLists()
+{
+    m_recent = RecentLists::read(m_services.store);
+    buildRecentMenus();
+}
+
+void MainForm::addRecentStack(const std::vector<QStringList>& files, int channels, int timePoints)
+{
+    if (files.empty())
+        return;
+    m_recent.addStack({files, channels, timePoints});
+    buildRecentMenus();
+}
+
+void MainForm::paletteLoaded(const QString& name)
+{
+    m_recent.addPalette(name);
+    buildRecentMenus();
+}
+
+void MainForm::recentStack(int position)
+{
+    // A copy: loading changes the list.
+    const RecentStack stack = m_recent.stacks()[static_cast<std::size_t>(position)];
+    if (stack.missing == 0) {
+        Q_EMIT loadRecentStack(stack.files, stack.channels, stack.timePoints);
+        return;
+    }
+    statusBar()->showMessage(
+        tr("Only the first %1 names of this stack were remembered.").arg(stack.files.size()),
+        kMessageMilliseconds);
+    const auto kept = static_cast<int>(stack.files.size());
+    const bool channelsApart = stack.timePoints != kept + stack.missing && stack.channels > 1;
+    Q_EMIT loadRecentStack(stack.files, stack.channels, channelsApart ? kept / stack.channels : kept);
+}
 
 void MainForm::updateBlendingStatus(GLint mode) { m_blending->setText(mode == GL_MAX ? "max" : "alpha"); }
 
@@ -140,13 +194,6 @@ void MainForm::changeEvent(QEvent* event)
     if (isMinimized())
         logDebug("We've been miniminzed!");
     m_minimisedHandler(isMinimized());
-}
-
-void MainForm::closeEvent(QCloseEvent* event)
-{
-    if (m_closeHandler)
-        m_closeHandler();
-    event->accept();
 }
 
 int processMegabytes()

@@ -8,28 +8,47 @@
 #include <QMainWindow>
 #include <QMenu>
 
-#include "volume/voxelarray.h"
+#include "image/imageattributes.h"
+#include "render/scene.h"
+#include "session/recentlists.h"
+#include "session/settings.h"
+
+class QSettings;
 
 namespace tirn {
 
-/// The main window: menus, status bar and the render widget in the middle. Its actions are connected by the
-/// application.
+/// What the main window works with. All of it outlives the window.
+struct MainFormServices
+{
+    /// Holds the directories that all file dialogs share.
+    Settings& settings;
+    QSettings& store;
+    const Scene& scene;
+};
+
+/// The main window: menus, status bar, the lists of what was opened last, and the render widget in the
+/// middle. Files that are dropped on the program arrive here. Its actions are connected by the application.
 class MainForm : public QMainWindow
 {
     Q_OBJECT
 
 public:
-    explicit MainForm(const QString& name);
+    MainForm(const QString& name, const MainFormServices& services);
 
     /// An action by its name, null when there is none.
     QAction* action(const QString& name) const;
-    /// Asks before a window closes by itself.
+    /// What is done before the window closes, first of all.
     void setCloseHandler(std::function<void()> handler) { m_closeHandler = std::move(handler); }
     /// The widget whose window state decides whether anything is drawn.
     void setMinimisedHandler(std::function<void(bool minimised)> handler)
     {
         m_minimisedHandler = std::move(handler);
     }
+    const RecentLists& recent() const { return m_recent; }
+    /// Takes the lists of what was opened last from the store.
+    void readRecentLists();
+    /// Puts a loaded stack on top of the list.
+    void addRecentStack(const std::vector<QStringList>& files, int channels, int timePoints);
 
 public Q_SLOTS:
     /// GL_FUNC_ADD or GL_MAX.
@@ -39,15 +58,37 @@ public Q_SLOTS:
     void updateMemoryStatus();
     void updateZCorrectionStatus(bool on);
     void checkForUpdates();
+    /// Puts a palette file on top of the list.
+    void paletteLoaded(const QString& name);
+    /// Asks for the first file of a TIFF series.
+    void loadSequenceTiff();
+
+Q_SIGNALS:
+    void loadRecentPalette(const QStringList& names);
+    void savePalette(tirn::Palette* palette);
+    void loadRecentStack(const std::vector<QStringList>& files, int channels, int timePoints);
+    /// Mode 0: for the stack form.
+    void loadTiffs(const QString& name, int mode);
+    void loadSession(const QString& name);
 
 protected:
     void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     void buildMenus();
     void buildStatusBar();
+    void buildRecentMenus();
+    QMenu* listMenu(const char* name) const;
+    void recentStack(int position);
+    /// False when the user wants to go on.
+    bool askAboutUnsavedPalettes();
+    void writeSettings();
 
+    MainFormServices m_services;
+    RecentLists m_recent;
     QLabel* m_blending;
     QLabel* m_zCorrection;
     QLabel* m_texture;
@@ -58,5 +99,8 @@ private:
 
 /// The program's memory in whole megabytes.
 int processMegabytes();
+
+/// A text for a menu: cut in the middle where it is long, and without mnemonics.
+QString menuText(const QString& text);
 
 } // namespace tirn

@@ -1,0 +1,96 @@
+#include "session/droppedfiles.h"
+
+#include <algorithm>
+
+#include <QDir>
+#include <QFileInfo>
+
+#include "base/log.h"
+
+namespace tirn {
+
+namespace {
+
+bool endsWithAny(const QString& name, std::initializer_list<const char*> endings)
+{
+    return std::any_of(endings.begin(), endings.end(), [&name](const char* ending) {
+        return name.endsWith(QLatin1String(ending), Qt::CaseInsensitive);
+    });
+}
+
+bool isReadableDirectory(const QString& name)
+{
+    const QFileInfo info(name);
+    return info.isDir() && info.isReadable();
+}
+
+/// Takes the names that satisfy a condition out of a list.
+QStringList take(QStringList& names, const std::function<bool(const QString&)>& condition)
+{
+    const auto rest = std::stable_partition(names.begin(), names.end(),
+                                            [&condition](const QString& name) { return !condition(name); });
+    QStringList taken(rest, names.end());
+    names.erase(rest, names.end());
+    return taken;
+}
+
+QStringList entriesOf(const QString& directory)
+{
+    QStringList names;
+    for (const QString& entry : QDir(directory).entryList(QDir::Files, QDir::Name))
+        names.append(QDir::toNativeSeparators(QDir(directory).filePath(entry)));
+    return names;
+}
+
+} // namespace
+
+DroppedFiles sortDroppedFiles(QStringList names, const StackProbe& probe)
+{
+    DroppedFiles dropped;
+    for (QString& name : names) {
+        name = QDir::toNativeSeparators(name);
+        logDebug("cleaned string %s", qPrintable(name));
+    }
+    const bool isFolder = !names.isEmpty() && isReadableDirectory(names.first());
+    if (isFolder)
+        names = entriesOf(names.first()) + names.mid(1);
+    const auto session = std::find_if(names.begin(), names.end(),
+                                      [](const QString& name) { return endsWithAny(name, {".tir"}); });
+    if (session != names.end()) {
+        dropped.session = *session;
+        return dropped;
+    }
+    dropped.palettes = take(names, [](const QString& name) {
+        return endsWithAny(name, {".map", ".col", ".lut"});
+    });
+    ImageAttributes first;
+    bool allSinglePages = true;
+    dropped.unknown = take(names, [&](const QString& name) {
+        const ImageAttributes attributes = probe(name);
+        if (attributes.type == ImageType::Unknown)
+            return true;
+        if (first.type == ImageType::Unknown)
+            first = attributes;
+        allSinglePages = allSinglePages && attributes.type == ImageType::TiffSeries;
+        return false;
+    });
+    if (names.isEmpty())
+        return dropped;
+    if (isFolder && allSinglePages && names.size() > 1) {
+        dropped.sequence = names.first();
+        return dropped;
+    }
+    if (endsWithAny(names.first(), {".pic"})) {
+        dropped.files = {names};
+        dropped.channels = static_cast<int>(names.size());
+        dropped.timePoints = 1;
+        return dropped;
+    }
+    for (const QString& name : names)
+        dropped.files.push_back({name});
+    dropped.channels = first.channels;
+    dropped.timePoints = static_cast<int>(names.size());
+    return dropped;
+}
+
+} // namespace tirn

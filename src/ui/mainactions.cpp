@@ -1,0 +1,98 @@
+#include "ui/mainactions.h"
+
+namespace tirn {
+
+namespace {
+
+constexpr auto kPlain = ActionRow::Kind::Plain;
+constexpr auto kToggle = ActionRow::Kind::Toggle;
+constexpr auto kList = ActionRow::Kind::List;
+constexpr const char* kNotYet = "Not available in this version.";
+
+constexpr ActionRow separator(const char* menu) { return {menu, "", ""}; }
+
+/// An action whose window is not there yet.
+constexpr ActionRow later(const char* menu, const char* name, const char* text,
+                          ActionRow::Kind kind = ActionRow::Kind::Plain)
+{
+    return {menu, name, text, "", kNotYet, kind, false};
+}
+
+constexpr ActionRow kActions[] = {
+    {"&File/Load", "stackOpenAction", "Stack..."},
+    later("&File/Load", "paletteOpenAction", "Palette..."),
+    later("&File/Load", "paletteNewAction", "New Palette"),
+    {"&File/Load", "importStackAction", "Raw Stack..."},
+    later("&File/Load", "sessionOpenAction", "Session..."),
+    {"&File/Load", "sequenceTiffAction", "Sequence Tiff..."},
+    {"&File/Load", "segmentationOpenAction", "Segmentation..."},
+    later("&File/Load", "zcurveOpenAction", "Z Correction Curve..."),
+    separator("&File/Load"),
+    {"&File/Load", "recentStacksMenu", "Recent Stacks", "", "", kList},
+    {"&File/Load", "recentPalettesMenu", "Recent Palettes", "", "", kList},
+    later("&File/Save", "sessionSaveAction", "Save Session..."),
+    later("&File/Save", "paletteSaveAction", "Save Palette..."),
+    {"&File/Close", "closeStackAction", "Stack"},
+    later("&File/Close", "closePaletteAction", "Palette"),
+    {"&File/Close", "closeAllAction", "All"},
+    {"&File/Export", "fileSaveCoreAction", "Export Core...", "Ctrl+S",
+     "Write what is inside the cut box to a file."},
+    {"&File/Export", "fileSaveZAction", "Export Z corrected...", "",
+     "Write the stack with its depth correction applied to a file."},
+    {"&File/Export", "fileSaveAllAction", "All Changes", "",
+     "Write what is inside the cut box, with its depth correction applied, to a file."},
+    separator("&File"),
+    {"&File", "printAction", "Print..."},
+    separator("&File"),
+    {"&File", "fileExitAction", "E&xit", "Ctrl+Q"},
+    {"&Edit", "editUndoAction", "&Undo", "Ctrl+Z", "There is nothing to undo.", kPlain, false},
+    {"&Edit", "editRedoAction", "&Redo", "Ctrl+Y", "There is nothing to redo.", kPlain, false},
+    {"&Edit", "editCopyAction", "&Copy", "Ctrl+C", "Copy the current window contents to the clipboard."},
+    separator("&Edit"),
+    {"&Edit/Filter", "filterMeanAction", "Mean"},
+    {"&Edit/Filter", "filterMedianAction", "Median"},
+    {"&Edit/Filter", "filterMinAction", "Min"},
+    {"&Edit/Filter", "filterMaxAction", "Max"},
+    {"&Edit/Filter", "filterCustomAction", "Custom..."},
+    {"&Edit/Filter", "backgroundAction", "Background Subtract"},
+    {"&Edit/Flip", "flipXAction", "X Axis"},
+    {"&Edit/Flip", "flipYAction", "Y Axis"},
+    {"&Edit/Flip", "flipZAction", "Z Axis"},
+    {"&Edit", "invertAction", "Invert Intensities"},
+    separator("&Edit"),
+    {"&Edit", "stretchToUsedBitsAction", "Stretch to used bits", "",
+     "Spread the bits that the data really use over the whole palette.", kToggle},
+    {"&Edit", "editPreferencesAction", "Preferences..."},
+    {"&Window", "windowStack_ManagerAction", "Stack Manager", "", "", kToggle},
+    later("&Window", "windowPalette_EditorAction", "Palette Editor", kToggle),
+    later("&Window", "windowRendering_OptionsAction", "Renderer", kToggle),
+    later("&Window", "windowSnapshotAction", "Snapshot", kToggle),
+    later("&Window", "windowMovie_MakerAction", "Movie Maker", kToggle),
+    later("&Window", "windowAdvancedMovieMakerAction", "Advanced Movie Maker", kToggle),
+    later("&Window", "windowViewAction", "View", kToggle),
+    later("&Window", "windowCut_PlanesAction", "Cut Planes", kToggle),
+    later("&Window", "windowZScaleAction", "Z Intensity Correction", kToggle),
+    later("&Window", "windowMergerAction", "Merger", kToggle),
+    later("&Window", "windowMaskEditorAction", "Mask of Zero", kToggle),
+    later("&Window", "windowCorrectionMatrixAction", "Channel Unmixing", kToggle),
+    later("&Window", "windowShaderTricksAction", "Shader Tricks", kToggle),
+    later("&Window", "windowStatisticsAction", "Statistics", kToggle),
+    later("&Window", "windowLightingAction", "Lighting", kToggle),
+    {"&Help", "helpContentsAction", "&Contents..."},
+    later("&Help", "helpVideo_Card_CapabilitiesAction", "Video Card Capabilities"),
+    {"&Help", "helpAboutAction", "&About"},
+    {"&Help", "checkForUpdatesAction", "Check for Updates..."},
+    {"", "fileOpenAction", "&Open..."},
+    {"", "fileSaveAsAction", "Save &As..."},
+    {"", "filePrintAction", "&Print..."},
+    {"", "editCutAction", "Cu&t"},
+    {"", "editPasteAction", "&Paste"},
+    {"", "editFindAction", "&Find..."},
+    {"", "helpIndexAction", "&Index..."},
+};
+
+} // namespace
+
+std::span<const ActionRow> mainActions() { return kActions; }
+
+} // namespace tirn

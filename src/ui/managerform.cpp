@@ -1,0 +1,238 @@
+#include "ui/managerform.h"
+
+#include <algorithm>
+
+#include <QHeaderView>
+#include <QMenu>
+#include <QMessageBox>
+#include <QShowEvent>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+#include "base/log.h"
+#include "render/tirnwidget.h"
+#include "ui/stackdimensionsform.h"
+#include "volume/volumemaking.h"
+
+namespace tirn {
+
+namespace {
+
+/// What a row gets besides the height of its item when its texts were changed.
+constexpr int kRowMargin = 20;
+/// A window shows so many rows without scrolling.
+constexpr int kMostRowsShown = 3;
+
+} // namespace
+
+ManagerForm::ManagerForm(ManagerServices services, QWidget* parent)
+    : QDialog(parent), m_services(std::move(services)), m_table(new QTableWidget(0, 1, this)),
+      m_menu(new QMenu(this))
+{
+    setWindowTitle(tr("Stack Manager"));
+    m_table->setObjectName("tblManager");
+    m_table->horizontalHeader()->hide();
+    m_table->horizontalHeader()->setStretchLastSection(true);
+    m_table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    m_table->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    m_table->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_table->setContextMenuPolicy(Qt::CustomContextMenu);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(m_table);
+    buildMenu();
+    connect(m_table, &QTableWidget::customContextMenuRequested, this, [this](const QPoint& at) {
+        const int row = m_table->rowAt(at.y());
+        contextMenuRequested_(row, 0, m_table->viewport()->mapToGlobal(at));
+    });
+    connect(m_table->verticalHeader(), &QHeaderView::sectionDoubleClicked, this, &ManagerForm::makeCurrent);
+}
+
+void ManagerForm::buildMenu()
+{
+    m_menu->setObjectName("rowMenu");
+    QAction* edit = m_menu->addAction(tr("Edit palette"));
+    edit->setEnabled(static_cast<bool>(m_services.editPalette));
+    connect(edit, &QAction::triggered, this, [this] { m_services.editPalette(); });
+    m_menu->addSeparator();
+    m_menu->addAction(tr("Make current array"), this, &ManagerForm::makeCurrent);
+    m_menu->addAction(tr("Correct voxel dimensions"), this, &ManagerForm::changeVoxelDimensions);
+    m_menu->addAction(tr("Load stack"), this, [this] { m_services.loadStack(); });
+    m_menu->addAction(tr("Close stack"), this, &ManagerForm::closeStack);
+}
+
+TirnStackItem* ManagerForm::item(int row) const
+{
+    return row >= 0 && row < itemCount() ? m_items[static_cast<std::size_t>(row)] : nullptr;
+}
+
+int ManagerForm::currentRow() const { return m_table->currentRow(); }
+
+VoxelArray* ManagerForm::arrayOfRow() const
+{
+    TirnStackItem* row = item(currentRow());
+    return row != nullptr ? &row->array() : nullptr;
+}
+
+void ManagerForm::addItem(int i)
+{
+    TirnStackItem* made = nullptr;
+    try {
+        made = new TirnStackItem(*m_services.scene.arrays.at(static_cast<std::size_t>(i)), m_services, this);
+    } catch (const std::bad_alloc&) {
+        logWarning("Could not allocate TirnStackItem");
+        QMessageBox::warning(this, "Problem adding stack", "Could not add stack to table");
+        return;
+    }
+    connect(made, &TirnStackItem::paletteAssigned, this, &ManagerForm::paletteAssignment);
+    connect(made, &TirnStackItem::paletteStateChanged, this, &ManagerForm::paletteStateChanged);
+    connect(made, &TirnStackItem::timepointChanged, this, &ManagerForm::timepointChanged);
+    connect(this, &ManagerForm::prepMovie, made, &TirnStackItem::prepForMovie);
+    connect(this, &ManagerForm::returnMovie, made, &TirnStackItem::returnFromMovie);
+    connect(made, &TirnStackItem::entered, this, [this, made] {
+        const auto found = std::find(m_items.begin(), m_items.end(), made);
+        m_table->setCurrentCell(static_cast<int>(found - m_items.begin()), 0);
+    });
+    m_items.push_back(made);
+    const int row = m_table->rowCount();
+    m_table->insertRow(row);
+    m_table->setVerticalHeaderItem(row, new QTableWidgetItem);
+    m_table->setCellWidget(row, 0, made);
+    fitRow(row);
+    fitMinimumSize();
+    currentArrayChanged();
+}
+
+void ManagerForm::fitRow(int row)
+{
+    m_table->setRowHeight(row, item(row)->sizeHint().height());
+    m_table->setColumnWidth(0, std::max(m_table->columnWidth(0), item(row)->sizeHint().width()));
+}
+
+void ManagerForm::fitMinimumSize()
+{
+    const int frame = 2 * m_table->frameWidth();
+    int height = frame;
+    for (int row = 0; row < std::min(kMostRowsShown, m_table->rowCount()); ++row)
+        height += m_table->rowHeight(row);
+    const int width = m_items.empty() ? 0 : m_items.front()->sizeHint().width();
+    // Room for the header and for a scroll bar that more rows bring.
+    m_table->setMinimumSize(width + frame + m_table->verticalHeader()->sizeHint().width() +
+                                style()->pixelMetric(QStyle::PM_ScrollBarExtent),
+                            height);
+}
+
+void ManagerForm::removeItem(int i)
+{
+    if (item(i) == nullptr)
+        return;
+    // The table deletes the item with its row.
+    m_items.erase(m_items.begin() + i);
+    m_table->removeRow(i);
+    fitMinimumSize();
+}
+
+void ManagerForm::initTable()
+{
+    while (itemCount() > 0)
+        removeItem(itemCount() - 1);
+    for (int i = 0; i < static_cast<int>(m_services.scene.arrays.size()); ++i)
+        addItem(i);
+}
+
+void ManagerForm::showEvent(QShowEvent* event)
+{
+    if (!event->spontaneous()) {
+        for (TirnStackItem* each : m_items) {
+            each->timePointChanged();
+            each->refreshPalettes();
+        }
+    }
+    QDialog::showEvent(event);
+}
+
+void ManagerForm::timePointChanged()
+{
+    for (TirnStackItem* each : m_items)
+        each->timePointChanged();
+}
+
+void ManagerForm::paletteListChanged()
+{
+    for (TirnStackItem* each : m_items)
+        each->refreshPalettes();
+}
+
+void ManagerForm::paletteAssigned() { paletteListChanged(); }
+
+void ManagerForm::contextMenuRequested_(int row, int /*column*/, const QPoint& globalPosition)
+{
+    if (item(row) == nullptr)
+        return;
+    m_table->setCurrentCell(row, 0);
+    m_menu->popup(globalPosition);
+}
+
+void ManagerForm::makeCurrent()
+{
+    if (arrayOfRow() != nullptr)
+        m_services.setCurrentArray(currentRow());
+}
+
+void ManagerForm::closeStack()
+{
+    const int row = currentRow();
+    if (arrayOfRow() == nullptr)
+        return;
+    logDebug("current %d stacks %d", m_services.scene.currentIndex, itemCount());
+    // Takes the row away, too.
+    m_services.closeStack(row);
+    logDebug("after delete current %d stacks %d", m_services.scene.currentIndex, itemCount());
+    currentArrayChanged();
+    if (itemCount() > 0)
+        logDebug("final current %d stacks %d", m_services.scene.currentIndex, itemCount());
+    Q_EMIT currentStackClosed();
+}
+
+void ManagerForm::currentArrayChanged()
+{
+    const int current = m_services.scene.currentIndex;
+    for (int row = 0; row < m_table->rowCount(); ++row) {
+        QTableWidgetItem* header = m_table->verticalHeaderItem(row);
+        header->setText(row == current ? QString(QChar(0x25B6)) : QString());
+        header->setToolTip(row == current ? tr("This stack is shown.") : tr("Double click to show it."));
+    }
+    if (item(current) != nullptr)
+        m_table->setCurrentCell(current, 0);
+}
+
+void ManagerForm::changeVoxelDimensions()
+{
+    VoxelArray* array = arrayOfRow();
+    if (array == nullptr)
+        return;
+    const int row = currentRow();
+    StackDimensionsForm form(this);
+    form.setDimensions(array->stack().dimX, array->stack().dimY, array->stack().dimZ);
+    // The stack may have been closed meanwhile.
+    if (form.exec() != QDialog::Accepted || item(row) == nullptr || &item(row)->array() != array)
+        return;
+    const AxisScale scale = scaleOfVoxels(form.getX(), form.getY(), form.getZ(), array->sliceStep);
+    {
+        const std::scoped_lock lock(m_services.scene.mutex);
+        array->stack().dimX = form.getX();
+        array->stack().dimY = form.getY();
+        array->stack().dimZ = form.getZ();
+        array->scale = scale;
+        array->baseScale = scale;
+    }
+    item(row)->updateDimensions();
+    m_table->setRowHeight(row, item(row)->sizeHint().height() + kRowMargin);
+    fitMinimumSize();
+    Q_EMIT scaleChanged(scale.x, scale.y, scale.z);
+    if (array == m_services.scene.current()) {
+        m_services.widget().renderThread().forceRebuild = true;
+        m_services.widget().requestFrame();
+    }
+}
+
+} // namespace tirn

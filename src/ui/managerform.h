@@ -1,0 +1,67 @@
+#pragma once
+
+#include <vector>
+
+#include <QDialog>
+
+#include "ui/tirnstackitem.h"
+
+namespace tirn {
+
+/// The loaded volumes, a row each, in the order of the application's list.
+class ManagerForm : public QDialog
+{
+    Q_OBJECT
+
+public:
+    ManagerForm(ManagerServices services, QWidget* parent);
+
+    TirnStackItem* item(int row) const;
+    int itemCount() const { return static_cast<int>(m_items.size()); }
+
+public Q_SLOTS:
+    /// Appends the row of volume i.
+    void addItem(int i);
+    /// Takes a row away; one out of range does nothing.
+    void removeItem(int i);
+    void timePointChanged();
+    void paletteListChanged();
+    /// Channels show other palettes or states than before.
+    void paletteAssigned();
+    /// Makes all rows anew.
+    void initTable();
+    void contextMenuRequested_(int row, int column, const QPoint& globalPosition);
+    /// These act on the current row.
+    void makeCurrent();
+    void closeStack();
+    void changeVoxelDimensions();
+    /// Marks the row of the current volume.
+    void currentArrayChanged();
+
+Q_SIGNALS:
+    void currentStackClosed();
+    void scaleChanged(double x, double y, double z);
+    void paletteAssignment();
+    void paletteStateChanged();
+    void timepointChanged();
+    void prepMovie();
+    void returnMovie();
+    void preserveScaleRatioChanged(bool on);
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    int currentRow() const;
+    VoxelArray* arrayOfRow() const;
+    void fitRow(int row);
+    void buildMenu();
+    void fitMinimumSize();
+
+    ManagerServices m_services;
+    std::vector<TirnStackItem*> m_items;
+    QTableWidget* m_table;
+    class QMenu* m_menu;
+};
+
+} // namespace tirn

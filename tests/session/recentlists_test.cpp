@@ -1,0 +1,148 @@
+#include "session/recentlists.h"
+
+#include <QSettings>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace tirn {
+namespace {
+
+RecentStack stackOf(const QString& name, int channels = 1, int timePoints = 1)
+{
+    return {{{name}}, channels, timePoints};
+}
+
+class RecentStore : public ::testing::Test
+{
+protected:
+    QTemporaryDir directory;
+    QSettings store{directory.filePath("store.ini"), QSettings::IniFormat};
+
+    QSettings reopened() { return {directory.filePath("store.ini"), QSettings::IniFormat}; }
+};
+
+TEST(RecentLists, AStackIsCalledByTheFirstNamesOfItsElements)
+{
+    const RecentStack stack{{{"a0.pic", "a1.pic"}, {"b0.pic", "b1.pic"}}, 2, 2};
+    EXPECT_EQ(stack.text(), QString("a0.pic b0.pic"));
+}
+
+TEST(RecentLists, TheNewestIsOnTopAndAnEqualOneGoes)
+{
+    RecentLists lists;
+    lists.addStack(stackOf("a"));
+    lists.addStack(stackOf("b"));
+    lists.addStack(stackOf("a", 3));
+    ASSERT_EQ(lists.stacks().size(), 2U);
+    EXPECT_EQ(lists.stacks()[0], stackOf("a", 3));
+    EXPECT_EQ(lists.stacks()[1], stackOf("b"));
+    lists.addPalette("x.map");
+    lists.addPalette("y.map");
+    lists.addPalette("x.map");
+    EXPECT_EQ(lists.palettes(), QStringList({"x.map", "y.map"}));
+}
+
+TEST(RecentLists, TheEleventhPushesOutTheOldest)
+{
+    RecentLists lists;
+    for (int i = 0; i < 11; ++i) {
+        lists.addStack(stackOf(QString("stack%1").arg(i)));
+        lists.addPalette(QString("palette%1").arg(i));
+    }
+    ASSERT_EQ(lists.stacks().size(), 10U);
+    EXPECT_EQ(lists.stacks().front().text(), QString("stack10"));
+    EXPECT_EQ(lists.stacks().back().text(), QString("stack1"));
+    EXPECT_EQ(lists.palettes().size(), 10);
+    EXPECT_EQ(lists.palettes().last(), QString("palette1"));
+}
+
+TEST_F(RecentStore, HoldsTheKeysOfTheLayout)
+{
+    RecentLists lists;
+    lists.addStack({{{"t0c0", "t0c1"}, {"t1c0", "t1c1"}}, 2, 2});
+    lists.addStack(stackOf("new"));
+    lists.addPalette("/p/red.map");
+    lists.write(store);
+    EXPECT_EQ(store.value("RecentPalettes/0").toString(), QString("/p/red.map"));
+    EXPECT_EQ(store.value("RecentStacks/0name0").toStringList(), QStringList({"new"}));
+    EXPECT_EQ(store.value("RecentStacks/1name0").toStringList(), QStringList({"t0c0", "t0c1"}));
+    EXPECT_EQ(store.value("RecentStacks/1name1").toStringList(), QStringList({"t1c0", "t1c1"}));
+    EXPECT_EQ(store.value("RecentStacks/1channels").toInt(), 2);
+    EXPECT_EQ(store.value("RecentStacks/1timepoints").toInt(), 2);
+    EXPECT_FALSE(store.contains("RecentStacks/1name2"));
+}
+
+TEST_F(RecentStore, GivesBackWhatWasWritten)
+{
+    RecentLists lists;
+    for (int i = 0; i < 12; ++i) {
+        lists.addStack({{{QString("a%1").arg(i), "with, comma"}, {"b"}}, i, 2});
+        lists.addPalette(QString("/a b/%1;.map").arg(i));
+    }
+    lists.write(store);
+    store.sync();
+    QSettings again = reopened();
+    const RecentLists read = RecentLists::read(again);
+    EXPECT_EQ(read.stacks(), lists.stacks());
+    EXPECT_EQ(read.palettes(), lists.palettes());
+}
+
+TEST_F(RecentStore, ElementsOfAnOlderLongerStackAreRemoved)
+{
+    RecentLists longer;
+    longer.addStack({{{"a"}, {"b"}, {"c"}}, 1, 3});
+    longer.write(store);
+    RecentLists shorter;
+    shorter.addStack(stackOf("d"));
+    shorter.write(store);
+    EXPECT_EQ(RecentLists::read(store).stacks(), std::vector<RecentStack>{stackOf("d")});
+    EXPECT_FALSE(store.contains("RecentStacks/0name1"));
+    EXPECT_FALSE(store.contains("RecentStacks/0name2"));
+}
+
+TEST_F(RecentStore, KeepsAHundredElementsAndSaysHowManyAreMissing)
+{
+    RecentStack stack{{}, 1, 150};
+    for (int i = 0; i < 150; ++i)
+        stack.files.push_back({QString("t%1").arg(i)});
+    RecentLists lists;
+    lists.addStack(stack);
+    lists.write(store);
+    EXPECT_TRUE(store.contains("RecentStacks/0name99"));
+    EXPECT_FALSE(store.contains("RecentStacks/0name100"));
+    const RecentLists read = RecentLists::read(store);
+    ASSERT_EQ(read.stacks().size(), 1U);
+    EXPECT_EQ(read.stacks()[0].files.size(), 100U);
+    EXPECT_EQ(read.stacks()[0].timePoints, 150);
+    EXPECT_EQ(read.stacks()[0].missing, 50);
+    // And so it stays over another restart.
+    read.write(store);
+    EXPECT_EQ(RecentLists::read(store).stacks()[0].missing, 50);
+}
+
+TEST_F(RecentStore, ForeignValuesArePassedOver)
+{
+    store.setValue("RecentPalettes/0", QVariant());
+    store.setValue("RecentPalettes/3", "good.map");
+    store.setValue("RecentPalettes/12", "beyond.map");
+    store.setValue("RecentStacks/0name0", "17");
+    store.setValue("RecentStacks/0channels", "several");
+    store.setValue("RecentStacks/0timepoints", -4);
+    store.setValue("RecentStacks/2channels", 3);
+    store.setValue("RecentStacks/3name1", "no first element");
+    store.setValue("RecentStacks/what", QByteArray("\0\1", 2));
+    const RecentLists read = RecentLists::read(store);
+    EXPECT_EQ(read.palettes(), QStringList({"good.map"}));
+    ASSERT_EQ(read.stacks().size(), 1U);
+    EXPECT_EQ(read.stacks()[0].channels, 0);
+    EXPECT_EQ(read.stacks()[0].timePoints, 0);
+}
+
+TEST_F(RecentStore, AnEmptyOneGivesEmptyLists)
+{
+    EXPECT_TRUE(RecentLists::read(store).stacks().empty());
+    EXPECT_TRUE(RecentLists::read(store).palettes().isEmpty());
+}
+
+} // namespace
+} // namespace tirn
