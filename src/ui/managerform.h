@@ -3,6 +3,7 @@
 #include <vector>
 
 #include <QDialog>
+#include <QMenu>
 
 #include "ui/tirnstackitem.h"
 
@@ -61,7 +62,7 @@ private:
     ManagerServices m_services;
     std::vector<TirnStackItem*> m_items;
     QTableWidget* m_table;
-    class QMenu* m_menu;
+    QMenu* m_menu;
 };
 
 } // namespace tirn
