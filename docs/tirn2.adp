@@ -12,6 +12,16 @@
         <keyword ref="index.html#open">open</keyword>
         <keyword ref="index.html#open">command line</keyword>
     </section>
+    <section ref="stacks.html" title="Stacks">
+        <keyword ref="stacks.html#drop">drop</keyword>
+        <keyword ref="stacks.html#form">time series</keyword>
+        <keyword ref="stacks.html#raw">raw data</keyword>
+        <keyword ref="stacks.html#sequence">TIFF sequence</keyword>
+        <keyword ref="stacks.html#manager">stack manager</keyword>
+        <keyword ref="stacks.html#filters">filter</keyword>
+        <keyword ref="stacks.html#export">export</keyword>
+        <keyword ref="stacks.html#preferences">preferences</keyword>
+    </section>
     <section ref="help.html" title="Looking around">
         <keyword ref="help.html#mouse">mouse</keyword>
         <keyword ref="help.html#keys">keys</keyword>

@@ -106,6 +106,7 @@ void TirnStackItem::buildChannels()
     m_channels->setColumnCount(ColumnCount);
     m_channels->horizontalHeader()->hide();
     m_channels->verticalHeader()->hide();
+    m_channels->setSizeAdjustPolicy(QAbstractScrollArea::AdjustToContents);
     m_channels->horizontalHeader()->setSectionResizeMode(PaletteColumn, QHeaderView::Stretch);
     for (int row = 0; row < m_array.channelCount(); ++row) {
         const QString name = QString::asprintf("Channel %d", row + 1);
