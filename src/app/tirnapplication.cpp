@@ -45,12 +45,29 @@ TirnApplication::TirnApplication(int& argc, char** argv)
     setOrganizationName("Tirn");
     setApplicationName("Tirn2");
     m_settings = std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope, "Tirn", "Tirn2");
-    // Input fields take the background of their window.
+    colourInputs();
+}
+
+/// Input fields take the background of their window, also when the desktop turns dark or light.
+void TirnApplication::colourInputs()
+{
     QPalette inputs = QApplication::palette();
+    // Setting them tells of a change again.
+    if (QApplication::palette("QSpinBox").color(QPalette::Base) == inputs.color(QPalette::Window))
+        return;
     for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive})
         inputs.setColor(group, QPalette::Base, inputs.color(group, QPalette::Window));
     for (const char* widgetClass : {"QSpinBox", "QTableWidget", "QComboBox", "tirn::FileChooser"})
         setPalette(inputs, widgetClass);
+}
+
+bool TirnApplication::event(QEvent* event)
+{
+    const bool handled = QApplication::event(event);
+    if (event->type() == QEvent::ApplicationPaletteChange)
+        // The toolkit forgets colours of classes after it has told of the change.
+        QMetaObject::invokeMethod(this, &TirnApplication::colourInputs, Qt::QueuedConnection);
+    return handled;
 }
 
 TirnApplication::~TirnApplication()

@@ -124,6 +124,7 @@ Q_SIGNALS:
     void updateMemoryStatus();
 
 protected:
+    bool event(QEvent* event) override;
     void customEvent(QEvent* event) override;
 
 private:
@@ -134,6 +135,7 @@ private:
         int total;
     };
 
+    void colourInputs();
     void readCapabilities();
     void createWidgets();
     void createStereoWidget(const WidgetServices& services);

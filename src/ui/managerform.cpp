@@ -42,7 +42,8 @@ ManagerForm::ManagerForm(ManagerServices services, QWidget* parent)
     buildMenu();
     connect(m_table, &QTableWidget::customContextMenuRequested, this, [this](const QPoint& at) {
         const int row = m_table->rowAt(at.y());
-        contextMenuRequested_(row, 0, m_table->viewport()->mapToGlobal(at));
+        // The menu key may be pressed while the mouse is anywhere.
+        contextMenuRequested_(row >= 0 ? row : currentRow(), 0, m_table->viewport()->mapToGlobal(at));
     });
     connect(m_table->verticalHeader(), &QHeaderView::sectionDoubleClicked, this, &ManagerForm::makeCurrent);
 }

@@ -41,6 +41,21 @@ TEST_F(Application, StartsWithAWindowOf512PixelsThatMayShrink)
     EXPECT_EQ(label("tex"), QString("none"));
 }
 
+TEST_F(Application, InputFieldsTakeTheColourOfTheirWindowWhateverTheTheme)
+{
+    const QPalette before = QApplication::palette();
+    QPalette dark = before;
+    dark.setColor(QPalette::Window, QColor(40, 42, 44));
+    dark.setColor(QPalette::Base, QColor(20, 20, 20));
+    QApplication::setPalette(dark);
+    settle();
+    EXPECT_EQ(QApplication::palette("QSpinBox").color(QPalette::Base), QColor(40, 42, 44));
+    EXPECT_EQ(QApplication::palette("QComboBox").color(QPalette::Base), QColor(40, 42, 44));
+    QApplication::setPalette(before);
+    settle();
+    EXPECT_EQ(QApplication::palette("QSpinBox").color(QPalette::Base), before.color(QPalette::Window));
+}
+
 TEST_F(Application, TheSoftwareDriverIsTheSecondFragmentProgramKind)
 {
     EXPECT_EQ(widget().threadKind(), RenderThreadKind::FragmentProgram);
