@@ -69,19 +69,25 @@ private:
     {
         int number;
         int maxValue;
+        /// Those before the edit, once there are new ones.
+        std::vector<StackStats> stats;
         /// It had no voxels, and has to lose them again.
         bool fromFile;
         bool isChanged = false;
+        bool hasNewStats = false;
         bool isEncoded = false;
     };
     JobResult changeAll();
     void changeImage(int number, Progress change, const Progress& encode);
-    void load(int number, const Progress& progress);
+    /// Returns the statistics before.
+    std::vector<StackStats> load(int number, const Progress& progress);
     void applyTo(ImageFile& image, const Progress& progress);
     void renewStatistics(ImageFile& image);
     void finish();
     void takeAllBack(JobResult& result);
-    bool takeImageBack(const Touched& touched);
+    bool takeImageBack(Touched& touched);
+    bool showAgain(const Touched& touched);
+    bool takeVoxelsBack(const Touched& touched);
     void checkCancelled() const
     {
         if (m_services.progress.cancelled())
@@ -141,9 +147,10 @@ void EditRun::changeImage(int number, Progress change, const Progress& encode)
     ImageFile& image = this->image(number);
     const bool fromFile = m_array.conservesMemory() || !image.isLoaded();
     const int maxValue = image.attributes().maxValue;
+    std::vector<StackStats> stats;
     if (fromFile)
-        load(number, change);
-    m_touched.push_back({number, maxValue, fromFile});
+        stats = load(number, change);
+    m_touched.push_back({number, maxValue, std::move(stats), fromFile});
     // What was read again has gone through all transforms already.
     if (!fromFile || !m_edit.toggles.any())
         applyTo(image, change);
@@ -156,13 +163,20 @@ void EditRun::changeImage(int number, Progress change, const Progress& encode)
     throw EditStop{failedJob(QStringLiteral("Could not allocate memory for slice"))};
 }
 
-void EditRun::load(int number, const Progress& progress)
+std::vector<StackStats> EditRun::load(int number, const Progress& progress)
 {
     ImageFile& image = this->image(number);
+    std::vector<StackStats> stats = image.takeStats();
     image.errorList().clear();
     image.freeStack();
-    if (m_array.loadVoxels(number, progress))
-        return;
+    try {
+        if (m_array.loadVoxels(number, progress))
+            return stats;
+    } catch (...) {
+        image.setStats(std::move(stats));
+        throw;
+    }
+    image.setStats(std::move(stats));
     QStringList texts = image.errorList();
     texts.prepend(image.fileName() + QStringLiteral(" cannot be read again."));
     throw EditStop{failedJob(texts.join('\n'))};
@@ -192,6 +206,10 @@ void EditRun::applyTo(ImageFile& image, const Progress& progress)
 
 void EditRun::renewStatistics(ImageFile& image)
 {
+    Touched& touched = m_touched.back();
+    if (!touched.fromFile)
+        touched.stats = image.takeStats();
+    touched.hasNewStats = true;
     image.generateStatistics();
     exclusively([this] { m_array.copyStatistics(); });
 }
@@ -211,13 +229,8 @@ void EditRun::takeAllBack(JobResult& result)
 {
     exclusively([this] { m_array.setTransforms(m_transforms); });
     bool isWhole = true;
-    for (auto touched = m_touched.rbegin(); touched != m_touched.rend(); ++touched) {
-        try {
-            isWhole = takeImageBack(*touched) && isWhole;
-        } catch (const std::bad_alloc&) {
-            isWhole = false;
-        }
-    }
+    for (auto touched = m_touched.rbegin(); touched != m_touched.rend(); ++touched)
+        isWhole = takeImageBack(*touched) && isWhole;
     if (!m_touched.empty()) {
         exclusively([this] {
             m_array.stack().maxValue = m_maxValue;
@@ -230,31 +243,47 @@ void EditRun::takeAllBack(JobResult& result)
     }
 }
 
-bool EditRun::takeImageBack(const Touched& touched)
+bool EditRun::takeImageBack(Touched& touched)
 {
     ImageFile& image = this->image(touched.number);
     image.attributes().maxValue = touched.maxValue;
-    if (touched.fromFile) {
+    bool isBack = true;
+    try {
+        isBack = touched.fromFile ? showAgain(touched) : takeVoxelsBack(touched);
+    } catch (const std::bad_alloc&) {
+        isBack = false;
+    }
+    if (touched.fromFile)
         image.freeStack();
-        const VoxelChange& shown = m_array.shownChange(touched.number);
-        if (!m_array.loadVoxels(touched.number) || (shown && !shown(image, {})))
-            return false;
-    } else if (touched.isChanged && m_edit.takeBack) {
+    if (touched.fromFile || touched.hasNewStats)
+        image.setStats(std::move(touched.stats));
+    image.attributes().maxValue = touched.maxValue;
+    return isBack;
+}
+
+bool EditRun::showAgain(const Touched& touched)
+{
+    if (!touched.isEncoded)
+        return true;
+    ImageFile& image = this->image(touched.number);
+    image.freeStack();
+    const VoxelChange& shown = m_array.shownChange(touched.number);
+    return m_array.loadVoxels(touched.number) && (!shown || shown(image, {})) &&
+           m_array.reencode(touched.number, {}, m_services.gate);
+}
+
+bool EditRun::takeVoxelsBack(const Touched& touched)
+{
+    ImageFile& image = this->image(touched.number);
+    if (touched.isChanged && m_edit.takeBack) {
         m_edit.takeBack(image);
-        image.attributes().maxValue = touched.maxValue;
     } else if (touched.isChanged) {
         VoxelBuffer voxels = m_aside.take();
         if (voxels.isNull())
             return false;
         image.setStackData(std::move(voxels));
     }
-    image.generateStatistics();
-    const bool isShown = !touched.isEncoded || m_array.reencode(touched.number, {}, m_services.gate);
-    if (touched.fromFile) {
-        image.freeStack();
-        image.attributes().maxValue = touched.maxValue;
-    }
-    return isShown;
+    return !touched.isEncoded || m_array.reencode(touched.number, {}, m_services.gate);
 }
 
 } // namespace

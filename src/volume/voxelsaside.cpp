@@ -22,7 +22,7 @@ VoxelsAside::VoxelsAside(const QString& directory) : m_file(directory + QStringL
 
 void VoxelsAside::put(VoxelBuffer voxels)
 {
-    if (!m_entries.empty())
+    if (!m_entries.empty() && m_entries.back().offset < 0)
         moveToFile(m_entries.back());
     const qint64 size = voxels.size();
     m_entries.push_back({std::move(voxels), -1, size});
