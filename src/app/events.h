@@ -75,8 +75,13 @@ struct KeyFrameEvent : AppEvent<EventId::KeyFrame>
 struct StartEvent : AppEvent<EventId::Start>
 {};
 
+/// A job on the voxels of a stack has ended. The text says what went wrong, and is empty when nothing did or
+/// the user cancelled.
 struct ReencodeDoneEvent : AppEvent<EventId::ReencodeDone>
-{};
+{
+    explicit ReencodeDoneEvent(QString text = {}) : message(std::move(text)) {}
+    QString message;
+};
 
 struct StatisticsDoneEvent : AppEvent<EventId::StatisticsDone>
 {};

@@ -158,11 +158,25 @@ void ImageFile::freeStack()
     m_attributes.x = m_attributes.y = m_attributes.z = -1;
 }
 
+VoxelBuffer ImageFile::takeStack()
+{
+    VoxelBuffer voxels = std::move(m_stackData);
+    freeStack();
+    return voxels;
+}
+
 bool ImageFile::ensureLoaded() { return isLoaded() || reRead(); }
 
 bool ImageFile::canFilter(int channel)
 {
     return ensureLoaded() && sampleCount() > 0 && channel >= -1 && channel < m_attributes.channels;
+}
+
+void ImageFile::replaceStack(VoxelBuffer result)
+{
+    if (m_replaced != nullptr)
+        *m_replaced = std::move(m_stackData);
+    m_stackData = std::move(result);
 }
 
 std::int64_t ImageFile::sampleCount() const

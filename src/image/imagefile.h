@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include <QStringList>
@@ -77,8 +78,12 @@ public:
     }
     /// Replaces the voxels; the caller sets the attributes to match.
     void setStackData(VoxelBuffer data) { m_stackData = std::move(data); }
+    /// From now on filters put the voxels that they replace here instead of letting them go; null for none.
+    void keepReplacedIn(VoxelBuffer* place) { m_replaced = place; }
     /// Lets the voxels go; sizes become -1, the file's attributes and the statistics stay.
     void freeStack();
+    /// The same, but gives them to the caller.
+    VoxelBuffer takeStack();
     /// x * y * z * channels; 0 for a stack without voxels.
     std::int64_t sampleCount() const;
 
@@ -92,6 +97,9 @@ public:
     const StackStats& stats(int channel);
     const std::vector<StackStats>& statsList() const { return m_statsList; }
     void generateStatistics();
+    /// Gives the statistics away, and takes them back.
+    std::vector<StackStats> takeStats() { return std::exchange(m_statsList, {}); }
+    void setStats(std::vector<StackStats> stats) { m_statsList = std::move(stats); }
     /// The number of histogram bins: maxValue + 1, or 2^bitDepth while the maximum is unknown.
     int binCount() const;
 
@@ -224,6 +232,8 @@ private:
     bool ensureLoaded();
     /// The same, for a channel that there is, or -1.
     bool canFilter(int channel);
+    /// Takes the result of a filter over.
+    void replaceStack(VoxelBuffer result);
 
     int m_firstLayer = -1;
     int m_lastLayer = -1;
@@ -233,6 +243,7 @@ private:
     std::unique_ptr<ImageIO> m_io;
     std::vector<unsigned> m_textureList;
     VoxelBuffer m_stackData;
+    VoxelBuffer* m_replaced = nullptr;
     QStringList m_errorList;
     QStringList m_writeErrors;
 };

@@ -350,7 +350,7 @@ bool ImageFile::meanFilter(int size, int channel, bool is3D, const Progress& pro
         return false;
     keepOtherChannels(*this, channel, result);
     logDebug("mean %dx%d elapsed %dms", size, size, static_cast<int>(stopwatch.seconds()));
-    m_stackData = std::move(result);
+    replaceStack(std::move(result));
     // The divisor of a square under the sum of a cube, or of an even window, raises values.
     m_attributes.maxValue = -1;
     return true;

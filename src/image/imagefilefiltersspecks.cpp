@@ -158,7 +158,7 @@ bool ImageFile::zFilter(int size, int channel, int threshold, const Progress& pr
                                        : run(stackData(), reinterpret_cast<std::uint8_t*>(result.data()));
     });
     if (done)
-        m_stackData = std::move(result);
+        replaceStack(std::move(result));
     return done;
 }
 

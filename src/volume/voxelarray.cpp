@@ -10,6 +10,7 @@
 #include "base/stopwatch.h"
 #include "depth/curvesession.h"
 #include "session/relativepath.h"
+#include "volume/volumeedit.h"
 
 namespace tirn {
 
@@ -130,47 +131,45 @@ bool VoxelArray::isComplete() const
 
 void VoxelArray::resetCut() { cut = {0, width() - 1, 0, height() - 1, 0, finalDepth() - 1}; }
 
-bool VoxelArray::transform(const std::function<void(ImageFile&)>& apply, const Progress& progress)
+void DataTransforms::applyTo(ImageFile& image, const Progress& progress) const
 {
-    for (std::size_t i = 0; i < m_images.size(); ++i) {
-        // Voxels that are read again come back as the file has them, and get every transform anew.
-        if (m_options.conserveMemory)
-            m_images[i]->freeStack();
-        else
-            apply(*m_images[i]);
-        if (!reencode(static_cast<int>(i), progress))
-            return false;
-    }
-    return true;
+    if (flipX)
+        image.flip('X', progress);
+    if (flipY)
+        image.flip('Y', progress);
+    if (flipZ)
+        image.flip('Z', progress);
+    if (inverted)
+        image.invert(progress);
 }
 
-void VoxelArray::applyFlags(ImageFile& image, const Progress& progress) const
+const VoxelChange& VoxelArray::shownChange(int i) const
 {
-    if (m_flipX)
-        image.flip('X', progress);
-    if (m_flipY)
-        image.flip('Y', progress);
-    if (m_flipZ)
-        image.flip('Z', progress);
-    if (m_inverted)
-        image.invert(progress);
+    static const VoxelChange none;
+    return i >= 0 && static_cast<std::size_t>(i) < m_shownChanges.size()
+               ? m_shownChanges[static_cast<std::size_t>(i)]
+               : none;
+}
+
+void VoxelArray::setShownChange(int i, VoxelChange change)
+{
+    if (i < 0 || static_cast<std::size_t>(i) >= m_images.size())
+        return;
+    m_shownChanges.resize(m_images.size());
+    m_shownChanges[static_cast<std::size_t>(i)] = std::move(change);
 }
 
 bool VoxelArray::flip(char axis, const Progress& progress)
 {
     const char upper = axis >= 'a' ? static_cast<char>(axis - 'a' + 'A') : axis;
-    bool* const flags[] = {&m_flipX, &m_flipY, &m_flipZ};
     if (upper < 'X' || upper > 'Z')
         return false;
-    bool& flag = *flags[upper - 'X'];
-    flag = !flag;
-    return transform([&](ImageFile& image) { image.flip(upper, progress); }, progress);
+    return applyEdit(*this, flipEdit(upper), {progress, {}}).outcome == JobOutcome::Done;
 }
 
 bool VoxelArray::invert(const Progress& progress)
 {
-    m_inverted = !m_inverted;
-    return transform([&](ImageFile& image) { image.invert(progress); }, progress);
+    return applyEdit(*this, invertEdit(), {progress, {}}).outcome == JobOutcome::Done;
 }
 
 void VoxelArray::raiseMaximum(int value) { m_stack.maxValue = std::max(m_stack.maxValue, value); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -57,6 +58,31 @@ struct AxisScale
     double operator[](int axis) const { return axis == 0 ? x : axis == 1 ? y : z; }
     bool operator==(const AxisScale&) const = default;
 };
+
+/// What was done to the data since they were read, and is done again whenever they are read again.
+struct DataTransforms
+{
+    bool flipX = false;
+    bool flipY = false;
+    bool flipZ = false;
+    bool inverted = false;
+
+    bool any() const { return flipX || flipY || flipZ || inverted; }
+    /// Those that stand in one of the two only: a transform done twice is undone.
+    friend DataTransforms operator^(const DataTransforms& a, const DataTransforms& b)
+    {
+        return {a.flipX != b.flipX, a.flipY != b.flipY, a.flipZ != b.flipZ, a.inverted != b.inverted};
+    }
+    /// Mirrors along x, y and z, in this order, and inverts the voxels of an image.
+    void applyTo(ImageFile& image, const Progress& progress = {}) const;
+    bool operator==(const DataTransforms&) const = default;
+};
+
+/// Runs what changes textures while nobody draws with them.
+using TextureGate = std::function<void(const std::function<void()>& change)>;
+
+/// Changes the voxels of an image; false, with the image as it was, when cancelled or impossible.
+using VoxelChange = std::function<bool(ImageFile& image, const Progress& progress)>;
 
 /// Seconds spent filling buffers and inside the driver.
 struct EncodeTimes
@@ -129,19 +155,32 @@ public:
     bool encodeAll(GLenum target, int finalZ, TextureSink& sink);
     /// The same, for the next image of a stack that grows.
     bool encodeNext(GLenum target, int finalZ, TextureSink& sink);
-    /// Replaces the contents of image i's textures. False when there is no such image or its voxels cannot be
-    /// read.
-    bool reencode(int i, const Progress& progress = {});
+    /// Reads the voxels of image i again, if it has none, and transforms them. False when there is no such
+    /// image or its voxels cannot be read.
+    bool loadVoxels(int i, const Progress& progress = {});
+    /// Replaces the contents of image i's textures, one batch after the other through the gate. False when
+    /// there is no such image or its voxels cannot be read, and, with some textures replaced, when it was
+    /// cancelled or ran out of memory.
+    bool reencode(int i, const Progress& progress = {}, const TextureGate& gate = {});
     int encodedImages() const { return m_encodedImages; }
     const EncodeTimes& encodeTimes() const { return m_encodeTimes; }
 
-    /// Mirrors the data along 'X', 'Y' or 'Z' (either case) and encodes them again.
+    /// Mirrors the data along 'X', 'Y' or 'Z' (either case), or inverts them, and encodes them again. On
+    /// false, also when cancelled, everything is as it was.
     bool flip(char axis, const Progress& progress = {});
     bool invert(const Progress& progress = {});
-    bool flipX() const { return m_flipX; }
-    bool flipY() const { return m_flipY; }
-    bool flipZ() const { return m_flipZ; }
-    bool inverted() const { return m_inverted; }
+    const DataTransforms& transforms() const { return m_transforms; }
+    void setTransforms(const DataTransforms& transforms) { m_transforms = transforms; }
+    bool flipX() const { return m_transforms.flipX; }
+    bool flipY() const { return m_transforms.flipY; }
+    bool flipZ() const { return m_transforms.flipZ; }
+    bool inverted() const { return m_transforms.inverted; }
+    /// Images have voxels only while they are worked on.
+    bool conservesMemory() const { return m_options.conserveMemory; }
+    /// What image i's textures show beyond its file and the transforms, where memory is conserved; null for
+    /// nothing.
+    const VoxelChange& shownChange(int i) const;
+    void setShownChange(int i, VoxelChange change);
 
     /// Gives every channel a plain depth correction curve of the stack's depth.
     void resetCurves();
@@ -181,15 +220,15 @@ private:
     void makeQuads(int finalZ);
     void makeBoxLists();
     void takeTimeStamp(const ImageFile& image);
-    bool encodeImage(ImageFile& image, std::size_t* reuseFrom, const Progress& progress);
+    enum class Encoding { Done, Stopped, UnknownDepth };
+    Encoding encodeImage(ImageFile& image, std::size_t* reuseFrom, const Progress& progress,
+                         const TextureGate& gate);
     void encode2D(EncodeJob& job);
     void encode3D(EncodeJob& job);
     void putTexture(EncodeJob& job, TextureSize size, const void* texels);
     bool takeOwnEncoding(ImageFile& image, TextureSink& sink);
     void finishEncoding();
     void resetCut();
-    bool transform(const std::function<void(ImageFile&)>& apply, const Progress& progress);
-    void applyFlags(ImageFile& image, const Progress& progress) const;
     void sumStatistics(int channel, bool channelsInOneFile);
     void raiseMaximum(int value);
 
@@ -199,10 +238,8 @@ private:
     QStringList m_timeLabels = {"00:00:00"};
     std::vector<QDateTime> m_timeStamps;
     StackGeometry m_geometry;
-    bool m_flipX = false;
-    bool m_flipY = false;
-    bool m_flipZ = false;
-    bool m_inverted = false;
+    DataTransforms m_transforms;
+    std::vector<VoxelChange> m_shownChanges;
     ListNames m_boxLists;
     std::vector<std::unique_ptr<Brick>> m_bricks;
     TextureNames m_textures;

@@ -99,6 +99,11 @@ struct VoxelArray::EncodeJob
     /// The next texture to overwrite; none when new ones are made.
     std::size_t* reuse = nullptr;
     const Progress& progress;
+    const TextureGate& gate;
+
+    /// Only what replaces textures can be left in the middle; its caller puts the rest right.
+    bool isStopped() const { return reuse != nullptr && progress.cancelled(); }
+    void change(const std::function<void()>& textures) const { gate ? gate(textures) : textures(); }
 };
 
 GLenum VoxelArray::internalFormat() const
@@ -276,7 +281,7 @@ bool VoxelArray::encode(GLenum target, int finalZ, const Progress& progress)
         return false;
     ImageFile& image = *m_images[static_cast<std::size_t>(m_encodedImages)];
     takeTimeStamp(image);
-    if (!encodeImage(image, nullptr, progress))
+    if (encodeImage(image, nullptr, progress, {}) == Encoding::UnknownDepth)
         logWarning("Error: I do not know how to encode %d bits.", m_stack.bitDepth);
     if (m_options.conserveMemory)
         image.freeStack();
@@ -293,23 +298,25 @@ void VoxelArray::finishEncoding()
     resetCut();
 }
 
-bool VoxelArray::encodeImage(ImageFile& image, std::size_t* reuseFrom, const Progress& progress)
+VoxelArray::Encoding VoxelArray::encodeImage(ImageFile& image, std::size_t* reuseFrom,
+                                             const Progress& progress, const TextureGate& gate)
 {
     const int bits = m_stack.bitDepth;
     if (bits != 8 && bits != 12 && bits != 16)
-        return false;
+        return Encoding::UnknownDepth;
     if (!image.isLoaded() && !image.reRead())
-        return true;
+        return Encoding::Done;
     EncodeJob job{{image.stackData(), bits == 8 ? 1 : 2, image.attributes().channels, 0},
                   image.attributes().channels,
                   internalFormat(),
                   reuseFrom,
-                  progress};
+                  progress,
+                  gate};
     // Every image of an array must have the size of the first: the quads are shared.
     const ImageAttributes& size = image.attributes();
     if (size.x != m_stack.x || size.y != m_stack.y || size.z != m_stack.z || size.bitDepth != bits) {
         logWarning("%s differs in size from the first file of its stack.", qPrintable(image.fileName()));
-        return true;
+        return Encoding::Done;
     }
     const StackGeometry& g = m_geometry;
     logDebug("x %d y %d z %d", g.x, g.y, g.z);
@@ -321,8 +328,9 @@ bool VoxelArray::encodeImage(ImageFile& image, std::size_t* reuseFrom, const Pro
             encode2D(job);
     } catch (const std::bad_alloc&) {
         logWarning("%s", kNoSliceMemory);
+        return Encoding::Stopped;
     }
-    return true;
+    return job.isStopped() ? Encoding::Stopped : Encoding::Done;
 }
 
 void VoxelArray::putTexture(EncodeJob& job, TextureSize size, const void* texels)
@@ -372,7 +380,9 @@ void VoxelArray::encode3D(EncodeJob& job)
                 fillBlockLayer(g, job.view, bx, by, bz, layer, buffer.data() + layer * layerBytes);
             }
             m_encodeTimes.fill += timer.restart();
-            putTexture(job, {g.blockX(), g.blockY(), g.blockZ()}, buffer.data());
+            if (job.isStopped())
+                return;
+            job.change([&] { putTexture(job, {g.blockX(), g.blockY(), g.blockZ()}, buffer.data()); });
             m_encodeTimes.upload += timer.seconds();
         }
     }
@@ -404,12 +414,16 @@ void VoxelArray::encode2D(EncodeJob& job)
                 Stopwatch timer;
                 fillPlanes(g, row.pass, job.view, first, count, buffer.data());
                 m_encodeTimes.fill += timer.restart();
-                const std::byte* texels = buffer.data();
-                for (int plane = 0; plane < count; ++plane) {
-                    for (int block = 0; block < layout.blocksPerPlane; ++block, texels += textureBytes)
-                        putTexture(job, {layout.width, layout.height, 1}, texels);
-                    steps.step();
-                }
+                if (job.isStopped())
+                    return;
+                job.change([&] {
+                    const std::byte* texels = buffer.data();
+                    for (int plane = 0; plane < count; ++plane) {
+                        for (int block = 0; block < layout.blocksPerPlane; ++block, texels += textureBytes)
+                            putTexture(job, {layout.width, layout.height, 1}, texels);
+                        steps.step();
+                    }
+                });
                 m_encodeTimes.upload += timer.seconds();
             }
             if (bytes == 2) {
@@ -421,23 +435,32 @@ void VoxelArray::encode2D(EncodeJob& job)
     logDebug(bytes == 1 ? "*** Done encoding 8bit 2D ***" : "*** Done encoding 16bit 2D ***");
 }
 
-bool VoxelArray::reencode(int i, const Progress& progress)
+bool VoxelArray::loadVoxels(int i, const Progress& progress)
 {
     if (i < 0 || i >= static_cast<int>(m_images.size()))
         return false;
     ImageFile& image = *m_images[static_cast<std::size_t>(i)];
-    if (!image.isLoaded()) {
-        if (!image.reRead())
-            return false;
-        applyFlags(image, progress);
-    }
+    if (image.isLoaded())
+        return true;
+    if (!image.reRead())
+        return false;
+    m_transforms.applyTo(image, {progress.report, nullptr});
+    return true;
+}
+
+bool VoxelArray::reencode(int i, const Progress& progress, const TextureGate& gate)
+{
+    if (!loadVoxels(i, progress))
+        return false;
+    ImageFile& image = *m_images[static_cast<std::size_t>(i)];
     // Each image holds an equal share of the textures, so that every time point replaces its own.
     std::size_t next = m_textures.size() / m_images.size() * static_cast<std::size_t>(i);
-    if (!encodeImage(image, &next, progress))
+    const Encoding encoding = encodeImage(image, &next, progress, gate);
+    if (encoding == Encoding::UnknownDepth)
         logWarning("Error: I do not know how to reencode %d bits.", m_stack.bitDepth);
     if (m_options.conserveMemory)
         image.freeStack();
-    return true;
+    return encoding != Encoding::Stopped;
 }
 
 bool VoxelArray::takeOwnEncoding(ImageFile& image, TextureSink& sink)

@@ -190,11 +190,12 @@ TEST_F(ReencodeFromFile, InvertAndFlipAddUpInEitherOrder)
     EXPECT_EQ(shown(), slicesOf(inverted(mirrored(mirrored(stack, 0), 1)), 4));
 }
 
-TEST_F(ReencodeFromFile, AFileThatWentAwayFails)
+TEST_F(ReencodeFromFile, AFileThatWentAwayFailsAndTheFlagsStay)
 {
     directory.remove();
     EXPECT_FALSE(array->flip('X'));
     EXPECT_FALSE(array->invert());
+    EXPECT_EQ(array->transforms(), DataTransforms());
     EXPECT_EQ(gl.count("TexSubImage2D"), 0);
 }
 

@@ -1,0 +1,323 @@
+#include "threads/exportjob.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include "base/checkedsize.h"
+#include "base/log.h"
+#include "depth/curvebaking.h"
+#include "formats/outputfile.h"
+#include "image/interleave.h"
+#include "image/voxelallocation.h"
+
+namespace tirn {
+
+namespace {
+
+constexpr int kStepsPerTimePoint = 100;
+constexpr int kReadSteps = 40;
+constexpr int kChangedSteps = 60;
+
+/// Ends an export before its time.
+struct ExportStop
+{
+    JobResult result;
+};
+
+[[noreturn]] void fail(const QString& text) { throw ExportStop{failedJob(text)}; }
+
+/// The ending that numbers stand before; empty for a name with another one.
+QString exportEnding(const QString& name)
+{
+    for (const char* ending : {".pic", ".tif", ".tiff"}) {
+        if (name.endsWith(QLatin1String(ending)))
+            return QLatin1String(ending);
+    }
+    return {};
+}
+
+QString withNumber(const QString& name, const QString& number)
+{
+    const QString ending = exportEnding(name);
+    return name.chopped(ending.size()) + number + ending;
+}
+
+/// A slice of a box on an axis that is drawn with `shown` slices, as a voxel of its `size` voxels.
+int voxelOfSlice(int slice, int shown, int size)
+{
+    return shown > size ? static_cast<int>(std::int64_t{slice} * size / shown) : slice;
+}
+
+/// The voxels of an image that is not to be changed, in a buffer of their own.
+struct SourceVoxels
+{
+    ImageAttributes attributes;
+    /// Empty where the image keeps its voxels in memory.
+    VoxelBuffer own;
+    const std::byte* data = nullptr;
+};
+
+SourceVoxels readAgain(ImageFile& image)
+{
+    // What the image knows of itself describes what is shown, and stays.
+    std::vector<StackStats> stats = image.takeStats();
+    const int maxValue = image.attributes().maxValue;
+    image.errorList().clear();
+    const bool isRead = image.reRead();
+    SourceVoxels voxels{image.attributes(), image.takeStack(), nullptr};
+    voxels.data = voxels.own.data();
+    image.setStats(std::move(stats));
+    image.attributes().maxValue = maxValue;
+    if (!isRead) {
+        QStringList texts = image.errorList();
+        texts.prepend(image.fileName() + QStringLiteral(" cannot be read again."));
+        fail(texts.join('\n'));
+    }
+    return voxels;
+}
+
+SourceVoxels voxelsOf(ImageFile& image, bool isOnDisk)
+{
+    if (isOnDisk || !image.isLoaded())
+        return readAgain(image);
+    return {image.attributes(), {}, reinterpret_cast<const std::byte*>(image.stackData())};
+}
+
+class ExportRun
+{
+public:
+    ExportRun(const ExportJob& job, const Progress& progress)
+        : m_job(job), m_progress(progress), m_cancelOnly{{}, progress.cancel},
+          m_names(exportFileNames(job.fileName, static_cast<int>(job.timePoints.size()), job.channels())),
+          m_folder(QFileInfo(job.fileName).absolutePath() + QStringLiteral("/.tirn-XXXXXX"))
+    {}
+    void run();
+
+private:
+    void checkTargets() const;
+    void writeTimePoint(std::size_t time);
+    std::unique_ptr<ImageFile> copyOf(std::size_t time) const;
+    void cropTo(ImageFile& stack) const;
+    void correct(ImageFile& stack) const;
+    QString staged(const QString& name) const { return m_folder.filePath(QFileInfo(name).fileName()); }
+    void moveToPlace() const;
+    void report(std::size_t time, int steps, const QString& message = {}) const;
+    void checkCancelled() const
+    {
+        if (m_progress.cancelled())
+            throw ExportStop{{JobOutcome::Cancelled, {}}};
+    }
+
+    const ExportJob& m_job;
+    const Progress& m_progress;
+    Progress m_cancelOnly;
+    std::vector<QStringList> m_names;
+    QTemporaryDir m_folder;
+};
+
+void ExportRun::run()
+{
+    checkTargets();
+    if (!m_folder.isValid())
+        fail(QFileInfo(m_job.fileName).absolutePath() + QStringLiteral(" cannot be written to."));
+    for (std::size_t time = 0; time < m_names.size(); ++time) {
+        checkCancelled();
+        writeTimePoint(time);
+    }
+    checkCancelled();
+    moveToPlace();
+}
+
+void ExportRun::checkTargets() const
+{
+    for (const QStringList& names : m_names) {
+        for (const QString& name : names) {
+            const QFileInfo info(name);
+            if (info.exists() && !info.isFile())
+                fail(name + QStringLiteral(" is not a plain file."));
+            if (info.exists() && !info.isWritable())
+                fail(name + QStringLiteral(" is read-only."));
+        }
+    }
+}
+
+void ExportRun::report(std::size_t time, int steps, const QString& message) const
+{
+    m_progress(message, static_cast<int>(time) * kStepsPerTimePoint + steps,
+               static_cast<int>(m_names.size()) * kStepsPerTimePoint);
+}
+
+void ExportRun::writeTimePoint(std::size_t time)
+{
+    report(time, 0, QStringLiteral("Exporting ") + QFileInfo(m_names[time].first()).fileName());
+    const std::unique_ptr<ImageFile> stack = copyOf(time);
+    checkCancelled();
+    report(time, kReadSteps);
+    if (m_job.mode != ExportMode::ZCorrected)
+        cropTo(*stack);
+    if (m_job.mode != ExportMode::Core)
+        correct(*stack);
+    checkCancelled();
+    report(time, kChangedSteps);
+    QStringList names;
+    for (const QString& name : m_names[time])
+        names.append(staged(name));
+    const bool isBioRad = names.first().endsWith(QLatin1String(".pic"));
+    if (!stack->write(names, isBioRad ? ImageType::BioRad : ImageType::MultiPageTiff, true)) {
+        fail(m_names[time].join('\n') + QStringLiteral(" could not be written.\n") +
+             stack->writeErrors().join('\n'));
+    }
+    report(time, kStepsPerTimePoint);
+}
+
+std::unique_ptr<ImageFile> ExportRun::copyOf(std::size_t time) const
+{
+    std::vector<SourceVoxels> sources;
+    for (const auto& image : m_job.timePoints[time]) {
+        sources.push_back(voxelsOf(*image, m_job.isOnDisk));
+        checkCancelled();
+    }
+    auto stack = std::make_unique<ImageFile>();
+    ImageAttributes& a = stack->attributes();
+    a = sources.front().attributes;
+    a.dimX = m_job.dimX;
+    a.dimY = m_job.dimY;
+    a.dimZ = m_job.dimZ;
+    const auto bytes = checkedProduct({a.x, a.y, a.z, a.channels, a.bytesPerSample()});
+    if (sources.size() > 1) {
+        std::vector<const std::byte*> channels;
+        for (const SourceVoxels& source : sources)
+            channels.push_back(source.data);
+        a.channels = static_cast<int>(channels.size());
+        VoxelBuffer voxels = allocateVoxels(checkedProduct({bytes.value_or(-1), a.channels}),
+                                            "Could not allocate memory for export");
+        interleave(channels, bytes.value_or(0) / a.bytesPerSample(), a.bytesPerSample(), voxels.data());
+        stack->setStackData(std::move(voxels));
+    } else if (!sources.front().own.isNull()) {
+        stack->setStackData(std::move(sources.front().own));
+    } else {
+        VoxelBuffer voxels = allocateVoxels(bytes, "Could not allocate memory for export");
+        std::memcpy(voxels.data(), sources.front().data, static_cast<std::size_t>(bytes.value_or(0)));
+        stack->setStackData(std::move(voxels));
+    }
+    // Voxels in memory have been transformed already.
+    if (m_job.isOnDisk)
+        m_job.transforms.applyTo(*stack);
+    return stack;
+}
+
+void ExportRun::cropTo(ImageFile& stack) const
+{
+    const CutBox& box = m_job.box;
+    for (const auto& [low, high] :
+         {std::pair(box.xMin, box.xMax), std::pair(box.yMin, box.yMax), std::pair(box.zMin, box.zMax)})
+        logDebug("cropping %d\t%d", low, high);
+    if (!stack.crop(box.xMin, box.xMax, box.yMin, box.yMax, box.zMin, box.zMax, m_cancelOnly)) {
+        checkCancelled();
+        fail(QStringLiteral("There is nothing inside the cut planes."));
+    }
+}
+
+void ExportRun::correct(ImageFile& stack) const
+{
+    std::vector<std::vector<double>> curves = m_job.curves;
+    if (m_job.mode == ExportMode::AllChanges) {
+        // The layers in front of the box are gone.
+        for (std::vector<double>& curve : curves)
+            curve.erase(curve.begin(),
+                        curve.begin() + std::clamp<std::ptrdiff_t>(m_job.box.zMin, 0, std::ssize(curve)));
+    }
+    bakeCurves(stack, curves, m_cancelOnly);
+}
+
+void ExportRun::moveToPlace() const
+{
+    for (const QStringList& names : m_names) {
+        for (const QString& name : names) {
+            const QFileInfo info(name);
+            // The file behind a link is the one to replace, not the link.
+            const QString target = info.isSymLink() && info.exists() ? info.canonicalFilePath() : name;
+            if (info.exists())
+                QFile::setPermissions(staged(name), info.permissions());
+            if (!moveOver(staged(name), target))
+                fail(name + QStringLiteral(" could not be replaced."));
+        }
+    }
+}
+
+} // namespace
+
+ExportJob exportJob(const VoxelArray& array, ExportMode mode, const QString& fileName)
+{
+    ExportJob job;
+    job.fileName = fileName;
+    job.mode = mode;
+    const auto& images = array.images();
+    const auto times = static_cast<std::size_t>(std::max(1, array.timePointCount()));
+    const std::size_t perTime = std::max<std::size_t>(1, images.size() / times);
+    for (std::size_t first = 0; first + perTime <= images.size(); first += perTime) {
+        const auto begin = images.begin() + static_cast<std::ptrdiff_t>(first);
+        job.timePoints.emplace_back(begin, begin + static_cast<std::ptrdiff_t>(perTime));
+    }
+    job.isOnDisk = array.conservesMemory();
+    job.transforms = array.transforms();
+    job.box = array.cut;
+    job.box.zMin = voxelOfSlice(array.cut.zMin, array.finalDepth(), array.depth());
+    job.box.zMax = voxelOfSlice(array.cut.zMax, array.finalDepth(), array.depth());
+    for (const Channel& channel : array.channels())
+        job.curves.push_back(*channel.zCurve.curve());
+    job.dimX = array.stack().dimX;
+    job.dimY = array.stack().dimY;
+    job.dimZ = array.stack().dimZ;
+    return job;
+}
+
+QString withExportEnding(const QString& name, const QString& filter)
+{
+    if (filter.contains(QLatin1String("Biorad")) && !name.endsWith(QLatin1String(".pic")))
+        return name + QLatin1String(".pic");
+    if (filter.contains(QLatin1String("MTiff")) && !name.endsWith(QLatin1String(".tif")) &&
+        !name.endsWith(QLatin1String(".tiff")))
+        return name + QLatin1String(".tif");
+    return name;
+}
+
+std::vector<QStringList> exportFileNames(const QString& fileName, int timePoints, int channels)
+{
+    std::vector<QStringList> all;
+    const bool isSplit = channels > 1 && fileName.endsWith(QLatin1String(".pic"));
+    for (int time = 0; time < timePoints; ++time) {
+        const QString name =
+            timePoints > 1 ? withNumber(fileName, QString::asprintf("%.3d", time)) : fileName;
+        QStringList names;
+        for (int c = 0; isSplit && c < channels; ++c)
+            names.append(withNumber(name, QString::asprintf("_c%.2d", c)));
+        all.push_back(isSplit ? names : QStringList{name});
+    }
+    return all;
+}
+
+bool leavesOutBitCount(const QString& fileName, int channels, int bitDepth)
+{
+    return !fileName.endsWith(QLatin1String(".pic")) && (bitDepth <= 8 || channels == 2);
+}
+
+JobResult runExportJob(const ExportJob& job, const Progress& progress)
+{
+    if (job.timePoints.empty() || job.fileName.isEmpty())
+        return failedJob(QStringLiteral("There is nothing to export."));
+    try {
+        ExportRun(job, progress).run();
+        return {};
+    } catch (const ExportStop& stop) {
+        return stop.result;
+    } catch (const std::bad_alloc&) {
+        return failedJob(QStringLiteral("There is not enough memory to export the stack."));
+    }
+}
+
+} // namespace tirn

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <atomic>
+
+#include <QThread>
+
+#include "gl/glcontext.h"
+#include "image/filterkernel.h"
+#include "render/renderlock.h"
+#include "threads/jobreport.h"
+#include "volume/volumeedit.h"
+
+namespace tirn {
+
+/// What a filter job does.
+enum class FilterOperation {
+    FlipX = 0,
+    FlipY = 1,
+    FlipZ = 2,
+    Invert = 3,
+    Maximum = 4,
+    Median = 5,
+    Mean = 6,
+    Minimum = 7,
+    BackgroundSubtract = 8,
+    Custom = 9,
+};
+
+/// What the user chooses for a filter job.
+struct FilterJobParameters
+{
+    FilterOperation operation = FilterOperation::FlipX;
+    /// Voxels along a side of the window.
+    int size = 1;
+    /// All channels, or only `channel`.
+    bool channelAll = true;
+    int channel = 0;
+    /// The window reaches across layers.
+    bool threeD = false;
+    /// The percentage of the background that is subtracted.
+    int extra = 0;
+    FilterKernel kernel;
+};
+
+struct FilterJob
+{
+    VoxelArray* array = nullptr;
+    FilterJobParameters parameters;
+};
+
+/// What is shown while an operation runs.
+QString progressText(FilterOperation operation);
+
+/// Runs a job in the current context. `lock` is held only while textures, and what is read while drawing, are
+/// changed.
+JobResult runFilterJob(const FilterJob& job, RenderLock& lock, const Progress& progress);
+
+/// Filters the current stack away from the interface thread, and replaces its textures.
+///
+/// One job at a time. The job is given before the start; until the last report its volume must stay, and
+/// nobody else works on its images. The hidden context belongs to the thread while it runs, so that a render
+/// thread may go on drawing; results go out through the report only. A cancelled job, and one that fails,
+/// leaves the volume as it was.
+class FilterThread : public QThread
+{
+public:
+    /// Made on the interface thread; shares names with `share`.
+    FilterThread(QOpenGLContext& share, RenderLock& lock, JobReport report);
+    ~FilterThread() override;
+
+    /// False when a job is under way, or when there is nothing to work on.
+    bool filter(FilterJob job);
+    bool isBusy() const { return m_busy; }
+    void cancel() { m_cancelled = true; }
+    void stopAndWait();
+
+protected:
+    void run() override;
+
+private:
+    HiddenContext m_context;
+    RenderLock& m_lock;
+    JobReport m_report;
+    FilterJob m_job;
+    std::atomic<bool> m_cancelled = false;
+    /// From the start of a job to its last report.
+    std::atomic<bool> m_busy = false;
+};
+
+} // namespace tirn

@@ -1,0 +1,323 @@
+#include "volume/volumeedit.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "image/allocationerror.h"
+#include "volume/voxelsaside.h"
+
+namespace tirn {
+
+namespace {
+
+constexpr int kStepsPerImage = 200;
+constexpr int kStepsPerPart = 100;
+
+/// Ends an edit before its time.
+struct EditStop
+{
+    JobResult result;
+};
+
+/// Counts the two parts of each image as parts of the whole, and never backwards.
+class PartProgress
+{
+public:
+    PartProgress(const Progress& whole, int part, int total) : m_whole(whole), m_part(part), m_total(total) {}
+
+    Progress progress()
+    {
+        return {[this](const QString& message, int done, int total) { report(message, done, total); },
+                m_whole.cancel};
+    }
+
+private:
+    void report(const QString& message, int done, int total)
+    {
+        if (total > 0)
+            m_partTotal = total;
+        m_done =
+            std::max(m_done, std::clamp(static_cast<int>(std::int64_t{done} * kStepsPerPart / m_partTotal), 0,
+                                        kStepsPerPart));
+        m_whole(message, m_part * kStepsPerPart + m_done, m_total);
+    }
+
+    const Progress& m_whole;
+    int m_part;
+    int m_total;
+    int m_partTotal = 100;
+    int m_done = 0;
+};
+
+class EditRun
+{
+public:
+    EditRun(VoxelArray& array, const VolumeEdit& edit, const EditServices& services)
+        : m_array(array), m_edit(edit), m_services(services), m_images(edit.images),
+          m_transforms(array.transforms()), m_maxValue(array.stack().maxValue)
+    {
+        if (m_images.empty()) {
+            m_images.resize(array.images().size());
+            std::iota(m_images.begin(), m_images.end(), 0);
+        }
+    }
+    JobResult run();
+
+private:
+    /// An image that is no longer as it was.
+    struct Touched
+    {
+        int number;
+        int maxValue;
+        /// Those before the edit, once there are new ones.
+        std::vector<StackStats> stats;
+        /// It had no voxels, and has to lose them again.
+        bool fromFile;
+        bool isChanged = false;
+        bool hasNewStats = false;
+        bool isEncoded = false;
+    };
+    JobResult changeAll();
+    void changeImage(int number, Progress change, const Progress& encode);
+    /// Returns the statistics before.
+    std::vector<StackStats> load(int number, const Progress& progress);
+    void applyTo(ImageFile& image, const Progress& progress);
+    void renewStatistics(ImageFile& image);
+    void finish();
+    void takeAllBack(JobResult& result);
+    bool takeImageBack(Touched& touched);
+    bool showAgain(const Touched& touched);
+    bool takeVoxelsBack(const Touched& touched);
+    void checkCancelled() const
+    {
+        if (m_services.progress.cancelled())
+            throw EditStop{{JobOutcome::Cancelled, {}}};
+    }
+    ImageFile& image(int number) const { return *m_array.images()[static_cast<std::size_t>(number)]; }
+    void exclusively(const std::function<void()>& change) const
+    {
+        m_services.gate ? m_services.gate(change) : change();
+    }
+
+    VoxelArray& m_array;
+    const VolumeEdit& m_edit;
+    const EditServices& m_services;
+    std::vector<int> m_images;
+    DataTransforms m_transforms;
+    int m_maxValue;
+    std::vector<Touched> m_touched;
+    VoxelsAside m_aside;
+};
+
+JobResult EditRun::run()
+{
+    exclusively([this] { m_array.setTransforms(m_transforms ^ m_edit.toggles); });
+    JobResult result = changeAll();
+    if (result.outcome == JobOutcome::Done)
+        finish();
+    else
+        takeAllBack(result);
+    return result;
+}
+
+JobResult EditRun::changeAll()
+{
+    try {
+        const int total = kStepsPerImage * static_cast<int>(m_images.size());
+        int part = 0;
+        for (const int number : m_images) {
+            checkCancelled();
+            PartProgress change(m_services.progress, part++, total);
+            PartProgress encode(m_services.progress, part++, total);
+            changeImage(number, change.progress(), encode.progress());
+        }
+        checkCancelled();
+        return {};
+    } catch (const EditStop& stop) {
+        return stop.result;
+    } catch (const AllocationError& error) {
+        return failedJob(QLatin1String(error.what()));
+    } catch (const std::bad_alloc&) {
+        return failedJob(QStringLiteral("There is not enough memory."));
+    }
+}
+
+void EditRun::changeImage(int number, Progress change, const Progress& encode)
+{
+    ImageFile& image = this->image(number);
+    const bool fromFile = m_array.conservesMemory() || !image.isLoaded();
+    const int maxValue = image.attributes().maxValue;
+    std::vector<StackStats> stats;
+    if (fromFile)
+        stats = load(number, change);
+    m_touched.push_back({number, maxValue, std::move(stats), fromFile});
+    // What was read again has gone through all transforms already.
+    if (!fromFile || !m_edit.toggles.any())
+        applyTo(image, change);
+    checkCancelled();
+    renewStatistics(image);
+    m_touched.back().isEncoded = true;
+    if (m_array.reencode(number, encode, m_services.gate))
+        return;
+    checkCancelled();
+    throw EditStop{failedJob(QStringLiteral("Could not allocate memory for slice"))};
+}
+
+std::vector<StackStats> EditRun::load(int number, const Progress& progress)
+{
+    ImageFile& image = this->image(number);
+    std::vector<StackStats> stats = image.takeStats();
+    image.errorList().clear();
+    image.freeStack();
+    try {
+        if (m_array.loadVoxels(number, progress))
+            return stats;
+    } catch (...) {
+        image.setStats(std::move(stats));
+        throw;
+    }
+    image.setStats(std::move(stats));
+    QStringList texts = image.errorList();
+    texts.prepend(image.fileName() + QStringLiteral(" cannot be read again."));
+    throw EditStop{failedJob(texts.join('\n'))};
+}
+
+void EditRun::applyTo(ImageFile& image, const Progress& progress)
+{
+    const bool keepsVoxels = !m_edit.takeBack && !m_touched.back().fromFile;
+    VoxelBuffer replaced;
+    image.keepReplacedIn(keepsVoxels ? &replaced : nullptr);
+    bool isDone = false;
+    try {
+        isDone = m_edit.apply(image, progress);
+    } catch (...) {
+        image.keepReplacedIn(nullptr);
+        throw;
+    }
+    image.keepReplacedIn(nullptr);
+    if (!isDone) {
+        checkCancelled();
+        throw EditStop{failedJob(image.fileName() + QStringLiteral(" cannot be filtered in this way."))};
+    }
+    m_touched.back().isChanged = true;
+    if (keepsVoxels)
+        m_aside.put(std::move(replaced));
+}
+
+void EditRun::renewStatistics(ImageFile& image)
+{
+    Touched& touched = m_touched.back();
+    if (!touched.fromFile)
+        touched.stats = image.takeStats();
+    touched.hasNewStats = true;
+    image.generateStatistics();
+    exclusively([this] { m_array.copyStatistics(); });
+}
+
+void EditRun::finish()
+{
+    for (const Touched& touched : m_touched) {
+        // From now on these speak of the file again.
+        if (touched.fromFile)
+            image(touched.number).attributes().maxValue = touched.maxValue;
+        if (touched.fromFile)
+            m_array.setShownChange(touched.number, m_edit.toggles.any() ? nullptr : m_edit.apply);
+    }
+}
+
+void EditRun::takeAllBack(JobResult& result)
+{
+    exclusively([this] { m_array.setTransforms(m_transforms); });
+    bool isWhole = true;
+    for (auto touched = m_touched.rbegin(); touched != m_touched.rend(); ++touched)
+        isWhole = takeImageBack(*touched) && isWhole;
+    if (!m_touched.empty()) {
+        exclusively([this] {
+            m_array.stack().maxValue = m_maxValue;
+            m_array.copyStatistics();
+        });
+    }
+    if (!isWhole) {
+        const QString text = QStringLiteral("What was changed could not be taken back everywhere.");
+        result = failedJob(result.error.isEmpty() ? text : result.error + '\n' + text);
+    }
+}
+
+bool EditRun::takeImageBack(Touched& touched)
+{
+    ImageFile& image = this->image(touched.number);
+    image.attributes().maxValue = touched.maxValue;
+    bool isBack = true;
+    try {
+        isBack = touched.fromFile ? showAgain(touched) : takeVoxelsBack(touched);
+    } catch (const std::bad_alloc&) {
+        isBack = false;
+    }
+    if (touched.fromFile)
+        image.freeStack();
+    if (touched.fromFile || touched.hasNewStats)
+        image.setStats(std::move(touched.stats));
+    image.attributes().maxValue = touched.maxValue;
+    return isBack;
+}
+
+bool EditRun::showAgain(const Touched& touched)
+{
+    if (!touched.isEncoded)
+        return true;
+    ImageFile& image = this->image(touched.number);
+    image.freeStack();
+    const VoxelChange& shown = m_array.shownChange(touched.number);
+    return m_array.loadVoxels(touched.number) && (!shown || shown(image, {})) &&
+           m_array.reencode(touched.number, {}, m_services.gate);
+}
+
+bool EditRun::takeVoxelsBack(const Touched& touched)
+{
+    ImageFile& image = this->image(touched.number);
+    if (touched.isChanged && m_edit.takeBack) {
+        m_edit.takeBack(image);
+    } else if (touched.isChanged) {
+        VoxelBuffer voxels = m_aside.take();
+        if (voxels.isNull())
+            return false;
+        image.setStackData(std::move(voxels));
+    }
+    return !touched.isEncoded || m_array.reencode(touched.number, {}, m_services.gate);
+}
+
+} // namespace
+
+VolumeEdit flipEdit(char axis)
+{
+    VolumeEdit edit;
+    // A flip takes so little time that it is done to the end.
+    edit.apply = [axis](ImageFile& image, const Progress& progress) {
+        image.flip(axis, {progress.report, nullptr});
+        return true;
+    };
+    edit.takeBack = [axis](ImageFile& image) { image.flip(axis); };
+    edit.toggles.flipX = axis == 'X';
+    edit.toggles.flipY = axis == 'Y';
+    edit.toggles.flipZ = axis == 'Z';
+    return edit;
+}
+
+VolumeEdit invertEdit()
+{
+    VolumeEdit edit;
+    edit.apply = [](ImageFile& image, const Progress& progress) {
+        image.invert({progress.report, nullptr});
+        return true;
+    };
+    edit.takeBack = [](ImageFile& image) { image.invert(); };
+    edit.toggles.inverted = true;
+    return edit;
+}
+
+JobResult applyEdit(VoxelArray& array, const VolumeEdit& edit, const EditServices& services)
+{
+    return EditRun(array, edit, services).run();
+}
+
+} // namespace tirn

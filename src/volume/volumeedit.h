@@ -1,0 +1,41 @@
+#pragma once
+
+#include <vector>
+
+#include "base/jobresult.h"
+#include "volume/voxelarray.h"
+
+namespace tirn {
+
+/// What is done to the voxels of a volume.
+struct VolumeEdit
+{
+    VoxelChange apply;
+    /// Undoes `apply`; null where only the old voxels help.
+    std::function<void(ImageFile& image)> takeBack;
+    /// Remembered by the volume, and part of its voxels from then on whenever they are read again.
+    DataTransforms toggles;
+    /// The numbers of the images to change; empty for all.
+    std::vector<int> images;
+};
+
+VolumeEdit flipEdit(char axis);
+VolumeEdit invertEdit();
+
+struct EditServices
+{
+    /// Counts 200 for each image, half of it for its textures.
+    Progress progress;
+    /// Lets textures, and what is read while drawing, change while nobody draws.
+    TextureGate gate;
+};
+
+/// Changes the voxels of one image after the other; each time its statistics are made anew and copied to the
+/// channels, and its textures are replaced.
+///
+/// What was not done to the end is taken back: voxels, statistics, transforms and textures are as they were.
+/// To that end an edit without a `takeBack` keeps the old voxels of the image at hand in memory and those of
+/// the images before it in a file; of images whose voxels were let go nothing is kept, they are read again.
+JobResult applyEdit(VoxelArray& array, const VolumeEdit& edit, const EditServices& services = {});
+
+} // namespace tirn
