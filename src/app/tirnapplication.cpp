@@ -9,6 +9,7 @@
 
 #include "base/log.h"
 #include "palettes/palettelist.h"
+#include "ui/jobprogressform.h"
 #include "ui/palettesaving.h"
 
 namespace tirn {
@@ -72,6 +73,8 @@ bool TirnApplication::event(QEvent* event)
 
 TirnApplication::~TirnApplication()
 {
+    if (m_filterThread != nullptr)
+        finishJobs();
     if (m_fileThread != nullptr)
         m_fileThread->stopAndWait();
     if (m_currentWidget != nullptr)
@@ -84,6 +87,8 @@ TirnApplication::~TirnApplication()
         m_scene.palettes.clear();
         m_shaders.reset();
     }
+    m_filterThread.reset();
+    m_saveThread.reset();
     m_fileThread.reset();
     m_mainForm.reset();
     m_currentWidget = nullptr;
@@ -178,6 +183,7 @@ void TirnApplication::connectWidgets()
     connect(this, &TirnApplication::currentArrayChanged, form, [this, form] {
         form->updateTextureStatus(m_scene.current());
         form->updateMemoryStatus();
+        form->setStackPresent(m_scene.current() != nullptr);
     });
     connect(this, &TirnApplication::stackClosed, form, &MainForm::updateMemoryStatus);
     connect(this, &TirnApplication::updateMemoryStatus, form, &MainForm::updateMemoryStatus);
@@ -189,7 +195,10 @@ void TirnApplication::connectWidgets()
     connect(widget, &TirnWidget::arrayRequested, this, &TirnApplication::setCurrentArray);
     connect(widget, &TirnWidget::helpRequested, this, qOverload<const QString&>(&TirnApplication::help));
     connect(widget, &TirnWidget::quitRequested, this, [] { QCoreApplication::exit(0); });
-    form->setCloseHandler([this] { m_currentWidget->stopAndWait(); });
+    form->setCloseHandler([this] {
+        m_currentWidget->stopAndWait();
+        return mayClose();
+    });
     form->setMinimisedHandler([this](bool minimised) {
         if (minimised)
             m_currentWidget->stopRendering();
@@ -215,6 +224,17 @@ void TirnApplication::createThreads()
         postEvent(this, new StackLoadedEvent(std::move(array), files));
     };
     m_fileThread = std::make_unique<FileThread>(m_hidden->context(), std::move(report));
+    createJobThreads();
+}
+
+bool TirnApplication::mayClose()
+{
+    if (m_saveThread == nullptr || !m_saveThread->isBusy())
+        return true;
+    m_mainForm->statusBar()->showMessage("A stack is still being written.");
+    m_exportProgress->raise();
+    m_exportProgress->activateWindow();
+    return false;
 }
 
 void TirnApplication::readPreferences()

@@ -18,13 +18,16 @@
 #include "render/snapshots.h"
 #include "render/tirnwidget.h"
 #include "session/settings.h"
+#include "threads/exportthread.h"
 #include "threads/filethread.h"
+#include "threads/filterthread.h"
 #include "ui/formtable.h"
 #include "ui/helppages.h"
 #include "ui/mainform.h"
 
 namespace tirn {
 
+class JobProgressForm;
 class ManagerForm;
 
 /// The one object that owns everything: volumes, palettes, widgets, forms, threads, settings. It wires them
@@ -57,6 +60,8 @@ public:
     RenderSettings& renderSettings() { return m_renderSettings; }
     const Settings& preferences() const { return m_preferences; }
     FileThread& fileThread() { return *m_fileThread; }
+    FilterThread& filterThread() { return *m_filterThread; }
+    ExportThread& saveThread() { return *m_saveThread; }
     FormTable& forms() { return m_forms; }
     PaletteTables* paletteTables() { return m_paletteTables.get(); }
 
@@ -112,6 +117,10 @@ public Q_SLOTS:
     void loadSegmentation();
     void stretchToUsedBits(bool on);
     void copyPicture();
+    /// Asks for the parameters of a filter and runs it on the current stack.
+    void filter(tirn::FilterOperation operation);
+    /// Asks for a name and writes the current stack.
+    void exportStack(tirn::ExportMode mode);
     /// Puts what the window shows on paper.
     void print();
 
@@ -151,6 +160,13 @@ private:
     /// Null while it was not made.
     ManagerForm* managerForm() const;
     void createThreads();
+    void createJobThreads();
+    /// With a stack and no other job; the status bar tells of that one.
+    bool canStartJob();
+    void exportFinished(const JobResult& result);
+    void finishJobs();
+    /// False, with the progress in front, while an export is being written.
+    bool mayClose();
     void readPreferences();
     void usePreferences(const Settings& settings);
     void storePreferences(const Settings& settings);
@@ -161,7 +177,7 @@ private:
     void arrayBecameCurrent();
     void handleProgress(const ProgressEvent& event);
     void handleImageProgress(const ImageProgressEvent& event);
-    void handleReencodeDone();
+    void handleReencodeDone(const ReencodeDoneEvent& event);
     QProgressDialog& progressDialog();
     void showProgress(const QString& message, int value, int total);
     void showWarning(const QString& title, const QString& text);
@@ -189,7 +205,11 @@ private:
     QPointer<QProgressDialog> m_progressDialog;
     FormTable m_forms;
     HelpPages m_help;
+    std::unique_ptr<ExportThread> m_saveThread;
     std::unique_ptr<FileThread> m_fileThread;
+    std::unique_ptr<FilterThread> m_filterThread;
+    QPointer<JobProgressForm> m_filterProgress;
+    QPointer<JobProgressForm> m_exportProgress;
     int m_lastBaseProgress = 0;
     QImage m_image;
 };

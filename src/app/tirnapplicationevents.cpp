@@ -5,6 +5,7 @@
 
 #include "app/tirnapplication.h"
 #include "base/log.h"
+#include "ui/jobprogressform.h"
 #include "ui/managerform.h"
 
 namespace tirn {
@@ -36,7 +37,7 @@ void TirnApplication::customEvent(QEvent* event)
         start();
         return;
     case EventId::ReencodeDone:
-        handleReencodeDone();
+        handleReencodeDone(static_cast<const ReencodeDoneEvent&>(*event));
         return;
     case EventId::ImageProgress:
         handleImageProgress(static_cast<const ImageProgressEvent&>(*event));
@@ -90,16 +91,10 @@ void TirnApplication::handleProgress(const ProgressEvent& event)
 
 void TirnApplication::handleImageProgress(const ImageProgressEvent& event)
 {
-    showProgress(event.message, event.progress, event.total);
-}
-
-void TirnApplication::handleReencodeDone()
-{
-    if (m_progressDialog != nullptr)
-        m_progressDialog->reset();
-    m_mainForm->statusBar()->clearMessage();
-    m_currentWidget->renderThread().forceRebuild = true;
-    m_currentWidget->requestFrame();
+    if (m_filterThread->isBusy())
+        m_filterProgress->setProgress(event.message, event.progress, event.total);
+    else
+        showProgress(event.message, event.progress, event.total);
 }
 
 void TirnApplication::showWarning(const QString& title, const QString& text)

@@ -18,6 +18,38 @@ struct WindowAction
     FormId form;
 };
 
+struct FilterAction
+{
+    const char* action;
+    FilterOperation operation;
+};
+
+constexpr FilterAction kFilterActions[] = {
+    {"filterMeanAction", FilterOperation::Mean},
+    {"filterMedianAction", FilterOperation::Median},
+    {"filterMinAction", FilterOperation::Minimum},
+    {"filterMaxAction", FilterOperation::Maximum},
+    {"filterCustomAction", FilterOperation::Custom},
+    {"backgroundAction", FilterOperation::BackgroundSubtract},
+    {"flipXAction", FilterOperation::FlipX},
+    {"flipYAction", FilterOperation::FlipY},
+    {"flipZAction", FilterOperation::FlipZ},
+    {"invertAction", FilterOperation::Invert},
+};
+
+/// By what the entries are called.
+struct ExportAction
+{
+    const char* action;
+    ExportMode mode;
+};
+
+constexpr ExportAction kExportActions[] = {
+    {"fileSaveCoreAction", ExportMode::Core},
+    {"fileSaveZAction", ExportMode::ZCorrected},
+    {"fileSaveAllAction", ExportMode::AllChanges},
+};
+
 constexpr WindowAction kWindowActions[] = {
     {"windowStack_ManagerAction", FormId::Manager},
 };
@@ -42,6 +74,10 @@ void TirnApplication::connectActions()
     on("helpContentsAction", [this] { help(); });
     on("helpAboutAction", [this] { createAboutForm(); });
     on("checkForUpdatesAction", [this] { m_mainForm->checkForUpdates(); });
+    for (const FilterAction& each : kFilterActions)
+        on(each.action, [this, each] { filter(each.operation); });
+    for (const ExportAction& each : kExportActions)
+        on(each.action, [this, each] { exportStack(each.mode); });
     for (const WindowAction& each : kWindowActions) {
         QAction* action = m_mainForm->action(each.action);
         connect(action, &QAction::toggled, this,

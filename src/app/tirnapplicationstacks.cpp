@@ -182,6 +182,7 @@ void TirnApplication::closeAll()
     if (m_scene.batchMode)
         return;
     Stopwatch timer;
+    finishJobs();
     m_currentWidget->stopAndWait();
     {
         const std::scoped_lock lock(m_scene.mutex);
@@ -213,6 +214,7 @@ void TirnApplication::closeStack(int index)
     const int old = index < 0 ? m_scene.currentIndex : index;
     if (old < 0)
         return;
+    finishJobs();
     m_currentWidget->stopAndWait();
     const bool wasCurrent = old == m_scene.currentIndex;
     int current = m_scene.currentIndex;

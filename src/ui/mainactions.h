@@ -24,6 +24,8 @@ struct ActionRow
     Kind kind = Kind::Plain;
     /// False for an action that has nothing to do; it stands disabled.
     bool enabled = true;
+    /// Enabled only while there is a current stack.
+    bool needsStack = false;
 };
 
 /// All actions in the order of the menus.

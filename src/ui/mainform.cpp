@@ -77,7 +77,7 @@ void MainForm::buildMenus()
         action->setObjectName(row.name);
         action->setShortcut(QKeySequence(QLatin1String(row.shortcut)));
         action->setCheckable(row.kind == ActionRow::Kind::Toggle);
-        action->setEnabled(row.enabled);
+        action->setEnabled(row.enabled && !row.needsStack);
         if (*row.toolTip != '\0')
             action->setToolTip(tr(row.toolTip));
         if (menu != nullptr)
@@ -102,6 +102,14 @@ void MainForm::buildStatusBar()
 }
 
 QAction* MainForm::action(const QString& name) const { return findChild<QAction*>(name); }
+
+void MainForm::setStackPresent(bool present)
+{
+    for (const ActionRow& row : mainActions()) {
+        if (row.needsStack)
+            action(row.name)->setEnabled(present);
+    }
+}
 
 QMenu* MainForm::listMenu(const char* name) const { return findChild<QMenu*>(name); }
 

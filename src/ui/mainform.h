@@ -37,14 +37,16 @@ public:
 
     /// An action by its name, null when there is none.
     QAction* action(const QString& name) const;
-    /// What is done before the window closes, first of all.
-    void setCloseHandler(std::function<void()> handler) { m_closeHandler = std::move(handler); }
+    /// What is done before the window closes, first of all; false keeps it open.
+    void setCloseHandler(std::function<bool()> handler) { m_closeHandler = std::move(handler); }
     /// The widget whose window state decides whether anything is drawn.
     void setMinimisedHandler(std::function<void(bool minimised)> handler)
     {
         m_minimisedHandler = std::move(handler);
     }
     const RecentLists& recent() const { return m_recent; }
+    /// Enables what needs a stack.
+    void setStackPresent(bool present);
     /// Takes the lists of what was opened last from the store.
     void readRecentLists();
     /// Puts a loaded stack on top of the list.
@@ -93,7 +95,7 @@ private:
     QLabel* m_zCorrection;
     QLabel* m_texture;
     QLabel* m_memory;
-    std::function<void()> m_closeHandler;
+    std::function<bool()> m_closeHandler;
     std::function<void(bool)> m_minimisedHandler;
 };
 

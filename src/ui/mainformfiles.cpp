@@ -130,9 +130,8 @@ void MainForm::writeSettings()
 
 void MainForm::closeEvent(QCloseEvent* event)
 {
-    if (m_closeHandler)
-        m_closeHandler();
-    if (!askAboutUnsavedPalettes()) {
+    const bool mayClose = !m_closeHandler || m_closeHandler();
+    if (!mayClose || !askAboutUnsavedPalettes()) {
         event->ignore();
         return;
     }

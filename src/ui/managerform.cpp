@@ -163,6 +163,12 @@ void ManagerForm::paletteListChanged()
         each->refreshPalettes();
 }
 
+void ManagerForm::stacksChanged()
+{
+    for (TirnStackItem* each : m_items)
+        each->updateDimensions();
+}
+
 void ManagerForm::paletteAssigned() { paletteListChanged(); }
 
 void ManagerForm::contextMenuRequested_(int row, int /*column*/, const QPoint& globalPosition)

@@ -29,6 +29,8 @@ public Q_SLOTS:
     void paletteListChanged();
     /// Channels show other palettes or states than before.
     void paletteAssigned();
+    /// The data of stacks changed.
+    void stacksChanged();
     /// Makes all rows anew.
     void initTable();
     void contextMenuRequested_(int row, int column, const QPoint& globalPosition);
