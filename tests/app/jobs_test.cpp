@@ -1,0 +1,181 @@
+// Filters and exports, from the menu to the result.
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QFile>
+#include <QSpinBox>
+#include <QStatusBar>
+
+#include "ui/jobprogressform.h"
+#include "uisupport/apptest.h"
+#include "uisupport/modalanswers.h"
+
+namespace tirn::test {
+namespace {
+
+class Jobs : public AppTest
+{
+protected:
+    void trigger(const char* action) { app().mainForm().action(action)->trigger(); }
+    void finishJob()
+    {
+        app().filterThread().wait();
+        app().saveThread().wait();
+        settle();
+    }
+    QByteArray voxels()
+    {
+        const ImageFile& image = *app().scene().current()->images().front();
+        return {reinterpret_cast<const char*>(image.stackData()), static_cast<int>(image.sampleCount())};
+    }
+    bool progressShown(const char* name)
+    {
+        return app().mainForm().findChild<JobProgressForm*>(name)->isVisible();
+    }
+    QString message() { return app().mainForm().statusBar()->currentMessage(); }
+};
+
+TEST_F(Jobs, NeedAStack)
+{
+    for (const char* name : {"filterMeanAction", "flipXAction", "invertAction", "fileSaveCoreAction",
+                             "editCopyAction", "printAction", "closeStackAction"}) {
+        EXPECT_FALSE(app().mainForm().action(name)->isEnabled()) << name;
+    }
+    load({picFile("a.pic")});
+    EXPECT_TRUE(app().mainForm().action("filterMeanAction")->isEnabled());
+    app().closeStack();
+    EXPECT_FALSE(app().mainForm().action("filterMeanAction")->isEnabled());
+    app().filter(FilterOperation::Mean);
+    app().exportStack(ExportMode::Core);
+    EXPECT_FALSE(app().filterThread().isBusy());
+}
+
+TEST_F(Jobs, AFlipGoesThroughTheThread)
+{
+    load({picFile("a.pic")});
+    const QByteArray before = voxels();
+    const int frames = widget().renderThread().framesDrawn();
+    trigger("flipXAction");
+    EXPECT_TRUE(progressShown("filterstuff"));
+    finishJob();
+    EXPECT_FALSE(progressShown("filterstuff"));
+    const QByteArray after = voxels();
+    for (int i = 0; i < after.size(); ++i)
+        ASSERT_EQ(after[i], before[i / 16 * 16 + 15 - i % 16]);
+    EXPECT_GT(widget().renderThread().framesDrawn(), frames);
+    EXPECT_TRUE(log.contains("Flipping on X"));
+}
+
+TEST_F(Jobs, AFilterAsksForItsParametersFirst)
+{
+    load({picFile("a.pic")});
+    ImageFile reference(QStringList(path("a.pic")));
+    ASSERT_TRUE(reference.read());
+    ASSERT_TRUE(reference.maxFilter(5, -1, false));
+    ModalAnswers answers;
+    answers.add([](QDialog& dialog) {
+        dialog.findChild<QSpinBox*>()->setValue(5);
+        dialog.accept();
+    });
+    trigger("filterMaxAction");
+    finishJob();
+    EXPECT_EQ(answers.shown(), QStringList("Event"));
+    EXPECT_EQ(voxels(), QByteArray(reinterpret_cast<const char*>(reference.stackData()),
+                                   static_cast<int>(reference.sampleCount())));
+}
+
+TEST_F(Jobs, ADialogThatIsLeftChangesNothing)
+{
+    load({picFile("a.pic")});
+    const QByteArray before = voxels();
+    ModalAnswers answers;
+    trigger("filterMeanAction");
+    EXPECT_EQ(answers.shown(), QStringList("Event"));
+    EXPECT_FALSE(app().filterThread().isBusy());
+    EXPECT_EQ(voxels(), before);
+}
+
+TEST_F(Jobs, OnlyOneWorksAtATime)
+{
+    load({picFile("a.pic", 64, 64, 32)});
+    trigger("invertAction");
+    trigger("flipXAction");
+    EXPECT_EQ(message(), "Another job is still at work on a stack.");
+    finishJob();
+    EXPECT_FALSE(log.contains("Flipping on X"));
+}
+
+TEST_F(Jobs, ClosingTheStackEndsItsFilter)
+{
+    load({picFile("a.pic", 64, 64, 32)});
+    trigger("invertAction");
+    app().closeStack();
+    settle();
+    EXPECT_EQ(app().arrayCount(), 0);
+    EXPECT_FALSE(app().filterThread().isBusy());
+    EXPECT_FALSE(progressShown("filterstuff"));
+}
+
+TEST_F(Jobs, AnExportWritesWhatLiesInTheCutBox)
+{
+    load({picFile("a.pic")});
+    {
+        const std::scoped_lock lock(app().scene().mutex);
+        app().scene().current()->cut = {2, 9, 1, 6, 3, 5};
+    }
+    ModalAnswers answers;
+    answers.choose(path("core"));
+    trigger("fileSaveCoreAction");
+    finishJob();
+    EXPECT_EQ(answers.shown(), QStringList("Export stack"));
+    EXPECT_EQ(message(), "The stack was written.");
+    ImageFile written(QStringList(path("core.pic")));
+    ASSERT_TRUE(written.read());
+    EXPECT_EQ(written.attributes().x, 8);
+    EXPECT_EQ(written.attributes().y, 6);
+    EXPECT_EQ(written.attributes().z, 3);
+    EXPECT_EQ(app().preferences().stackPath, QFileInfo(path("core.pic")).path());
+    // The stack that is shown stays whole.
+    EXPECT_EQ(app().scene().current()->width(), 16);
+    EXPECT_EQ(voxels().size(), 16 * 12 * 8);
+}
+
+TEST_F(Jobs, AnExportThatFailsSaysWhy)
+{
+    load({picFile("a.pic")});
+    ExportJob job = exportJob(*app().scene().current(), ExportMode::Core, path("no/such/folder.pic"));
+    ASSERT_TRUE(app().saveThread().save(std::move(job)));
+    finishJob();
+    EXPECT_TRUE(takeBox().startsWith("Export stack: "));
+    EXPECT_FALSE(QFileInfo::exists(path("no")));
+}
+
+TEST_F(Jobs, TheWindowStaysOpenWhileAStackIsWritten)
+{
+    load({picFile("a.pic"), mapFile("red.map")});
+    ExportJob job = exportJob(*app().scene().current(), ExportMode::Core, path("copy.pic"));
+    // An image that has to be read again from a pipe, where the job waits.
+    const QByteArray pipe = picFile("pipe.pic").toLocal8Bit();
+    job.timePoints = {{std::make_shared<ImageFile>(QStringList(path("pipe.pic")))}};
+    job.isOnDisk = true;
+    ASSERT_TRUE(QFile::remove(path("pipe.pic")));
+    ASSERT_EQ(mkfifo(pipe.constData(), 0600), 0);
+    ASSERT_TRUE(app().saveThread().save(std::move(job)));
+    EXPECT_FALSE(app().mainForm().close());
+    EXPECT_EQ(message(), "A stack is still being written.");
+    app().filter(FilterOperation::FlipX);
+    EXPECT_FALSE(app().filterThread().isBusy());
+    // A pipe without data ends the job.
+    const int writer = open(pipe.constData(), O_WRONLY);
+    ASSERT_GE(writer, 0);
+    close(writer);
+    finishJob();
+    EXPECT_TRUE(takeBox().startsWith("Export stack: "));
+    EXPECT_FALSE(QFileInfo::exists(path("copy.pic")));
+    EXPECT_TRUE(app().mainForm().close());
+}
+
+} // namespace
+} // namespace tirn::test
