@@ -68,8 +68,11 @@ public:
     /// Makes a volume current. False when there is none of this index; with no volumes at all whether the
     /// index is -1.
     bool setCurrentArray(int index);
-    /// Files a loaded volume and makes it current.
-    void addArray(std::unique_ptr<VoxelArray> array, const std::vector<QStringList>& files);
+    /// Files a loaded volume with the palettes that came with it, and makes it current.
+    void addArray(std::unique_ptr<VoxelArray> array, const std::vector<QStringList>& files,
+                  PaletteList palettes = {});
+    /// Starts the load that the file thread's description describes; false when one is under way.
+    bool startLoad();
     void loadFromCommandLine(const QStringList& arguments);
     /// Reads a surface and draws it in the volume; a box tells of success or failure.
     void loadSegmentation(const QString& fileName);
@@ -151,6 +154,7 @@ private:
     /// Null while it was not made.
     ManagerForm* managerForm() const;
     void createThreads();
+    VolumeOptions volumeOptions() const;
     void readPreferences();
     void usePreferences(const Settings& settings);
     void storePreferences(const Settings& settings);
