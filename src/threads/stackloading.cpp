@@ -25,7 +25,7 @@ bool readsSeveralFiles(ImageType type)
     return type == ImageType::BioRad || type == ImageType::Olympus || type == ImageType::TiffSeries;
 }
 
-/// What files that are gone or closed to the user add to the reader's own text.
+/// What the reader's own texts do not say: which files are gone or closed to the user.
 QStringList unreadableFiles(const QStringList& names)
 {
     QStringList texts;
@@ -34,6 +34,18 @@ QStringList unreadableFiles(const QStringList& names)
         if (!info.isFile() || !info.isReadable())
             texts.append("Unable to open file: " + name);
     }
+    return texts;
+}
+
+/// The same for a stack of unknown type: which file found no reader, since the stack has no name then, and
+/// that files of one stack do not go together.
+QStringList causesOfUnknownType(const ImageFile& image, const QStringList& names)
+{
+    QStringList texts = unreadableFiles(names);
+    if (texts.isEmpty() && !image.hasReader() && !names.isEmpty())
+        texts.append("Unable to read in file: " + names.first());
+    else if (texts.isEmpty() && image.errorList().isEmpty() && names.size() > 1)
+        texts.append("Files not compatible.");
     return texts;
 }
 
@@ -202,8 +214,7 @@ void StackLoading::loadTiffSeries()
         return;
     }
     loadElements([this](int index) {
-        const auto image = std::make_shared<ImageFile>(element(index));
-        readLayers(image);
+        const Image image = readProbed(element(index));
         reduce(*image);
         return image;
     });
@@ -238,11 +249,7 @@ void StackLoading::loadElements(ElementReader reader)
 /// Each element is one channel of a time point, with a file for each layer.
 void StackLoading::loadChannelSeries()
 {
-    m_reader = [this](int index) {
-        const auto image = std::make_shared<ImageFile>(element(index));
-        readLayers(image);
-        return image;
-    };
+    m_reader = [this](int index) { return readProbed(element(index)); };
     m_progressTotal = 2 * kShare * elements();
     for (int time = 0; time < m_description.timePoints && keepGoing(); ++time) {
         const Image image = mergedChannels(time);
@@ -299,7 +306,7 @@ StackLoading::Image StackLoading::readProbed(const QStringList& names) const
 {
     const auto image = std::make_shared<ImageFile>(names);
     if (image->attributes().type == ImageType::Unknown) {
-        image->errorList().append(unreadableFiles(names));
+        image->errorList().append(causesOfUnknownType(*image, names));
         throw LoadFailure(image);
     }
     readLayers(image);
