@@ -7,7 +7,7 @@
 #include <QString>
 #include <QStringList>
 
-#include "volume/voxelarray.h"
+#include "threads/loadreport.h"
 
 namespace tirn {
 
@@ -58,11 +58,14 @@ struct ProgressEvent : AppEvent<EventId::Progress>
 /// A stack is ready to be shown.
 struct StackLoadedEvent : AppEvent<EventId::StackLoaded>
 {
-    StackLoadedEvent(std::unique_ptr<VoxelArray> volume, std::vector<QStringList> files)
-        : array(std::move(volume)), filesToLoad(std::move(files))
+    explicit StackLoadedEvent(LoadedStack stack)
+        : array(std::move(stack.array)), filesToLoad(std::move(stack.files)),
+          palettes(std::move(stack.palettes))
     {}
     std::unique_ptr<VoxelArray> array;
     std::vector<QStringList> filesToLoad;
+    /// To be appended to the program's, since channels of the stack count on them.
+    PaletteList palettes;
 };
 
 /// `count` key frames stand in the list now.

@@ -220,9 +220,7 @@ void TirnApplication::createThreads()
     report.progress = [this](const QString& message, int value, int total, bool done) {
         postEvent(this, new ProgressEvent(message, value, total, done));
     };
-    report.loaded = [this](std::unique_ptr<VoxelArray> array, const std::vector<QStringList>& files) {
-        postEvent(this, new StackLoadedEvent(std::move(array), files));
-    };
+    report.loaded = [this](LoadedStack stack) { postEvent(this, new StackLoadedEvent(std::move(stack))); };
     m_fileThread = std::make_unique<FileThread>(m_hidden->context(), std::move(report));
     createJobThreads();
 }
@@ -250,6 +248,7 @@ void TirnApplication::readPreferences()
 void TirnApplication::usePreferences(const Settings& settings)
 {
     m_preferences = settings;
+    m_fileThread->description().setDefaultEncode(settings.defaultEncode);
     const std::scoped_lock lock(m_scene.mutex);
     m_renderSettings.flashRate = settings.flashRate;
     m_renderSettings.texLimit2D = settings.texLimit2D;

@@ -73,8 +73,11 @@ public:
     /// Makes a volume current. False when there is none of this index; with no volumes at all whether the
     /// index is -1.
     bool setCurrentArray(int index);
-    /// Files a loaded volume and makes it current.
-    void addArray(std::unique_ptr<VoxelArray> array, const std::vector<QStringList>& files);
+    /// Files a loaded volume with the palettes that came with it, and makes it current.
+    void addArray(std::unique_ptr<VoxelArray> array, const std::vector<QStringList>& files,
+                  PaletteList palettes = {});
+    /// Starts the load that the file thread's description describes; false when one is under way.
+    bool startLoad();
     void loadFromCommandLine(const QStringList& arguments);
     /// Reads a surface and draws it in the volume; a box tells of success or failure.
     void loadSegmentation(const QString& fileName);
@@ -167,6 +170,7 @@ private:
     void finishJobs();
     /// False, with the progress in front, while an export is being written.
     bool mayClose();
+    VolumeOptions volumeOptions() const;
     void readPreferences();
     void usePreferences(const Settings& settings);
     void storePreferences(const Settings& settings);

@@ -27,7 +27,7 @@ void TirnApplication::customEvent(QEvent* event)
     case EventId::StackLoaded: {
         auto& loaded = static_cast<StackLoadedEvent&>(*event);
         logDebug("Made it to stack Loaded!!!");
-        addArray(std::move(loaded.array), loaded.filesToLoad);
+        addArray(std::move(loaded.array), loaded.filesToLoad, std::move(loaded.palettes));
         return;
     }
     case EventId::KeyFrame:

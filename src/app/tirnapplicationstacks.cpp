@@ -54,13 +54,34 @@ void TirnApplication::arrayBecameCurrent()
     Q_EMIT currentArrayChanged();
 }
 
-void TirnApplication::addArray(std::unique_ptr<VoxelArray> array, const std::vector<QStringList>& files)
+bool TirnApplication::startLoad()
+{
+    LoadSurroundings surroundings;
+    surroundings.options = volumeOptions();
+    surroundings.defaultEncode = m_preferences.defaultEncode;
+    surroundings.paletteCount = static_cast<int>(m_scene.palettes.size());
+    surroundings.paletteGeneration = static_cast<PaletteGeneration>(m_preferences.paletteGeneration);
+    surroundings.paletteTables = m_paletteTables.get();
+    return m_fileThread->startLoad(std::move(surroundings));
+}
+
+VolumeOptions TirnApplication::volumeOptions() const
+{
+    return {m_currentWidget->threadKind(), m_renderSettings.texLimit2D, m_renderSettings.texLimit3D, false,
+            m_curveTextures.get()};
+}
+
+void TirnApplication::addArray(std::unique_ptr<VoxelArray> array, const std::vector<QStringList>& files,
+                               PaletteList palettes)
 {
     m_currentWidget->stopAndWait();
-    if (m_scene.palettes.empty()) {
+    const bool listChanges = !palettes.empty() || m_scene.palettes.empty();
+    for (auto& palette : palettes)
+        m_scene.palettes.push_back(std::move(palette));
+    if (m_scene.palettes.empty())
         m_scene.palettes.push_back(std::make_unique<Palette>("", 8, m_paletteTables.get()));
+    if (listChanges)
         Q_EMIT paletteListChanged();
-    }
     // Palettes may have been closed while the stack was loading.
     for (Channel& channel : array->channels()) {
         if (palette(channel.display.palette) == nullptr)
@@ -104,8 +125,7 @@ void TirnApplication::loadFromCommandLine(const QStringList& arguments)
         return;
     LoadRequest request;
     request.names = line.stacks;
-    request.options = {m_currentWidget->threadKind(), m_renderSettings.texLimit2D,
-                       m_renderSettings.texLimit3D, false, m_curveTextures.get()};
+    request.options = volumeOptions();
     request.firstPalette = before;
     request.paletteCount = static_cast<int>(m_scene.palettes.size());
     request.paletteIds.assign(line.paletteIds.begin(), line.paletteIds.end());

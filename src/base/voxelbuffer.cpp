@@ -1,6 +1,7 @@
 #include "base/voxelbuffer.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
@@ -19,6 +20,8 @@ namespace {
 
 constexpr std::int64_t kHugePage = std::int64_t{2} << 20;
 constexpr std::size_t kAlignment = 64;
+
+std::atomic<std::int64_t> live = 0;
 
 #ifdef __linux__
 void unmap(std::byte* bytes, std::int64_t size)
@@ -102,6 +105,7 @@ VoxelBuffer::VoxelBuffer(std::int64_t bytes)
             throw std::bad_alloc();
         m_size = bytes;
         m_mapped = rounded;
+        live += m_size;
         return;
     }
 #endif
@@ -110,6 +114,7 @@ VoxelBuffer::VoxelBuffer(std::int64_t bytes)
     if (m_bytes == nullptr)
         throw std::bad_alloc();
     m_size = bytes;
+    live += m_size;
 }
 
 VoxelBuffer::VoxelBuffer(VoxelBuffer&& other) noexcept
@@ -122,8 +127,10 @@ VoxelBuffer& VoxelBuffer::operator=(VoxelBuffer&& other) noexcept
     if (this == &other)
         return *this;
 #ifdef __linux__
-    if (m_mapped > 0 && other.m_bytes != nullptr)
+    if (m_mapped > 0 && other.m_bytes != nullptr) {
+        live -= std::exchange(m_size, 0);
         spare.keep(std::exchange(m_bytes, nullptr), std::exchange(m_mapped, 0));
+    }
 #endif
     reset();
     m_bytes = std::exchange(other.m_bytes, nullptr);
@@ -143,8 +150,10 @@ void VoxelBuffer::reset()
     }
 #endif
     std::free(std::exchange(m_bytes, nullptr));
-    m_size = 0;
+    live -= std::exchange(m_size, 0);
 }
+
+std::int64_t VoxelBuffer::liveBytes() { return live; }
 
 void VoxelBuffer::zero()
 {

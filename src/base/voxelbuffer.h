@@ -29,6 +29,9 @@ public:
     bool isNull() const { return m_bytes == nullptr; }
     void reset();
 
+    /// The bytes of all buffers that there are now.
+    static std::int64_t liveBytes();
+
     /// Sets every byte to zero, on all cores where that pays.
     void zero();
 

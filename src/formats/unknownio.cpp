@@ -21,8 +21,8 @@ constexpr std::int64_t kTooMany = std::numeric_limits<std::int64_t>::max();
 } // namespace
 
 UnknownIO::UnknownIO(ImageFile& owner, const QStringList& names, std::int64_t headerOffset, int x, int y,
-                     int z, int channels, int bitDepth)
-    : ImageIO(owner, names), m_headerOffset(headerOffset)
+                     int z, int channels, int bitDepth, bool swapBytes)
+    : ImageIO(owner, names), m_headerOffset(headerOffset), m_swapBytes(swapBytes)
 {
     ImageAttributes record;
     record.fileX = x;
@@ -71,6 +71,8 @@ bool UnknownIO::readLayers(int first, int last, int step)
         return fail(QLatin1String("Unable to read in file: ") + name);
     std::memset(voxels.data() + bytes, 0, static_cast<std::size_t>(voxels.size() - bytes));
     file(0).close();
+    if (m_swapBytes && stack.bitDepth == 16)
+        swapEndian(voxels.data(), samples, 2);
     setStack(std::move(voxels), stack.fileX, stack.fileY, count);
     return true;
 }

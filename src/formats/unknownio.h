@@ -8,9 +8,10 @@ namespace tirn {
 class UnknownIO : public ImageIO
 {
 public:
-    /// Sets the owner's file sizes, channels and depth; its type stays unknown.
+    /// Sets the owner's file sizes, channels and depth; its type stays unknown. `swapBytes` turns the bytes
+    /// of each 16-bit word round.
     UnknownIO(ImageFile& owner, const QStringList& names, std::int64_t headerOffset, int x, int y, int z,
-              int channels, int bitDepth);
+              int channels, int bitDepth, bool swapBytes = false);
 
     ImageAttributes readAttributes() override;
     /// True when the first file exists.
@@ -24,6 +25,7 @@ public:
 
 private:
     std::int64_t m_headerOffset;
+    bool m_swapBytes;
 };
 
 } // namespace tirn

@@ -55,10 +55,11 @@ ImageFile::ImageFile(const QStringList& names)
 }
 
 ImageFile::ImageFile(const QStringList& names, std::int64_t headerOffset, int x, int y, int z, int channels,
-                     int bitDepth)
+                     int bitDepth, bool swapBytes)
 {
     try {
-        m_io = std::make_unique<UnknownIO>(*this, names, headerOffset, x, y, z, channels, bitDepth);
+        m_io =
+            std::make_unique<UnknownIO>(*this, names, headerOffset, x, y, z, channels, bitDepth, swapBytes);
     } catch (const std::bad_alloc&) {
         m_errorList.append(QStringLiteral("Failed to create UnknownIO"));
     }

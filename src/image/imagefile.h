@@ -29,9 +29,9 @@ public:
     /// Finds the format of the first name and makes its reader. Failure leaves a text in `errorList` and no
     /// reader.
     explicit ImageFile(const QStringList& names);
-    /// Headerless data, nothing is probed.
+    /// Headerless data, nothing is probed; `swapBytes` turns the bytes of each 16-bit word round.
     ImageFile(const QStringList& names, std::int64_t headerOffset, int x, int y, int z, int channels,
-              int bitDepth);
+              int bitDepth, bool swapBytes = false);
     /// An uninitialised stack in memory. Throws std::bad_alloc when there is no room.
     ImageFile(int x, int y, int z, int channels, int bitDepth);
     /// Takes over a buffer of x * y * z * channels samples.

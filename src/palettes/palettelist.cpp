@@ -10,13 +10,13 @@
 
 namespace tirn {
 
-void appendMissingPalettes(PaletteList& palettes, int channels, PaletteGeneration generation,
-                           PaletteTables* tables)
+PaletteList missingPalettes(int existing, int channels, PaletteGeneration generation, PaletteTables* tables)
 {
-    const auto isShort = [&] { return static_cast<int>(palettes.size()) < channels; };
+    PaletteList made;
+    const auto isShort = [&] { return existing + static_cast<int>(made.size()) < channels; };
     const auto appendRamp = [&](const QColor& color) {
         if (isShort())
-            palettes.push_back(std::make_unique<Palette>(color, 8, tables));
+            made.push_back(std::make_unique<Palette>(color, 8, tables));
     };
     if (generation == PaletteGeneration::RedGreenBlue && channels > 1) {
         appendRamp(QColor(255, 0, 0));
@@ -25,7 +25,15 @@ void appendMissingPalettes(PaletteList& palettes, int channels, PaletteGeneratio
             appendRamp(QColor(0, 0, 255));
     }
     while (isShort())
-        palettes.push_back(std::make_unique<Palette>(QString(), 8, tables));
+        made.push_back(std::make_unique<Palette>(QString(), 8, tables));
+    return made;
+}
+
+void appendMissingPalettes(PaletteList& palettes, int channels, PaletteGeneration generation,
+                           PaletteTables* tables)
+{
+    for (auto& palette : missingPalettes(static_cast<int>(palettes.size()), channels, generation, tables))
+        palettes.push_back(std::move(palette));
 }
 
 void appendFavoritePalettes(PaletteList& palettes, const QString& directory, PaletteTables* tables)

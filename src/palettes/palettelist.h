@@ -15,8 +15,11 @@ using PaletteList = std::vector<std::unique_ptr<Palette>>;
 /// What is generated for channels without a palette; the numbers are those of the preference's items.
 enum class PaletteGeneration { Grayscale = 0, RedGreenBlue = 1, Favorites = 2 };
 
-/// Appends palettes of 8 bits until each channel has one: with `RedGreenBlue` and more than one channel ramps
-/// of these colours as far as needed (blue for the third channel on), then grey ones.
+/// What so many palettes lack until each channel has one, of 8 bits: with `RedGreenBlue` and more than one
+/// channel ramps of these colours as far as needed (blue for the third channel on), then grey ones.
+PaletteList missingPalettes(int existing, int channels, PaletteGeneration generation,
+                            PaletteTables* tables = nullptr);
+/// Appends them to a list.
 void appendMissingPalettes(PaletteList& palettes, int channels, PaletteGeneration generation,
                            PaletteTables* tables = nullptr);
 

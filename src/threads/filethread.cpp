@@ -1,113 +1,9 @@
 #include "threads/filethread.h"
 
-#include <algorithm>
-
 #include "base/log.h"
-#include "image/imagefile.h"
-#include "volume/volumemaking.h"
+#include "threads/stackloading.h"
 
 namespace tirn {
-
-namespace {
-
-constexpr int kReadShare = 100;
-constexpr int kTotal = 200;
-
-/// Ends a load with a text for the user.
-class LoadFailure : public std::exception
-{
-public:
-    explicit LoadFailure(QString text) : m_text(std::move(text)) {}
-    const QString& text() const { return m_text; }
-
-private:
-    QString m_text;
-};
-
-std::shared_ptr<ImageFile> readImage(const QString& name)
-{
-    auto image = std::make_shared<ImageFile>(QStringList{name});
-    if (!image->hasReader() || image->attributes().type == ImageType::Unknown)
-        throw LoadFailure(image->errorList().join("\n") + "\n" + image->fileName() +
-                          " is not a supported file type.  Aborting!");
-    if (!image->read()) {
-        throw LoadFailure("I cannot undestand the data in " + image->fileName() + " for some reason.\n" +
-                          image->errorList().join("\n"));
-    }
-    return image;
-}
-
-/// One file a channel, or one file with all channels.
-void readImages(VoxelArray& array, const LoadRequest& request, const std::atomic<bool>& cancelled)
-{
-    array.appendImage(readImage(request.names.front()));
-    const ImageAttributes& first = array.images().front()->attributes();
-    if (first.channels != 1)
-        return;
-    for (int i = 1; i < request.names.size() && !cancelled; ++i) {
-        auto image = readImage(request.names[i]);
-        if (!(image->attributes() == first))
-            throw LoadFailure(image->fileName() + " differs from " + array.images().front()->fileName() +
-                              " in size, depth or type.");
-        array.appendImage(std::move(image));
-    }
-}
-
-void assignPalettes(VoxelArray& array, const LoadRequest& request)
-{
-    const int count = std::max(1, request.paletteCount);
-    for (int c = 0; c < array.channelCount(); ++c)
-        array.channels()[static_cast<std::size_t>(c)].display.palette = (request.firstPalette + c) % count;
-    array.palettesOfChannel = request.paletteIds;
-}
-
-std::unique_ptr<VoxelArray> makeVolume(const LoadRequest& request, const LoadReport& report,
-                                       const std::atomic<bool>& cancelled)
-{
-    auto array = std::make_unique<VoxelArray>(request.options);
-    const QString& name = request.names.front();
-    report.progress("Loading " + name, 0, kTotal, false);
-    readImages(*array, request, cancelled);
-    if (cancelled)
-        return nullptr;
-    report.progress("Encoding " + name, kReadShare, kTotal, false);
-    const ImageFile& first = *array->images().front();
-    const int channels = first.attributes().channels;
-    const Progress progress = {[&report](const QString& message, int percent, int total) {
-                                   report.progress(message, percent, total, false);
-                               },
-                               &cancelled};
-    const bool complete = completeVolume(
-        *array, {channels > 1 ? channels : static_cast<int>(array->images().size())}, progress);
-    if (cancelled)
-        return nullptr;
-    if (!complete)
-        throw LoadFailure("I cannot undestand the data in " + first.fileName() + " for some reason.");
-    assignPalettes(*array, request);
-    report.progress("", 0, 0, true);
-    return array;
-}
-
-} // namespace
-
-void loadStack(const LoadRequest& request, const LoadReport& report, const std::atomic<bool>& cancelled)
-{
-    try {
-        std::unique_ptr<VoxelArray> array = makeVolume(request, report, cancelled);
-        if (array == nullptr) {
-            report.progress("", 1, 1, true);
-            return;
-        }
-        std::vector<QStringList> files;
-        for (const auto& image : array->images())
-            files.push_back(image->filePaths());
-        report.loaded(std::move(array), files);
-    } catch (const LoadFailure& failure) {
-        report.progress(failure.text(), 0, 0, true);
-    } catch (const std::bad_alloc&) {
-        report.progress("Could not allocate memory to load dataset", 0, 0, true);
-    }
-}
 
 FileThread::FileThread(QOpenGLContext& share, LoadReport report)
     : m_context(&share), m_report(std::move(report))
@@ -115,12 +11,33 @@ FileThread::FileThread(QOpenGLContext& share, LoadReport report)
 
 FileThread::~FileThread() { stopAndWait(); }
 
+bool FileThread::startLoad(LoadSurroundings surroundings)
+{
+    if (m_loading)
+        return false;
+    const int defaultEncode = surroundings.defaultEncode;
+    const auto loading = std::make_shared<StackLoading>(std::move(m_description), std::move(surroundings),
+                                                        m_report, m_cancelled);
+    logDebug("defaultEncode %d", defaultEncode);
+    m_description = LoadDescription(defaultEncode);
+    return startJob([loading] { return loading->run(); });
+}
+
 bool FileThread::load(LoadRequest request)
 {
-    if (isRunning() || request.names.isEmpty())
+    if (m_loading || request.names.isEmpty())
         return false;
-    m_request = std::move(request);
+    return startJob(
+        [this, request = std::move(request)] { return loadStack(request, m_report, m_cancelled); });
+}
+
+bool FileThread::startJob(Job job)
+{
+    // A thread that has done its work may still be on its way out.
+    wait();
+    m_job = std::move(job);
     m_cancelled = false;
+    m_loading = true;
     m_context.context().moveToThread(this);
     start();
     return true;
@@ -134,12 +51,18 @@ void FileThread::stopAndWait()
 
 void FileThread::run()
 {
+    std::optional<LoadedStack> loaded;
     if (m_context.makeCurrent())
-        loadStack(m_request, m_report, m_cancelled);
+        loaded = m_job();
     else
         m_report.progress("Could not allocate a GL context", 0, 0, true);
+    // What an unfinished load has made goes with it, while the context is there.
+    m_job = nullptr;
     m_context.doneCurrent();
     m_context.context().moveToThread(thread());
+    m_loading = false;
+    if (loaded)
+        m_report.loaded(std::move(*loaded));
 }
 
 } // namespace tirn

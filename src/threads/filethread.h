@@ -2,45 +2,23 @@
 
 #include <atomic>
 #include <functional>
-#include <memory>
 #include <optional>
 
-#include <QStringList>
 #include <QThread>
 
 #include "gl/glcontext.h"
-#include "volume/voxelarray.h"
+#include "threads/loaddescription.h"
+#include "threads/loadsurroundings.h"
+#include "threads/namedstackload.h"
 
 namespace tirn {
 
-/// What a load is to make.
-struct LoadRequest
-{
-    /// Each name is a channel when the first file has one; otherwise the first name is the stack.
-    QStringList names;
-    VolumeOptions options;
-    /// The palette of channel 0 and the number of palettes: channel c gets (first + c) modulo count.
-    int firstPalette = 0;
-    int paletteCount = 0;
-    std::vector<int> paletteIds;
-};
-
-/// What a load reports, on the thread that loads.
-struct LoadReport
-{
-    /// Message (empty: keep), value, total (-1: continue from the last base), done.
-    std::function<void(const QString&, int, int, bool)> progress;
-    std::function<void(std::unique_ptr<VoxelArray>, const std::vector<QStringList>&)> loaded;
-};
-
-/// Reads and encodes the stack of a request in the current context. Reports progress, and at the end either
-/// the finished volume or a text of what went wrong.
-void loadStack(const LoadRequest& request, const LoadReport& report, const std::atomic<bool>& cancelled);
-
 /// Reads and encodes stacks away from the interface thread.
 ///
-/// One load at a time. The request is set before the start; the hidden context belongs to the thread while it
-/// runs; results go out through the report only. Cancelling ends the load with the file at hand.
+/// One load at a time. The thread takes its input when a load starts; the hidden context belongs to it while
+/// it runs; results go out through the report only, a finished stack as the last of all. It takes no lock of
+/// the render thread: textures are complete before anyone learns of them. Cancelling ends the load with the
+/// file at hand, and may be done at any time. All else is called on the interface thread.
 class FileThread : public QThread
 {
 public:
@@ -48,19 +26,30 @@ public:
     FileThread(QOpenGLContext& share, LoadReport report);
     ~FileThread() override;
 
-    /// False when a load is under way.
+    /// The next load, for the forms to fill in.
+    LoadDescription& description() { return m_description; }
+    /// Starts it and begins a new description. False, with nothing changed, when a load is under way.
+    bool startLoad(LoadSurroundings surroundings);
+    /// Loads a stack that was named at the start of the program; false when a load is under way.
     bool load(LoadRequest request);
     void stopLoading() { m_cancelled = true; }
     void stopAndWait();
+    bool isLoading() const { return m_loading; }
 
 protected:
     void run() override;
 
 private:
+    using Job = std::function<std::optional<LoadedStack>()>;
+
+    bool startJob(Job job);
+
     HiddenContext m_context;
     LoadReport m_report;
-    LoadRequest m_request;
+    LoadDescription m_description;
+    Job m_job;
     std::atomic<bool> m_cancelled = false;
+    std::atomic<bool> m_loading = false;
 };
 
 } // namespace tirn

@@ -40,13 +40,16 @@ struct CropLimits
     bool operator==(const CropLimits&) const = default;
 };
 
-/// What one load is to make. Forms fill it while no load is under way; the file thread reads it and puts a
-/// fresh one in its place at the end.
+/// What one load is to make. Forms fill it while no load is under way; the file thread takes it when a load
+/// starts and puts a fresh one in its place.
 class LoadDescription
 {
 public:
     /// `defaultEncode` is the preference: 0 for 2D texture maps, 1 for 3D ones; any other leaves the target.
     explicit LoadDescription(int defaultEncode = 0);
+
+    /// The preference has changed: the target follows it.
+    void setDefaultEncode(int defaultEncode);
 
     /// With false the whole stack is read and all that `setRange` sets has its default again.
     void setWholeStack(bool isPartial);
@@ -63,7 +66,7 @@ public:
 
     /// The `stack` element of a session, or null.
     QDomElement session;
-    /// Labels of the channels.
+    /// Labels of the time points, from a session.
     QStringList labels;
     bool conserveMemory = false;
     /// A range of layers was given.
@@ -98,7 +101,7 @@ public:
 private:
     void useDefaultTarget();
 
-    int m_defaultEncode;
+    int m_defaultEncode = 0;
 };
 
 } // namespace tirn

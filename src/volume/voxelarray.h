@@ -163,6 +163,8 @@ public:
     /// cancelled or ran out of memory.
     bool reencode(int i, const Progress& progress = {}, const TextureGate& gate = {});
     int encodedImages() const { return m_encodedImages; }
+    /// Goes on with the first images alone, one a time point, as if they had been all there were to encode.
+    void keepImages(int count);
     const EncodeTimes& encodeTimes() const { return m_encodeTimes; }
 
     /// Mirrors the data along 'X', 'Y' or 'Z' (either case), or inverts them, and encodes them again. On

@@ -298,6 +298,19 @@ void VoxelArray::finishEncoding()
     resetCut();
 }
 
+void VoxelArray::keepImages(int count)
+{
+    if (count < 1 || count > static_cast<int>(m_images.size()))
+        return;
+    m_images.resize(static_cast<std::size_t>(count));
+    m_timeStamps.resize(std::min(m_timeStamps.size(), m_images.size()));
+    while (m_timeLabels.size() > count)
+        m_timeLabels.removeLast();
+    m_timePoints = count;
+    m_encodedImages = count;
+    finishEncoding();
+}
+
 VoxelArray::Encoding VoxelArray::encodeImage(ImageFile& image, std::size_t* reuseFrom,
                                              const Progress& progress, const TextureGate& gate)
 {
@@ -444,6 +457,8 @@ bool VoxelArray::loadVoxels(int i, const Progress& progress)
         return true;
     if (!image.reRead())
         return false;
+    if (subsample > 1)
+        image.subSample(subsample);
     m_transforms.applyTo(image, {progress.report, nullptr});
     return true;
 }

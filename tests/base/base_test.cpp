@@ -100,6 +100,22 @@ TEST(VoxelBuffer, IsAlignedAndMovable)
     EXPECT_TRUE(moved.isNull());
 }
 
+TEST(VoxelBuffer, LivingBytesAreCounted)
+{
+    const std::int64_t before = VoxelBuffer::liveBytes();
+    {
+        VoxelBuffer small(100);
+        VoxelBuffer large(9 << 20);
+        EXPECT_EQ(VoxelBuffer::liveBytes() - before, 100 + (9 << 20));
+        const VoxelBuffer moved = std::move(small);
+        large = VoxelBuffer(8 << 20);
+        EXPECT_EQ(VoxelBuffer::liveBytes() - before, 100 + (8 << 20));
+        large.reset();
+        EXPECT_EQ(VoxelBuffer::liveBytes() - before, 100);
+    }
+    EXPECT_EQ(VoxelBuffer::liveBytes(), before);
+}
+
 TEST(VoxelBuffer, WhatIsReplacedServesTheNextOfItsSize)
 {
     VoxelBuffer voxels(9 << 20);

@@ -92,6 +92,7 @@ public:
     /// Draws one frame on this thread and returns its picture.
     QImage draw();
     void makeCurrent() { m_hidden->makeCurrent(); }
+    HiddenContext& hidden() { return *m_hidden; }
 
     Scene scene;
     ViewState view;
