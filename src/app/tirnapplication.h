@@ -22,6 +22,7 @@
 #include "ui/formtable.h"
 #include "ui/helppages.h"
 #include "ui/mainform.h"
+#include "ui/openservices.h"
 
 namespace tirn {
 
@@ -131,6 +132,9 @@ private:
     void buildVolumesMenu(QMenu& menu);
     void placeMainForm();
     void createForms();
+    OpenServices openServices();
+    std::vector<FormRow> openFormRows();
+    bool startDescribedLoad();
     void createThreads();
     void readPreferences();
     void usePreferences(const Settings& settings);
@@ -167,6 +171,7 @@ private:
     QPointer<QStackedWidget> m_widgetStack;
     QPointer<QProgressDialog> m_progressDialog;
     FormTable m_forms;
+    LoadDescription m_nextLoad;
     HelpPages m_help;
     std::unique_ptr<FileThread> m_fileThread;
     int m_lastBaseProgress = 0;

@@ -4,7 +4,10 @@
 
 #include "app/tirnapplication.h"
 #include "ui/aboutform.h"
+#include "ui/importstackform.h"
 #include "ui/preferencesform.h"
+#include "ui/sequencetiffform.h"
+#include "ui/stackopenform.h"
 
 namespace tirn {
 
@@ -72,10 +75,57 @@ void TirnApplication::buildVolumesMenu(QMenu& menu)
         menu.addAction(tr("none"))->setEnabled(false);
 }
 
+OpenServices TirnApplication::openServices()
+{
+    return {[this]() -> LoadDescription& { return m_nextLoad; }, [this] { return startDescribedLoad(); },
+            m_preferences, m_card};
+}
+
+/// What the next load is to make goes to the file thread.
+bool TirnApplication::startDescribedLoad()
+{
+    LoadRequest request;
+    for (const QStringList& element : std::exchange(m_nextLoad, LoadDescription()).filesToLoad)
+        request.names += element;
+    request.options = {m_currentWidget->threadKind(), m_renderSettings.texLimit2D,
+                       m_renderSettings.texLimit3D, false, m_curveTextures.get()};
+    request.paletteCount = arrayCount();
+    return m_fileThread->load(std::move(request));
+}
+
+/// The forms that open stacks.
+std::vector<FormRow> TirnApplication::openFormRows()
+{
+    std::vector<FormRow> rows;
+    rows.push_back({FormId::Stack,
+                    "StackOpen",
+                    "Stack Open",
+                    [this](QWidget* parent) { return new StackOpenForm(openServices(), parent); },
+                    {},
+                    {}});
+    rows.push_back({FormId::ImportStack,
+                    "Import",
+                    "Import Stack",
+                    [this](QWidget* parent) { return new ImportStackForm(openServices(), parent); },
+                    {},
+                    {}});
+    rows.push_back({FormId::SequenceTiff,
+                    "Sequence Tiff",
+                    "Sequence Tiff",
+                    [this](QWidget* parent) { return new SequenceTiffForm(openServices(), parent); },
+                    [this](QWidget* form) {
+                        connect(static_cast<SequenceTiffForm*>(form), &SequenceTiffForm::setupTiff,
+                                static_cast<StackOpenForm*>(m_forms.form(FormId::Stack)),
+                                &StackOpenForm::setupTiff);
+                    },
+                    {FormId::Stack}});
+    return rows;
+}
+
 void TirnApplication::createForms()
 {
     m_forms.setMainWindow(m_mainForm.get());
-    std::vector<FormRow> rows;
+    std::vector<FormRow> rows = openFormRows();
     rows.push_back({FormId::About,
                     "About",
                     "About",
