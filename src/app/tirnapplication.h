@@ -24,11 +24,13 @@
 #include "ui/formtable.h"
 #include "ui/helppages.h"
 #include "ui/mainform.h"
+#include "ui/openservices.h"
 
 namespace tirn {
 
 class JobProgressForm;
 class ManagerForm;
+class StackOpenForm;
 
 /// The one object that owns everything: volumes, palettes, widgets, forms, threads, settings. It wires them
 /// together and holds no algorithm of its own.
@@ -112,6 +114,8 @@ public Q_SLOTS:
     void loadStack();
     void createAboutForm() { createAboutForm(true); }
     void createAboutForm(bool show) { m_forms.create(FormId::About, show); }
+    void createImportStackForm() { createImportStackForm(true); }
+    void createImportStackForm(bool show) { m_forms.create(FormId::ImportStack, show); }
     void createManagerForm() { createManagerForm(true); }
     void createManagerForm(bool show) { m_forms.create(FormId::Manager, show); }
     void createPreferencesForm() { createPreferencesForm(true); }
@@ -158,10 +162,16 @@ private:
     void placeMainForm();
     void createForms();
     FormRow aboutRow();
+    FormRow importStackRow();
     FormRow managerRow();
     FormRow preferencesRow();
     /// Null while it was not made.
     ManagerForm* managerForm() const;
+    FormRow sequenceTiffRow();
+    FormRow stackRow();
+    /// Made when it is missing.
+    StackOpenForm& stackOpenForm();
+    OpenServices openServices();
     void createThreads();
     void createJobThreads();
     /// With a stack and no other job; the status bar tells of that one.

@@ -4,8 +4,11 @@
 
 #include "app/tirnapplication.h"
 #include "ui/aboutform.h"
+#include "ui/importstackform.h"
 #include "ui/managerform.h"
 #include "ui/preferencesform.h"
+#include "ui/sequencetiffform.h"
+#include "ui/stackopenform.h"
 
 namespace tirn {
 
@@ -62,6 +65,7 @@ void TirnApplication::connectActions()
         connect(m_mainForm->action(name), &QAction::triggered, this, slot);
     };
     on("stackOpenAction", [this] { loadStack(); });
+    on("importStackAction", [this] { createImportStackForm(); });
     on("sequenceTiffAction", [this] { m_mainForm->loadSequenceTiff(); });
     on("segmentationOpenAction", [this] { loadSegmentation(); });
     on("closeStackAction", [this] { closeStack(); });
@@ -142,7 +146,9 @@ void TirnApplication::buildVolumesMenu(QMenu& menu)
 void TirnApplication::createForms()
 {
     m_forms.setMainWindow(m_mainForm.get());
-    m_forms.setRows({aboutRow(), managerRow(), preferencesRow()});
+    // In the order in which they are made.
+    m_forms.setRows(
+        {stackRow(), aboutRow(), importStackRow(), managerRow(), preferencesRow(), sequenceTiffRow()});
     m_forms.createAllHidden();
 }
 
@@ -188,6 +194,44 @@ FormRow TirnApplication::preferencesRow()
                 &TirnApplication::storePreferences);
     };
     return {FormId::Preferences, "Preferences", "Preferences", make, connectForm, {}};
+}
+
+OpenServices TirnApplication::openServices()
+{
+    return {[this]() -> LoadDescription& { return m_fileThread->description(); },
+            [this] { return startLoad(); }, m_preferences, m_card};
+}
+
+FormRow TirnApplication::stackRow()
+{
+    const auto make = [this](QWidget* parent) { return new StackOpenForm(openServices(), parent); };
+    const auto connectForm = [this](QWidget* form) {
+        connect(m_mainForm.get(), &MainForm::loadRecentStack, static_cast<StackOpenForm*>(form),
+                &StackOpenForm::buildFileList_knownList);
+    };
+    return {FormId::Stack, "StackOpen", "Stack Open", make, connectForm, {}};
+}
+
+StackOpenForm& TirnApplication::stackOpenForm()
+{
+    return *static_cast<StackOpenForm*>(m_forms.create(FormId::Stack, false));
+}
+
+FormRow TirnApplication::importStackRow()
+{
+    const auto make = [this](QWidget* parent) { return new ImportStackForm(openServices(), parent); };
+    return {FormId::ImportStack, "Import", "Import Stack", make, {}, {}};
+}
+
+FormRow TirnApplication::sequenceTiffRow()
+{
+    const auto make = [this](QWidget* parent) { return new SequenceTiffForm(openServices(), parent); };
+    const auto connectForm = [this](QWidget* form) {
+        auto* sequence = static_cast<SequenceTiffForm*>(form);
+        connect(sequence, &SequenceTiffForm::setupTiff, &stackOpenForm(), &StackOpenForm::setupTiff);
+        connect(m_mainForm.get(), &MainForm::loadTiffs, sequence, &SequenceTiffForm::setFilename);
+    };
+    return {FormId::SequenceTiff, "Sequence Tiff", "Sequence Tiff", make, connectForm, {FormId::Stack}};
 }
 
 ManagerForm* TirnApplication::managerForm() const

@@ -14,6 +14,7 @@
 #include "formats/imageio.h"
 #include "palettes/palettefile.h"
 #include "ui/managerform.h"
+#include "ui/stackopenform.h"
 
 namespace tirn {
 
@@ -171,7 +172,7 @@ void TirnApplication::loadStack()
     const QString name = QFileDialog::getOpenFileName(m_mainForm.get(), "Select first stack",
                                                       m_preferences.stackPath, stackFileFilter());
     if (!name.trimmed().isEmpty())
-        loadFromCommandLine({"tirn", name});
+        stackOpenForm().setup(name);
 }
 
 void TirnApplication::loadSegmentation()

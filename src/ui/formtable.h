@@ -11,7 +11,7 @@
 namespace tirn {
 
 /// The tool forms. Adding one means adding its id here and its row to the application's table.
-enum class FormId { About, Manager, Preferences };
+enum class FormId { About, ImportStack, Manager, Preferences, SequenceTiff, Stack };
 
 /// Where a form is placed beside the main window.
 enum class FormSide { Left = 0, Right = 1, Above = 2, Below = 3 };

@@ -25,13 +25,15 @@ public:
     void setFilter(const QString& filter) { m_filter = filter; }
     void setTitle(const QString& title) { m_title = title; }
 
+public Q_SLOTS:
+    /// Asks for a file as the button does.
+    void browse();
+
 Q_SIGNALS:
     /// A name was typed to its end, or chosen.
     void fileNameChanged(const QString& name);
 
 private:
-    void browse();
-
     Mode m_mode;
     QString m_pathHint;
     QString m_filter;
