@@ -1,5 +1,7 @@
 #include "threads/namedstackload.h"
 
+#include <QFileInfo>
+
 #include <algorithm>
 
 #include "image/imagefile.h"
@@ -98,10 +100,13 @@ std::optional<LoadedStack> loadStack(const LoadRequest& request, const LoadRepor
             report.progress("", 1, 1, true);
             return std::nullopt;
         }
-        std::vector<QStringList> files;
-        for (const auto& image : array->images())
-            files.push_back(image->filePaths());
-        return LoadedStack{std::move(array), std::move(files), {}};
+        // One stack, whose channels are in these files; it may be loaded again from another directory.
+        QStringList files;
+        for (const auto& image : array->images()) {
+            for (const QString& name : image->filePaths())
+                files.append(QFileInfo(name).absoluteFilePath());
+        }
+        return LoadedStack{std::move(array), {files}, {}};
     } catch (const NamedLoadFailure& failure) {
         report.progress(failure.text(), 0, 0, true);
     } catch (const std::bad_alloc&) {

@@ -1,5 +1,7 @@
 #include "ui/tirnstackitem.h"
 
+#include <algorithm>
+
 #include <QComboBox>
 #include <QEvent>
 #include <QGroupBox>
@@ -300,6 +302,12 @@ void TirnStackItem::play()
 {
     if (recording())
         return;
+    // The render thread plays the stack that is shown.
+    const auto& arrays = m_services.scene.arrays;
+    const auto own = std::find_if(arrays.begin(), arrays.end(),
+                                  [this](const auto& each) { return each.get() == &m_array; });
+    if (m_services.scene.current() != &m_array)
+        m_services.setCurrentArray(static_cast<int>(own - arrays.begin()));
     GLThread& thread = m_services.widget().renderThread();
     thread.timeRate = m_frameRate->value();
     thread.animating = true;

@@ -176,6 +176,48 @@ TEST_F(MainWindow, ARecentStackIsLoadedAgain)
     EXPECT_EQ(wanted, std::vector<RecentStack>({{{{"x0.pic", "x1.pic"}, {"y0.pic", "y1.pic"}}, 2, 2}}));
 }
 
+TEST_F(MainWindow, AStackOfSeveralFilesComesBackFromTheRecentOnes)
+{
+    load({picFile("a.pic"), picFile("b.pic")});
+    app().closeAll();
+    menu("&File/Load/Recent Stacks")->actions().first()->trigger();
+    app().fileThread().wait();
+    settle();
+    ASSERT_EQ(app().arrayCount(), 1);
+    EXPECT_EQ(app().scene().current()->channelCount(), 2);
+    EXPECT_EQ(app().scene().current()->timePointCount(), 1);
+    EXPECT_EQ(menu("&File/Load/Recent Stacks")->actions().size(), 1);
+}
+
+TEST_F(MainWindow, ThreeDroppedStacksAreThreeChannelsOrThreeTimePoints)
+{
+    drop({picFile("a.pic"), picFile("b.pic"), picFile("c.pic")});
+    app().fileThread().wait();
+    settle();
+    ASSERT_EQ(app().arrayCount(), 1);
+    EXPECT_EQ(app().scene().current()->channelCount(), 3);
+    EXPECT_EQ(app().scene().current()->timePointCount(), 1);
+    QStringList series;
+    for (const char* name : {"a.stk", "b.stk", "c.stk"}) {
+        ASSERT_TRUE(QFile::copy(QString(TIRN_TEST_DATA) + "/stk/scifio_test.stk", path(name)));
+        series.append(path(name));
+    }
+    drop(series);
+    app().fileThread().wait();
+    settle();
+    ASSERT_EQ(app().arrayCount(), 2);
+    EXPECT_EQ(app().scene().current()->channelCount(), 1);
+    EXPECT_EQ(app().scene().current()->timePointCount(), 3);
+}
+
+TEST_F(MainWindow, ADroppedFolderOfSinglePagesOpensTheSequenceForm)
+{
+    drop({QString(TIRN_TEST_DATA) + "/tiff-series/c_elegans_em"});
+    settle();
+    EXPECT_TRUE(app().forms().form(FormId::SequenceTiff)->isVisible());
+    EXPECT_EQ(app().arrayCount(), 0);
+}
+
 TEST_F(MainWindow, TheEleventhRecentStackPushesOutTheOldest)
 {
     for (int i = 0; i < 11; ++i)

@@ -147,6 +147,18 @@ TEST_F(Manager, PlayingAndStoppingGoToTheRenderThread)
     EXPECT_EQ(slider->value(), app().scene().current()->timePoint());
 }
 
+TEST_F(Manager, PlayingAnotherStackShowsItFirst)
+{
+    addSeries(2);
+    load({picFile("b.pic")});
+    form();
+    ASSERT_EQ(app().currentIndex(), 1);
+    QTest::mouseClick(row(0).findChild<QToolButton*>("btnPlay"), Qt::LeftButton);
+    EXPECT_EQ(app().currentIndex(), 0);
+    EXPECT_TRUE(widget().renderThread().animating);
+    row(0).stop();
+}
+
 TEST_F(Manager, NothingIsPlayedWhileAMovieIsRecorded)
 {
     addSeries(2);
