@@ -37,10 +37,10 @@ TEST(MeanFilter, LargeWindowsAgreeToo)
 
 TEST(MeanFilter, CubesOfEverySizeAgreeInNumbersOfEveryWidth)
 {
-    for (const int size : {3, 4, 5, 6, 7, 9, 11, 13, 14, 23, 25, 31, 43, 45, 61, 63, 65}) {
+    for (const int size : {3, 4, 5, 6, 7, 9, 11, 13, 14, 23, 25, 31, 43, 45, 63, 65}) {
         for (const int bits : {8, 12, 16}) {
             const int channels = 1 + size % 4;
-            const auto stack = test::randomStack({37 / channels, 5, 4, channels, bits}, 3);
+            const auto stack = test::randomStack({13, 3, 2, channels, bits}, 3);
             const SlowStack slow(*stack);
             ASSERT_TRUE(stack->meanFilter(size, -1, true));
             EXPECT_TRUE(sameVoxels(*stack, slowMeanFilter(slow, size, -1, true))) << size << " " << bits;
@@ -50,7 +50,7 @@ TEST(MeanFilter, CubesOfEverySizeAgreeInNumbersOfEveryWidth)
 
 TEST(MeanFilter, CubesOfTheLargestValuesDoNotOverflow)
 {
-    for (const int size : {3, 5, 7, 11, 13, 31, 63}) {
+    for (const int size : {3, 5, 7, 11, 13, 31}) {
         for (const int bits : {8, 16}) {
             // Layers of nothing and of all, so that every difference is the largest.
             const auto stack = test::makeStack(
