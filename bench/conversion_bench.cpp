@@ -130,8 +130,10 @@ void extraction(benchmark::State& state, int bits, int channels)
 {
     const auto stack = stackOf(bits, channels);
     std::unique_ptr<ImageFile> result;
-    for (auto _ : state)
+    for (auto _ : state) {
+        result.reset();
         result = stack->extractChannel(1);
+    }
     setBytes(state, bytesOf(*stack) + bytesOf(*result));
 }
 
@@ -139,8 +141,10 @@ void ratioOfChannels(benchmark::State& state, int bits)
 {
     const auto stack = stackOf(bits, 2);
     std::unique_ptr<ImageFile> result;
-    for (auto _ : state)
+    for (auto _ : state) {
+        result.reset();
         result = stack->ratio(0, 1);
+    }
     setBytes(state, bytesOf(*stack) + bytesOf(*result));
 }
 
@@ -183,6 +187,25 @@ void copyReplacingLimit(benchmark::State& state, int bits, int channels)
     for (auto _ : state)
         copy();
     setBytes(state, 2 * bytesOf(*stack));
+}
+
+/// Every byte is looked at and nothing is written: what all that makes a small result has to do at least.
+void lookAtEachByteLimit(benchmark::State& state, int bits)
+{
+    const auto stack = stackOf(bits, 1);
+    for (auto _ : state) {
+        parallelFor(0, bytesOf(*stack), std::int64_t{1} << 18, [&](std::int64_t begin, std::int64_t end) {
+            std::uint64_t sums[8] = {};
+            for (std::int64_t i = begin; i < end; i += std::int64_t{sizeof sums}) {
+                std::uint64_t numbers[8];
+                std::memcpy(numbers, stack->stackData() + i, sizeof numbers);
+                for (int k = 0; k < 8; ++k)
+                    sums[k] += numbers[k];
+            }
+            benchmark::DoNotOptimize(sums);
+        });
+    }
+    setBytes(state, bytesOf(*stack));
 }
 
 /// A copy into fresh memory, like what makes a stack of its own.
@@ -234,6 +257,8 @@ BENCHMARK_CAPTURE(ratioOfChannels, 8bit, 8)->Apply(shared);
 BENCHMARK_CAPTURE(ratioOfChannels, 16bit, 16)->Apply(shared);
 BENCHMARK_CAPTURE(largerOfTwo, 8bit, 8)->Apply(shared);
 BENCHMARK_CAPTURE(largerOfTwo, 16bit, 16)->Apply(shared);
+BENCHMARK_CAPTURE(lookAtEachByteLimit, 8bit, 8)->Apply(shared);
+BENCHMARK_CAPTURE(lookAtEachByteLimit, 16bit, 16)->Apply(shared);
 BENCHMARK_CAPTURE(copyReplacingLimit, 8bit, 8, 1)->Apply(shared);
 BENCHMARK_CAPTURE(copyReplacingLimit, 16bit, 16, 1)->Apply(shared);
 BENCHMARK_CAPTURE(copyReplacingLimit, 16bit_2channels, 16, 2)->Apply(shared);

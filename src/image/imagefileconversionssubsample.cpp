@@ -1,10 +1,12 @@
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <vector>
 
 #include "base/checkedsize.h"
 #include "base/log.h"
 #include "image/imagefile.h"
+#include "image/shortscale.h"
 #include "image/steploop.h"
 #include "image/targetclones.h"
 #include "image/voxelallocation.h"
@@ -137,55 +139,67 @@ template <class Sample, Reduction How>
 class BlockRows
 {
 public:
-    BlockRows(const Sample* stack, const ImageAttributes& attributes, const Factors& factors)
+    /// The first row to make is counted through the layers.
+    BlockRows(const Sample* stack, const ImageAttributes& attributes, const Factors& factors,
+              std::int64_t firstRow)
         : m_stack(stack), m_attributes(attributes), m_factors(factors),
           m_newX(blocks(attributes.x, factors.x)), m_newY(blocks(attributes.y, factors.y)),
+          m_blockY(static_cast<int>(firstRow % m_newY)), m_blockZ(static_cast<int>(firstRow / m_newY)),
           m_samples(std::int64_t{attributes.x} * attributes.channels),
+          m_scale(255 * static_cast<std::uint32_t>(factors.product()),
+                  static_cast<std::uint32_t>(factors.product())),
+          m_inPairs(kMeansOfBytes && attributes.channels == 1 && factors.x % 2 == 0),
           m_row(static_cast<std::size_t>(std::int64_t{m_newX} * factors.x * attributes.channels)),
-          m_combined(static_cast<std::size_t>(std::int64_t{m_newX} * attributes.channels))
-    {}
+          m_combined(static_cast<std::size_t>(std::int64_t{m_newX} * attributes.channels)),
+          m_brief(m_scale.valid ? m_combined.size() : 0)
+    {
+        findSources(m_sources);
+    }
 
-    /// A row of blocks, counted through the layers.
-    TIRN_INLINE void make(std::int64_t blockRow, Sample* to)
+    /// The next row of blocks.
+    TIRN_INLINE void make(Sample* to)
     {
         const int rows = m_factors.y * m_factors.z;
         // The first rows of the blocks behind are fetched as well.
-        const Sample* sources[kMostRows + kMostRows];
-        findSources(blockRow, sources);
-        findSources(blockRow + 1, sources + rows);
+        m_blockY = m_blockY + 1 < m_newY ? m_blockY + 1 : 0;
+        m_blockZ += m_blockY == 0 ? 1 : 0;
+        findSources(m_sources + rows);
         for (int done = 0; done < rows; done += kRowsAtOnce) {
             const int taken = std::min(kRowsAtOnce, rows - done);
             for (int i = 0; i < taken; ++i)
-                fetch(sources[done + taken + i]);
-            take(sources + done, taken, done == 0);
+                fetch(m_sources[done + taken + i]);
+            take(m_sources + done, taken, done == 0);
         }
-        for (auto i = static_cast<std::size_t>(m_samples); i < m_row.size(); ++i)
-            m_row[i] = m_row[i - static_cast<std::size_t>(m_attributes.channels)];
-        combineAlongX<How>(m_row.data(), m_newX, m_factors.x, m_attributes.channels, m_combined.data());
-        const auto count = static_cast<std::int64_t>(m_combined.size());
-        if constexpr (How == Reduction::Largest)
-            std::copy_n(m_combined.data(), count, to);
-        else if constexpr (sizeof(Sample) == 1)
-            divideRow<float>(m_combined.data(), count, m_factors.product(), to);
-        else
-            divideRow<double>(m_combined.data(), count, m_factors.product(), to);
+        if constexpr (kMeansOfBytes) {
+            finishBytes(to);
+        } else {
+            repeatLast();
+            combineAlongX<How>(m_row.data(), m_newX, m_factors.x, m_attributes.channels, m_combined.data());
+            const auto count = static_cast<std::int64_t>(m_combined.size());
+            if constexpr (How == Reduction::Largest)
+                std::copy_n(m_combined.data(), count, to);
+            else
+                divideRow<double>(m_combined.data(), count, m_factors.product(), to);
+        }
+        std::copy_n(m_sources + rows, rows, m_sources);
     }
 
 private:
     using Row = typename BlockOf<Sample, How>::Row;
     using Block = typename BlockOf<Sample, How>::Block;
+    static constexpr bool kMeansOfBytes = How == Reduction::Mean && sizeof(Sample) == 1;
 
     /// The rows that become a row of blocks.
-    void findSources(std::int64_t blockRow, const Sample** sources) const
+    TIRN_INLINE void findSources(const Sample** sources) const
     {
-        const std::int64_t y = blockRow % m_newY * m_factors.y;
-        const std::int64_t z = blockRow / m_newY * m_factors.z;
+        const int y = m_blockY * m_factors.y;
+        const int z = m_blockZ * m_factors.z;
         for (int dz = 0; dz < m_factors.z; ++dz) {
             // A block that reaches over the end repeats the last voxel.
             const Sample* layer =
-                m_stack + std::min<std::int64_t>(z + dz, m_attributes.z - 1) * m_attributes.y * m_samples;
+                m_stack + std::int64_t{std::min(z + dz, m_attributes.z - 1)} * m_attributes.y * m_samples;
             for (int dy = 0; dy < m_factors.y; ++dy)
-                *sources++ = layer + std::min<std::int64_t>(y + dy, m_attributes.y - 1) * m_samples;
+                *sources++ = layer + std::min(y + dy, m_attributes.y - 1) * m_samples;
         }
     }
 
@@ -197,13 +211,67 @@ private:
             __builtin_prefetch(bytes + i);
     }
 
+    /// Fills the last block with the last voxel.
+    TIRN_INLINE void repeatLast()
+    {
+        for (auto i = static_cast<std::size_t>(m_samples); i < m_row.size(); ++i)
+            m_row[i] = m_row[i - static_cast<std::size_t>(m_attributes.channels)];
+    }
+
+    /// The same where the row holds sums of pairs.
+    TIRN_INLINE void repeatLastPair()
+    {
+        const std::size_t pairs = m_row.size() / 2;
+        const auto whole = static_cast<std::size_t>(m_attributes.x / 2);
+        if (whole == pairs)
+            return;
+        int last = 0;
+        for (int i = 0; i < m_factors.y * m_factors.z; ++i)
+            last += m_sources[i][m_samples - 1];
+        std::fill_n(m_row.data() + whole, pairs - whole, static_cast<Row>(2 * last));
+    }
+
+    TIRN_INLINE void finishBytes(Sample* to)
+    {
+        m_inPairs ? repeatLastPair() : repeatLast();
+        const int factor = m_inPairs ? m_factors.x / 2 : m_factors.x;
+        const auto count = static_cast<std::int64_t>(m_combined.size());
+        if (!m_scale.valid) {
+            combineAlongX<How>(m_row.data(), m_newX, factor, m_attributes.channels, m_combined.data());
+            divideRow<float>(m_combined.data(), count, m_factors.product(), to);
+            return;
+        }
+        const Row* sums = m_row.data();
+        if (factor > 1) {
+            combineAlongX<How>(m_row.data(), m_newX, factor, m_attributes.channels, m_brief.data());
+            sums = m_brief.data();
+        }
+        for (std::int64_t i = 0; i < count; ++i)
+            to[i] = static_cast<Sample>(m_scale.quotient(sums[i]));
+    }
+
     template <int Count, bool First>
     TIRN_INLINE void takeRows(const Sample* const* sources)
     {
         const Sample* from[Count];
         std::copy_n(sources, Count, from);
-        const std::int64_t samples = m_samples;
         Row* __restrict row = m_row.data();
+        if constexpr (kMeansOfBytes) {
+            if (m_inPairs) {
+                const std::int64_t pairs = m_samples / 2;
+                for (std::int64_t i = 0; i < pairs; ++i) {
+                    Row value = First ? Row{0} : row[i];
+                    for (int k = 0; k < Count; ++k) {
+                        std::uint16_t pair;
+                        std::memcpy(&pair, from[k] + 2 * i, sizeof pair);
+                        value = static_cast<Row>(value + (pair & 0xFF) + (pair >> 8));
+                    }
+                    row[i] = value;
+                }
+                return;
+            }
+        }
+        const std::int64_t samples = m_samples;
         for (std::int64_t i = 0; i < samples; ++i) {
             Row value = First ? Row{0} : row[i];
             for (int k = 0; k < Count; ++k)
@@ -237,9 +305,19 @@ private:
     Factors m_factors;
     int m_newX;
     int m_newY;
+    /// The row of blocks whose sources were found last.
+    int m_blockY;
+    int m_blockZ;
     std::int64_t m_samples;
+    ShortScale m_scale;
+    /// Neighbours are added up as the two halves of a word, before rows are.
+    bool m_inPairs;
     std::vector<Row> m_row;
     std::vector<Block> m_combined;
+    /// What blocks of bytes come to when that fits.
+    std::vector<Row> m_brief;
+    /// Those of the row that is made next, and of the one behind.
+    const Sample* m_sources[kMostRows + kMostRows];
 };
 
 /// Rows of a sub-sampled stack, counted through its layers.
@@ -253,10 +331,15 @@ template <class Sample, Reduction How>
 TIRN_INLINE void makeRows(const Sample* stack, const ImageAttributes& attributes, const Factors& factors,
                           const RowRange& range, Sample* to)
 {
-    BlockRows<Sample, How> rows(stack, attributes, factors);
     const std::int64_t rowSamples = std::int64_t{blocks(attributes.x, factors.x)} * attributes.channels;
+    if (factors.product() == 1) {
+        std::memcpy(to + range.begin * rowSamples, stack + range.begin * rowSamples,
+                    static_cast<std::size_t>((range.end - range.begin) * rowSamples) * sizeof(Sample));
+        return;
+    }
+    BlockRows<Sample, How> rows(stack, attributes, factors, range.begin);
     for (std::int64_t row = range.begin; row < range.end; ++row)
-        rows.make(row, to + row * rowSamples);
+        rows.make(to + row * rowSamples);
 }
 
 TIRN_TARGET_CLONES void meansOfBlocks(const std::uint8_t* stack, const ImageAttributes& attributes,
@@ -293,8 +376,7 @@ void subSampleStack(ImageFile& stack, const Factors& factors, Reduction reductio
     const StepLoop loop = {newZ, newY, rowBytes * factors.product()};
     const auto run = [&](const auto* from, auto* to) {
         return runSteps(loop, QString(), progress, [&](std::int64_t begin, std::int64_t end) {
-            // Blocks of one voxel have no mean to make.
-            if (reduction == Reduction::Mean && factors.product() > 1)
+            if (reduction == Reduction::Mean)
                 meansOfBlocks(from, attributes, factors, {begin, end}, to);
             else
                 largestOfBlocks(from, attributes, factors, {begin, end}, to);

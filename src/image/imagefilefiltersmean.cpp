@@ -5,8 +5,10 @@
 #include "base/log.h"
 #include "base/stopwatch.h"
 #include "image/columnhistograms.h"
+#include "image/cubemean.h"
 #include "image/filterjob.h"
 #include "image/imagefile.h"
+#include "image/meanscale.h"
 #include "image/targetclones.h"
 #include "image/voxelallocation.h"
 
@@ -19,67 +21,6 @@ constexpr std::int64_t kTile = 1024;
 /// Rows, and in 3D layers, of a part: enough to pay for the sums that each part starts with.
 constexpr int kPartRows = 128;
 constexpr int kPartLayers = 64;
-
-/// What the loops below need to know of a stack and its window.
-struct MeanJob
-{
-    std::int64_t x;
-    int y;
-    int z;
-    int channels;
-    int half;
-    /// The half-width along z, 0 in 2D.
-    int halfZ;
-    double divisor;
-
-    std::int64_t rowSamples() const { return x * channels; }
-    const auto* row(const auto* stack, int rowY, int layer) const
-    {
-        return stack +
-               (std::int64_t{std::clamp(layer, 0, z - 1)} * y + std::clamp(rowY, 0, y - 1)) * rowSamples();
-    }
-};
-
-/// How a sum becomes a sample: floor(sum / divisor + 0.5).
-struct MeanScale
-{
-    /// floor((sum + divisor / 2 + 0.5) / divisor) of whole numbers is the same, and its quotients lie half of
-    /// 1 / divisor off the whole numbers: as long as rounding is smaller than that, a product will do.
-    double offset = 0;
-    double factor = 0;
-    bool single = false;
-    bool exact = true;
-
-    MeanScale(const MeanJob& job, double largestSum)
-    {
-        const double d = job.divisor;
-        offset = std::floor(d / 2) + 0.5;
-        factor = 1 / d;
-        const double largest = (largestSum + offset) / d;
-        const double margin = 0.5 / d;
-        single = largestSum + offset < 4194304.0 && largest * 2.5e-7 < margin;
-        exact = largest * 1e-15 < margin && d < 4294967296.0;
-    }
-};
-
-template <class Sample>
-TIRN_INLINE void scaleRow(const std::uint32_t* sums, std::int64_t count, const MeanScale& scale,
-                          double divisor, Sample* __restrict to)
-{
-    if (scale.single) {
-        const auto offset = static_cast<float>(scale.offset);
-        const auto factor = static_cast<float>(scale.factor);
-        for (std::int64_t i = 0; i < count; ++i)
-            to[i] = static_cast<Sample>(static_cast<std::int32_t>(
-                (static_cast<float>(static_cast<std::int32_t>(sums[i])) + offset) * factor));
-    } else if (scale.exact) {
-        for (std::int64_t i = 0; i < count; ++i)
-            to[i] = static_cast<Sample>(static_cast<std::int32_t>((sums[i] + scale.offset) * scale.factor));
-    } else {
-        for (std::int64_t i = 0; i < count; ++i)
-            to[i] = static_cast<Sample>(static_cast<std::int64_t>(sums[i] / divisor + 0.5));
-    }
-}
 
 /// sums[i] += entering[i] - leaving[i], modulo 2^32.
 template <class In>
@@ -285,11 +226,29 @@ TIRN_INLINE void meanInStack(const Sample* stack, const MeanJob& job, const Mean
     }
 }
 
+template <class Difference, class Column, class Sum, class Sample>
+TIRN_INLINE void meanInCubes(const Sample* stack, const MeanJob& job, const MeanScale& scale,
+                             const FilterPart& part, Sample* to)
+{
+    const std::int64_t tileVoxels = std::max<std::int64_t>(1, kTile / job.channels);
+    for (std::int64_t x0 = 0; x0 < job.x; x0 += tileVoxels)
+        CubeMean<Sample, Difference, Column, Sum>(stack, job, scale, part,
+                                                  {x0, std::min(tileVoxels, job.x - x0)})
+            .run(to);
+}
+
 TIRN_TARGET_CLONES void meanOfPart(const std::uint8_t* stack, const MeanJob& job, const MeanScale& scale,
                                    const FilterPart& part, std::uint8_t* to)
 {
+    const int window = 2 * job.half + 1;
     if (job.halfZ == 0)
         meanInLayers(stack, job, scale, part, to);
+    else if (scale.brief.valid)
+        meanInCubes<std::uint16_t, std::uint16_t, std::uint16_t>(stack, job, scale, part, to);
+    else if (window <= kWidestShortColumn)
+        meanInCubes<std::int16_t, std::int16_t, std::uint32_t>(stack, job, scale, part, to);
+    else if (window <= kWidestCube)
+        meanInCubes<std::int16_t, std::uint32_t, std::uint32_t>(stack, job, scale, part, to);
     else
         meanInStack(stack, job, scale, part, to);
 }
@@ -299,6 +258,8 @@ TIRN_TARGET_CLONES void meanOfPart(const std::uint16_t* stack, const MeanJob& jo
 {
     if (job.halfZ == 0)
         meanInLayers(stack, job, scale, part, to);
+    else if (2 * job.half + 1 <= kWidestCube)
+        meanInCubes<std::uint32_t, std::uint32_t, std::uint32_t>(stack, job, scale, part, to);
     else
         meanInStack(stack, job, scale, part, to);
 }

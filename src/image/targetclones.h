@@ -11,3 +11,5 @@
 
 /// Loops shared by clones must land inside them to be compiled for their instruction set.
 #define TIRN_INLINE [[gnu::always_inline]] inline
+/// The same for a lambda, between its parameters and its body.
+#define TIRN_INLINED_LAMBDA __attribute__((always_inline))

@@ -145,6 +145,47 @@ TEST(SubSample, BlocksHaveAnyNumberOfRows)
     }
 }
 
+TEST(SubSample, RowsOfAnyWidthHaveTheirTails)
+{
+    for (const int bits : {8, 16}) {
+        for (const int x : {1, 2, 3, 7, 16, 31, 33, 64, 127, 130, 261}) {
+            for (int factor = 1; factor <= 8; ++factor) {
+                const int channels = x > 100 ? 1 : 1 + (x + factor) % 4;
+                const auto mean = test::randomStack({x, 3, 3, channels, bits}, 5);
+                const auto largest = test::randomStack({x, 3, 3, channels, bits}, 5);
+                const SlowStack slow(*mean);
+                mean->subSampleMean(factor, 2, 3);
+                largest->subSampleMax(factor, 2, 3);
+                ASSERT_TRUE(sameVoxels(*mean, slowSubSampleMean(slow, factor, 2, 3))) << x << " " << factor;
+                ASSERT_TRUE(sameVoxels(*largest, slowSubSampleMax(slow, factor, 2, 3))) << x << " " << factor;
+            }
+        }
+    }
+}
+
+TEST(SubSample, AxesOfOneVoxelStayAsLong)
+{
+    for (int factor = 1; factor <= 8; ++factor) {
+        for (const test::StackShape& shape :
+             {test::StackShape{1, 9, 9, 1, 8}, {9, 1, 9, 1, 8}, {9, 9, 1, 1, 8}, {1, 1, 1, 3, 8}}) {
+            const auto stack = test::randomStack(shape, 6);
+            const SlowStack slow(*stack);
+            stack->subSample(factor);
+            EXPECT_TRUE(sameVoxels(*stack, slowSubSampleMean(slow, factor, factor, factor))) << factor;
+        }
+    }
+}
+
+TEST(SubSample, FullBlocksOfTheLargestBytesDoNotOverflow)
+{
+    for (int factor = 1; factor <= 8; ++factor) {
+        const auto stack = test::constantStack({16, 16, 16, 1, 8}, 255);
+        stack->subSample(factor);
+        const std::vector<int> voxels = samples(*stack);
+        EXPECT_EQ(voxels, std::vector<int>(voxels.size(), 255)) << factor;
+    }
+}
+
 TEST(SubSample, ABlockOverTheEndRepeatsTheLastVoxel)
 {
     const auto stack = test::makeStack({5, 1, 1, 1, 8}, [](int x, int, int, int) { return 10 * x; });

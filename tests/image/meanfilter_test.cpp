@@ -35,6 +35,58 @@ TEST(MeanFilter, LargeWindowsAgreeToo)
     }
 }
 
+TEST(MeanFilter, CubesOfEverySizeAgreeInNumbersOfEveryWidth)
+{
+    for (const int size : {3, 4, 5, 6, 7, 9, 11, 13, 14, 23, 25, 31, 43, 45, 63, 65}) {
+        for (const int bits : {8, 12, 16}) {
+            const int channels = 1 + size % 4;
+            const auto stack = test::randomStack({13, 3, 2, channels, bits}, 3);
+            const SlowStack slow(*stack);
+            ASSERT_TRUE(stack->meanFilter(size, -1, true));
+            EXPECT_TRUE(sameVoxels(*stack, slowMeanFilter(slow, size, -1, true))) << size << " " << bits;
+        }
+    }
+}
+
+TEST(MeanFilter, CubesOfTheLargestValuesDoNotOverflow)
+{
+    for (const int size : {3, 5, 7, 11, 13, 31}) {
+        for (const int bits : {8, 16}) {
+            // Layers of nothing and of all, so that every difference is the largest.
+            const auto stack = test::makeStack(
+                {9, 5, 9, 1, bits}, [bits](int, int, int z, int) { return z % 8 < 4 ? (1 << bits) - 1 : 0; });
+            const SlowStack slow(*stack);
+            ASSERT_TRUE(stack->meanFilter(size, -1, true));
+            EXPECT_TRUE(sameVoxels(*stack, slowMeanFilter(slow, size, -1, true))) << size << " " << bits;
+        }
+    }
+}
+
+TEST(MeanFilter, RowsOfAnyWidthHaveTheirTailsInThreeDimensions)
+{
+    for (const int x : {1, 2, 15, 16, 17, 31, 32, 33, 63, 64, 65, 130}) {
+        for (const int size : {3, 9, 13}) {
+            for (const int bits : {8, 16}) {
+                const auto stack = test::randomStack({x, 2, 3, 1, bits}, 4);
+                const SlowStack slow(*stack);
+                ASSERT_TRUE(stack->meanFilter(size, -1, true));
+                EXPECT_TRUE(sameVoxels(*stack, slowMeanFilter(slow, size, -1, true))) << x << " " << size;
+            }
+        }
+    }
+}
+
+TEST(MeanFilter, AxesOfOneVoxelRepeatIt)
+{
+    for (const test::StackShape& shape :
+         {test::StackShape{1, 9, 9, 1, 8}, {9, 1, 9, 2, 8}, {9, 9, 1, 1, 16}, {1, 1, 1, 3, 8}}) {
+        const auto stack = test::randomStack(shape, 6);
+        const SlowStack slow(*stack);
+        ASSERT_TRUE(stack->meanFilter(7, -1, true));
+        EXPECT_TRUE(sameVoxels(*stack, slowMeanFilter(slow, 7, -1, true)));
+    }
+}
+
 TEST(MeanFilter, TheSumWrapsAtThirtyTwoBits)
 {
     const auto stack = test::randomStack({5, 4, 3, 1, 16}, 3);
