@@ -100,6 +100,7 @@ bool ImageFile::read(int first, int last, int step)
     m_firstLayer = first;
     m_lastLayer = last;
     m_layerStep = step;
+    m_reductions.clear();
     logDebug("File I/O took %g ms", stopwatch.restart());
     generateStatistics();
     logDebug("generate statistics %g ms", stopwatch.seconds());
@@ -111,9 +112,18 @@ bool ImageFile::read() { return read(0, m_attributes.lastFileLayer(), 1); }
 
 bool ImageFile::reRead()
 {
-    if (m_firstLayer == -1 || m_lastLayer == -1 || m_layerStep == -1)
-        return read();
-    return read(m_firstLayer, m_lastLayer, m_layerStep);
+    const bool isKnown = m_firstLayer != -1 && m_lastLayer != -1 && m_layerStep != -1;
+    const std::vector<int> reductions = std::move(m_reductions);
+    if (!(isKnown ? read(m_firstLayer, m_lastLayer, m_layerStep) : read()))
+        return false;
+    // The voxels have the size of the reduced stack already.
+    const ImageAttributes sizes = m_attributes;
+    for (const int factor : reductions)
+        subSample(factor);
+    m_attributes.dimX = sizes.dimX;
+    m_attributes.dimY = sizes.dimY;
+    m_attributes.dimZ = sizes.dimZ;
+    return true;
 }
 
 bool ImageFile::write(const QStringList& names, ImageType type, int bitDepth, bool overwrite)

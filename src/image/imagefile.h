@@ -55,7 +55,7 @@ public:
     /// stand in `errorList`. Throws std::bad_alloc when the voxels find no room.
     bool read(int first, int last, int step);
     bool read();
-    /// Reads again what was read before.
+    /// Reads again what was read before, and reduces it by `subSample` as it was.
     bool reRead();
 
     /// Writes the stack; `bitDepth` 8 converts it to bytes for good, any other to words. The texts of a
@@ -238,6 +238,8 @@ private:
     int m_firstLayer = -1;
     int m_lastLayer = -1;
     int m_layerStep = -1;
+    /// What `subSample` has reduced the layers by since they were read.
+    std::vector<int> m_reductions;
     ImageAttributes m_attributes;
     std::vector<StackStats> m_statsList;
     std::unique_ptr<ImageIO> m_io;

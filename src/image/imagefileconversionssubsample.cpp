@@ -363,8 +363,8 @@ TIRN_TARGET_CLONES void largestOfBlocks(const std::uint16_t* stack, const ImageA
     makeRows<std::uint16_t, Reduction::Largest>(stack, attributes, factors, range, to);
 }
 
-/// Puts the stack in blocks in the place of the stack, unless cancelled.
-void subSampleStack(ImageFile& stack, const Factors& factors, Reduction reduction, const char* text,
+/// Puts the stack in blocks in the place of the stack; false when cancelled.
+bool subSampleStack(ImageFile& stack, const Factors& factors, Reduction reduction, const char* text,
                     const Progress& progress)
 {
     ImageAttributes& attributes = stack.attributes();
@@ -386,7 +386,7 @@ void subSampleStack(ImageFile& stack, const Factors& factors, Reduction reductio
                                   ? run(stack.stackData16(), reinterpret_cast<std::uint16_t*>(result.data()))
                                   : run(stack.stackData(), reinterpret_cast<std::uint8_t*>(result.data()));
     if (done < loop.steps)
-        return;
+        return false;
     stack.setStackData(std::move(result));
     attributes.x = newX;
     attributes.y = newY;
@@ -397,6 +397,7 @@ void subSampleStack(ImageFile& stack, const Factors& factors, Reduction reductio
         if (*size > 0)
             *size *= factor;
     }
+    return true;
 }
 
 } // namespace
@@ -407,7 +408,8 @@ void ImageFile::subSample(int factor, const Progress& progress)
     if (!factors.valid() || !ensureLoaded())
         return;
     logDebug("downsampling by %d %d %d", factor, factor, factor);
-    subSampleStack(*this, factors, Reduction::Mean, "Could not allocate memory for subSample", progress);
+    if (subSampleStack(*this, factors, Reduction::Mean, "Could not allocate memory for subSample", progress))
+        m_reductions.push_back(factor);
 }
 
 void ImageFile::subSampleMax(int factorX, int factorY, int factorZ, const Progress& progress)

@@ -17,6 +17,8 @@ namespace {
 
 /// What an element counts for: as much for reading as for encoding.
 constexpr int kShare = 100;
+/// The largest factor of sub-sampling.
+constexpr int kMostReduction = 8;
 const char* const kNoMemory = "Could not allocate memory for file load";
 
 /// True for types whose readers make one stack of several files.
@@ -345,8 +347,14 @@ void StackLoading::refuseDepth(const Image& image) const
 
 void StackLoading::reduce(ImageFile& image) const
 {
-    if (m_description.subsample > 1)
-        image.subSample(m_description.subsample);
+    if (factor() > 1)
+        image.subSample(factor());
+}
+
+/// A factor that there is no reduction by reads the stack as it is.
+int StackLoading::factor() const
+{
+    return m_description.subsample <= kMostReduction ? m_description.subsample : 1;
 }
 
 /// No names for an element that is not there.
@@ -381,7 +389,7 @@ void StackLoading::append(const Image& image)
         m_array->sliceFirst = image->firstLayer();
         m_array->sliceLast = image->lastLayer();
         m_array->sliceStep = image->layerStep();
-        m_array->subsample = std::max(1, m_description.subsample);
+        m_array->subsample = std::max(1, factor());
         // Textures are counted by channels, so that there must be those of the file.
         if (m_array->channelCount() != attributes.channels)
             m_array->setChannelCount(attributes.channels);

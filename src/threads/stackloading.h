@@ -53,6 +53,7 @@ private:
     void readLayers(const Image& image) const;
     void refuseDepth(const Image& image) const;
     void reduce(ImageFile& image) const;
+    int factor() const;
 
     QStringList element(int index) const;
     int elements() const { return static_cast<int>(m_description.filesToLoad.size()); }

@@ -457,8 +457,6 @@ bool VoxelArray::loadVoxels(int i, const Progress& progress)
         return true;
     if (!image.reRead())
         return false;
-    if (subsample > 1)
-        image.subSample(subsample);
     m_transforms.applyTo(image, {progress.report, nullptr});
     return true;
 }

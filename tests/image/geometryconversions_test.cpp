@@ -193,6 +193,28 @@ TEST(SubSample, ABlockOverTheEndRepeatsTheLastVoxel)
     EXPECT_EQ(samples(*stack), (std::vector<int>{5, 25, 40}));
 }
 
+TEST(SubSample, IsRepeatedWhenTheStackIsReadAgain)
+{
+    const QTemporaryDir folder;
+    test::PicFile file;
+    file.value = [](int x, int, int) { return 10 * x; };
+    ImageFile stack({file.save(folder.filePath("a.pic"))});
+    ASSERT_TRUE(stack.read());
+    stack.attributes().dimX = 0.5;
+    stack.subSample(2);
+    for (int round = 0; round < 2; ++round) {
+        stack.freeStack();
+        ASSERT_TRUE(stack.reRead());
+        EXPECT_EQ(samples(stack), (std::vector<int>{5, 25, 5, 25}));
+        EXPECT_EQ(stack.attributes().dimX, 1.0);
+    }
+    ASSERT_TRUE(stack.read());
+    EXPECT_EQ(stack.attributes().x, 4);
+    stack.freeStack();
+    ASSERT_TRUE(stack.reRead());
+    EXPECT_EQ(stack.attributes().x, 4);
+}
+
 TEST(SubSample, FullBlocksOfTheLargestValuesDoNotOverflow)
 {
     const auto stack = test::constantStack({16, 16, 16, 1, 16}, 65535);

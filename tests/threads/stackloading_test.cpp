@@ -258,6 +258,16 @@ TEST_F(StackLoadingTest, SubSamplingReducesEachStackAndIsRemembered)
     EXPECT_EQ(loaded->array->images()[1]->attributes().x, 3);
 }
 
+TEST_F(StackLoadingTest, AFactorThatThereIsNoneReadsTheStackAsItIs)
+{
+    describePics(1);
+    description.setRange(0, 3, 1, 9, GL_TEXTURE_2D, false, 0, false);
+    const auto loaded = load();
+    ASSERT_TRUE(loaded);
+    EXPECT_EQ(loaded->array->width(), 6);
+    EXPECT_EQ(loaded->array->subsample, 1);
+}
+
 TEST_F(StackLoadingTest, AReducedStackIsReducedAgainWhenItIsReadAgain)
 {
     describePics(1);
