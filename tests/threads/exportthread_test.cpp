@@ -403,6 +403,34 @@ TEST_F(Export, ReadsWhatIsOnDiskAndTransformsIt)
     EXPECT_EQ(image.statsList().front().histogram, statistics);
 }
 
+TEST_F(Export, ReducesWhatIsOnDiskAsTheLoadDid)
+{
+    test::PicFile file;
+    file.x = 8;
+    file.y = 6;
+    file.z = 4;
+    file.value = [](int x, int y, int z) { return x * x + 7 * y + 40 * z; };
+    VolumeOptions options;
+    options.conserveMemory = true;
+    array = std::make_unique<VoxelArray>(options);
+    array->appendImage(std::make_shared<ImageFile>(QStringList{file.save(path("source.pic"))}));
+    ImageFile& image = *array->images().front();
+    ASSERT_TRUE(image.read());
+    image.subSample(2);
+    image.generateStatistics();
+    const PlainStack reduced = plainCopy(image);
+    ASSERT_EQ(reduced.x, 4);
+    array->stack() = image.attributes();
+    array->subsample = 2;
+    array->setChannelCount(1);
+    array->setTimePoints(1);
+    array->encode(GL_TEXTURE_2D, -1);
+    array->resetCurves();
+    array->setTransforms({false, true, false, false});
+    expectSaved(ExportMode::ZCorrected, "a.pic");
+    EXPECT_EQ(readFile(path("a.pic")), mirrored(reduced, 1));
+}
+
 TEST(ExportNames, EndAsTheFilterSays)
 {
     const QString pic = "Biorad (*.pic)";

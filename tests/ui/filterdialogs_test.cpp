@@ -17,7 +17,8 @@ class FilterDialogs : public test::DialogTest
 {
 protected:
     std::optional<FilterJobParameters> ask(FilterOperation operation, int channels,
-                                           const test::DialogScript::Step& step, Qt::Key key = Qt::Key_Return)
+                                           const test::DialogScript::Answer& step,
+                                           Qt::Key key = Qt::Key_Return)
     {
         script.then([&, key](QDialog& dialog) {
             step(dialog);

@@ -1,64 +1,29 @@
 #pragma once
 
-#include <deque>
-
 #include <QApplication>
 #include <QDialog>
-#include <QEvent>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 
 #include "support/logcapture.h"
+#include "uisupport/modalanswers.h"
 
 namespace tirn::test {
 
-/// What a user does in the modal dialogs that come up, one after the other.
-class DialogScript : public QObject
+/// What a user does in the modal dialogs that come up, one after the other, once each has the keyboard.
+class DialogScript : public ModalAnswers
 {
 public:
-    using Step = std::function<void(QDialog&)>;
-
-    DialogScript() { qApp->installEventFilter(this); }
-    void then(Step step) { m_steps.push_back(std::move(step)); }
-    /// Types a path into a file dialog and accepts it.
-    void chooseFile(const QString& path)
+    void then(const Answer& step)
     {
-        then([path](QDialog& dialog) {
-            auto* line = dialog.findChild<QLineEdit*>("fileNameEdit");
-            ASSERT_NE(line, nullptr);
-            line->setText(path);
-            QTest::keyClick(line, Qt::Key_Return);
+        add([step](QDialog& dialog) {
+            dialog.activateWindow();
+            EXPECT_TRUE(QTest::qWaitForWindowActive(&dialog));
+            step(dialog);
         });
     }
-    bool isDone() const { return m_steps.empty(); }
-
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        auto* dialog = qobject_cast<QDialog*>(watched);
-        if (event->type() == QEvent::Show && dialog != nullptr && dialog->isModal()) {
-            // Once its loop runs.
-            QTimer::singleShot(0, dialog, [this, dialog] {
-                if (m_steps.empty()) {
-                    ADD_FAILURE() << "unexpected dialog " << dialog->windowTitle().toStdString();
-                    dialog->reject();
-                    return;
-                }
-                const Step step = std::move(m_steps.front());
-                m_steps.pop_front();
-                dialog->activateWindow();
-                EXPECT_TRUE(QTest::qWaitForWindowActive(dialog));
-                step(*dialog);
-            });
-        }
-        return QObject::eventFilter(watched, event);
-    }
-
-private:
-    std::deque<Step> m_steps;
 };
 
 /// An application with a script, and a directory for files.
@@ -74,7 +39,7 @@ private:
 
 protected:
     DialogTest() { EXPECT_TRUE(m_isPlain); }
-    ~DialogTest() override { EXPECT_TRUE(script.isDone()); }
+    ~DialogTest() override { EXPECT_TRUE(script.allAsked()); }
 
     LogCapture log;
     QTemporaryDir directory;

@@ -26,7 +26,7 @@ protected:
     Attributes attributes;
 
     /// Shows the dialog, lets `step` act on it, and accepts it with Enter, or cancels it with Escape.
-    bool show(const test::DialogScript::Step& step, Qt::Key key = Qt::Key_Return)
+    bool show(const test::DialogScript::Answer& step, Qt::Key key = Qt::Key_Return)
     {
         script.then([&](QDialog& dialog) {
             step(dialog);
