@@ -171,7 +171,7 @@ std::vector<Case> allCases()
     };
 }
 
-TEST_F(FilterThreadTest, ThreadsOperationsHaveTheirNumbers)
+TEST_F(FilterThreadTest, OperationsHaveTheirNumbers)
 {
     EXPECT_EQ(static_cast<int>(FilterOperation::FlipX), 0);
     EXPECT_EQ(static_cast<int>(FilterOperation::Invert), 3);
