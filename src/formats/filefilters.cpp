@@ -13,4 +13,6 @@ QString stackFileFilter()
     return all + first + second;
 }
 
+QString exportFileFilter() { return QStringLiteral("Biorad (*.pic);; MTiff (*.tif *.tiff)"); }
+
 } // namespace tirn

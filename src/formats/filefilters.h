@@ -6,5 +6,7 @@ namespace tirn {
 
 /// The filter string of the dialogs that open stacks.
 QString stackFileFilter();
+/// That of the dialog that exports stacks.
+QString exportFileFilter();
 
 } // namespace tirn

@@ -21,6 +21,7 @@ namespace {
 constexpr int kStepsPerTimePoint = 100;
 constexpr int kReadSteps = 40;
 constexpr int kChangedSteps = 60;
+constexpr const char* kNoMemory = "Could not allocate memory for export";
 
 /// Ends an export before its time.
 struct ExportStop
@@ -52,24 +53,25 @@ int voxelOfSlice(int slice, int shown, int size)
     return shown > size ? static_cast<int>(std::int64_t{slice} * size / shown) : slice;
 }
 
-/// The voxels of an image that is not to be changed, in a buffer of their own.
-struct SourceVoxels
+/// An image that is not to be changed.
+struct Source
 {
-    ImageAttributes attributes;
-    /// Empty where the image keeps its voxels in memory.
-    VoxelBuffer own;
-    const std::byte* data = nullptr;
+    /// Null where the image keeps its voxels in memory.
+    std::unique_ptr<ImageFile> own;
+    const ImageFile* image;
 };
 
-SourceVoxels readAgain(ImageFile& image)
+/// The voxels of a file as they are shown, in a stack of their own.
+std::unique_ptr<ImageFile> readAgain(ImageFile& image, const ExportJob& job)
 {
     // What the image knows of itself describes what is shown, and stays.
     std::vector<StackStats> stats = image.takeStats();
     const int maxValue = image.attributes().maxValue;
     image.errorList().clear();
     const bool isRead = image.reRead();
-    SourceVoxels voxels{image.attributes(), image.takeStack(), nullptr};
-    voxels.data = voxels.own.data();
+    auto stack = std::make_unique<ImageFile>();
+    stack->attributes() = image.attributes();
+    stack->setStackData(image.takeStack());
     image.setStats(std::move(stats));
     image.attributes().maxValue = maxValue;
     if (!isRead) {
@@ -77,14 +79,50 @@ SourceVoxels readAgain(ImageFile& image)
         texts.prepend(image.fileName() + QStringLiteral(" cannot be read again."));
         fail(texts.join('\n'));
     }
-    return voxels;
+    if (job.subsample > 1)
+        stack->subSample(job.subsample);
+    job.transforms.applyTo(*stack);
+    return stack;
 }
 
-SourceVoxels voxelsOf(ImageFile& image, bool isOnDisk)
+Source sourceOf(ImageFile& image, const ExportJob& job)
 {
-    if (isOnDisk || !image.isLoaded())
-        return readAgain(image);
-    return {image.attributes(), {}, reinterpret_cast<const std::byte*>(image.stackData())};
+    if (!job.isOnDisk && image.isLoaded())
+        return {nullptr, &image};
+    std::unique_ptr<ImageFile> own = readAgain(image, job);
+    const ImageFile* const stack = own.get();
+    return {std::move(own), stack};
+}
+
+std::unique_ptr<ImageFile> copied(const ImageFile& image)
+{
+    auto stack = std::make_unique<ImageFile>();
+    const ImageAttributes& a = stack->attributes() = image.attributes();
+    const auto bytes = checkedProduct({a.x, a.y, a.z, a.channels, a.bytesPerSample()});
+    VoxelBuffer voxels = allocateVoxels(bytes, kNoMemory);
+    std::memcpy(voxels.data(), image.stackData(), static_cast<std::size_t>(bytes.value_or(0)));
+    stack->setStackData(std::move(voxels));
+    return stack;
+}
+
+/// One stack of the channels of several.
+std::unique_ptr<ImageFile> interleaved(const std::vector<Source>& sources)
+{
+    auto stack = std::make_unique<ImageFile>();
+    ImageAttributes& a = stack->attributes() = sources.front().image->attributes();
+    std::vector<const std::byte*> channels;
+    for (const Source& source : sources) {
+        if (source.image->sampleCount() != sources.front().image->sampleCount() ||
+            source.image->attributes().bytesPerSample() != a.bytesPerSample())
+            fail(source.image->fileName() + QStringLiteral(" differs in size from the first channel."));
+        channels.push_back(reinterpret_cast<const std::byte*>(source.image->stackData()));
+    }
+    a.channels = static_cast<int>(channels.size());
+    VoxelBuffer voxels =
+        allocateVoxels(checkedProduct({a.x, a.y, a.z, a.channels, a.bytesPerSample()}), kNoMemory);
+    interleave(channels, sources.front().image->sampleCount(), a.bytesPerSample(), voxels.data());
+    stack->setStackData(std::move(voxels));
+    return stack;
 }
 
 class ExportRun
@@ -176,37 +214,21 @@ void ExportRun::writeTimePoint(std::size_t time)
 
 std::unique_ptr<ImageFile> ExportRun::copyOf(std::size_t time) const
 {
-    std::vector<SourceVoxels> sources;
+    std::vector<Source> sources;
     for (const auto& image : m_job.timePoints[time]) {
-        sources.push_back(voxelsOf(*image, m_job.isOnDisk));
+        sources.push_back(sourceOf(*image, m_job));
         checkCancelled();
     }
-    auto stack = std::make_unique<ImageFile>();
-    ImageAttributes& a = stack->attributes();
-    a = sources.front().attributes;
-    a.dimX = m_job.dimX;
-    a.dimY = m_job.dimY;
-    a.dimZ = m_job.dimZ;
-    const auto bytes = checkedProduct({a.x, a.y, a.z, a.channels, a.bytesPerSample()});
-    if (sources.size() > 1) {
-        std::vector<const std::byte*> channels;
-        for (const SourceVoxels& source : sources)
-            channels.push_back(source.data);
-        a.channels = static_cast<int>(channels.size());
-        VoxelBuffer voxels = allocateVoxels(checkedProduct({bytes.value_or(-1), a.channels}),
-                                            "Could not allocate memory for export");
-        interleave(channels, bytes.value_or(0) / a.bytesPerSample(), a.bytesPerSample(), voxels.data());
-        stack->setStackData(std::move(voxels));
-    } else if (!sources.front().own.isNull()) {
-        stack->setStackData(std::move(sources.front().own));
-    } else {
-        VoxelBuffer voxels = allocateVoxels(bytes, "Could not allocate memory for export");
-        std::memcpy(voxels.data(), sources.front().data, static_cast<std::size_t>(bytes.value_or(0)));
-        stack->setStackData(std::move(voxels));
-    }
-    // Voxels in memory have been transformed already.
-    if (m_job.isOnDisk)
-        m_job.transforms.applyTo(*stack);
+    std::unique_ptr<ImageFile> stack;
+    if (sources.size() > 1)
+        stack = interleaved(sources);
+    else if (sources.front().own != nullptr)
+        stack = std::move(sources.front().own);
+    else
+        stack = copied(*sources.front().image);
+    stack->attributes().dimX = m_job.dimX;
+    stack->attributes().dimY = m_job.dimY;
+    stack->attributes().dimZ = m_job.dimZ;
     return stack;
 }
 
@@ -264,6 +286,7 @@ ExportJob exportJob(const VoxelArray& array, ExportMode mode, const QString& fil
         job.timePoints.emplace_back(begin, begin + static_cast<std::ptrdiff_t>(perTime));
     }
     job.isOnDisk = array.conservesMemory();
+    job.subsample = array.subsample;
     job.transforms = array.transforms();
     job.box = array.cut;
     job.box.zMin = voxelOfSlice(array.cut.zMin, array.finalDepth(), array.depth());

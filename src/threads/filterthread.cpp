@@ -12,12 +12,11 @@ namespace {
 using Apply = bool (*)(ImageFile& image, const FilterJobParameters& parameters, int channel,
                        const Progress& progress);
 
-/// An operation: what is logged, what is shown, and for a filter how it is run.
+/// An operation: what it is called in the log, what is shown, and for a filter how it is run.
 struct OperationRow
 {
     FilterOperation operation;
-    /// Formats take the size twice, or the size, the channel and the percentage.
-    const char* logText;
+    const char* logName;
     const char* progressText;
     Apply apply = nullptr;
 };
@@ -27,27 +26,27 @@ constexpr OperationRow kOperations[] = {
     {FilterOperation::FlipY, "Flipping on Y", "Flipping along Y axis"},
     {FilterOperation::FlipZ, "Flipping on Z", "Flipping along Z axis"},
     {FilterOperation::Invert, "Inverting", "Inverting..."},
-    {FilterOperation::Maximum, "Maximum filter %1x%1", "Max filtering...",
+    {FilterOperation::Maximum, "Maximum filter", "Max filtering...",
      [](ImageFile& image, const FilterJobParameters& p, int channel, const Progress& progress) {
          return image.maxFilter(p.size, channel, p.threeD, progress);
      }},
-    {FilterOperation::Median, "Median filter %1x%1", "Median filtering...",
+    {FilterOperation::Median, "Median filter", "Median filtering...",
      [](ImageFile& image, const FilterJobParameters& p, int channel, const Progress& progress) {
          return image.medianFilter(p.size, channel, p.threeD, progress);
      }},
-    {FilterOperation::Mean, "Mean filter %1x%1", "Mean filtering...",
+    {FilterOperation::Mean, "Mean filter", "Mean filtering...",
      [](ImageFile& image, const FilterJobParameters& p, int channel, const Progress& progress) {
          return image.meanFilter(p.size, channel, p.threeD, progress);
      }},
-    {FilterOperation::Minimum, "Minimum filter %1x%1", "Min filtering...",
+    {FilterOperation::Minimum, "Minimum filter", "Min filtering...",
      [](ImageFile& image, const FilterJobParameters& p, int channel, const Progress& progress) {
          return image.minFilter(p.size, channel, p.threeD, progress);
      }},
-    {FilterOperation::BackgroundSubtract, "background subtract %1 %2 %3", "Subtracting background...",
+    {FilterOperation::BackgroundSubtract, "background subtract", "Subtracting background...",
      [](ImageFile& image, const FilterJobParameters& p, int channel, const Progress& progress) {
          return image.backgroundSubtract(p.size, channel, p.extra, progress);
      }},
-    {FilterOperation::Custom, "Custom filter %4x%5", "Custom filtering...",
+    {FilterOperation::Custom, "Custom filter", "Custom filtering...",
      [](ImageFile& image, const FilterJobParameters& p, int channel, const Progress& progress) {
          return image.kernelFilter(p.kernel, channel, progress);
      }},
@@ -55,18 +54,22 @@ constexpr OperationRow kOperations[] = {
 
 const OperationRow& rowOf(FilterOperation operation) { return kOperations[static_cast<int>(operation)]; }
 
-void logOperation(const FilterJobParameters& p)
+QString logText(const FilterJobParameters& p)
 {
-    const QString text = QLatin1String(rowOf(p.operation).logText);
-    QString shown = text;
-    const std::pair<const char*, int> values[] = {{"%1", p.size},
-                                                  {"%2", p.channelAll ? -1 : p.channel},
-                                                  {"%3", p.extra},
-                                                  {"%4", p.kernel.width},
-                                                  {"%5", p.kernel.height}};
-    for (const auto& [place, value] : values)
-        shown.replace(QLatin1String(place), QString::number(value));
-    log(LogLevel::Debug, shown);
+    const QString name = QLatin1String(rowOf(p.operation).logName);
+    switch (p.operation) {
+    case FilterOperation::FlipX:
+    case FilterOperation::FlipY:
+    case FilterOperation::FlipZ:
+    case FilterOperation::Invert:
+        return name;
+    case FilterOperation::BackgroundSubtract:
+        return name + QString::asprintf(" %d %d %d", p.size, p.channelAll ? -1 : p.channel, p.extra);
+    case FilterOperation::Custom:
+        return name + QString::asprintf(" %dx%d", p.kernel.width, p.kernel.height);
+    default:
+        return name + QString::asprintf(" %dx%d", p.size, p.size);
+    }
 }
 
 VolumeEdit filterEdit(const VoxelArray& array, const FilterJobParameters& parameters)
@@ -110,7 +113,7 @@ QString progressText(FilterOperation operation) { return QLatin1String(rowOf(ope
 JobResult runFilterJob(const FilterJob& job, RenderLock& lock, const Progress& progress)
 {
     const FilterJobParameters& p = job.parameters;
-    logOperation(p);
+    log(LogLevel::Debug, logText(p));
     if (!p.channelAll && (p.channel < 0 || p.channel >= job.array->channelCount()))
         return {JobOutcome::Failed, QStringLiteral("The stack has no channel %1.").arg(p.channel)};
     const auto gate = [&lock](const std::function<void()>& change) {

@@ -7,6 +7,7 @@
 #include <QFileDialog>
 #include <QFormLayout>
 #include <QHeaderView>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSignalBlocker>
@@ -65,6 +66,7 @@ CustomFilterForm::CustomFilterForm(QWidget* parent)
                                 2 * fontMetrics().height(),
                             (kShownCells + 1) * m_table->verticalHeader()->defaultSectionSize());
     auto* sides = new QFormLayout;
+    sides->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
     sides->addRow(tr("&Width"), m_width);
     sides->addRow(tr("&Height"), m_height);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
@@ -78,6 +80,8 @@ CustomFilterForm::CustomFilterForm(QWidget* parent)
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(sides);
     layout->addWidget(m_table, 1);
+    layout->addWidget(
+        new QLabel(tr("Empty places are 0. Sums are divided by the sum of the weights."), this));
     layout->addWidget(buttons);
     connect(m_width, qOverload<int>(&QSpinBox::valueChanged), this, &CustomFilterForm::resizeTable);
     connect(m_height, qOverload<int>(&QSpinBox::valueChanged), this, &CustomFilterForm::resizeTable);

@@ -6,20 +6,20 @@
 #include <QPushButton>
 
 #include "base/log.h"
+#include "formats/filefilters.h"
 
 namespace tirn {
 
 namespace {
 
 constexpr const char* kCaption = "Export stack";
-constexpr const char* kFilter = "Biorad (*.pic);; MTiff (*.tif *.tiff)";
 /// More names than these make a box that is too high for the screen.
 constexpr int kMostNames = 10;
 
 /// The name with its ending; empty when the user cancelled.
 QString askName(const QString& stackPath, QWidget* parent)
 {
-    QFileDialog chooser(parent, QFileDialog::tr(kCaption), stackPath, kFilter);
+    QFileDialog chooser(parent, QFileDialog::tr(kCaption), stackPath, exportFileFilter());
     chooser.setAcceptMode(QFileDialog::AcceptSave);
     chooser.setFileMode(QFileDialog::AnyFile);
     // The question comes later, for all files together.

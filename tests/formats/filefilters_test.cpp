@@ -25,5 +25,10 @@ TEST(FileFilters, NameTifTwiceForMultiPageTiff)
               2);
 }
 
+TEST(FileFilters, OfAnExportNameTheTwoFormatsThatCanBeWritten)
+{
+    EXPECT_EQ(exportFileFilter(), "Biorad (*.pic);; MTiff (*.tif *.tiff)");
+}
+
 } // namespace
 } // namespace tirn

@@ -83,7 +83,7 @@ void showOn(QPushButton& button, const QVariant& value)
         button.setText(picture.isNull() ? Attributes::tr("None") : QString());
     }
     button.setIcon(picture);
-    button.setIconSize({kSwatchEdge, kSwatchEdge});
+    button.setIconSize(picture.size().boundedTo({kSwatchEdge, kSwatchEdge}));
 }
 
 /// Unsigned numbers beyond what a spin box holds end at its limit.
@@ -239,7 +239,7 @@ bool Attributes::dialog(const QString& caption, QWidget* parent)
     dialog.setObjectName("attributes");
     dialog.setWindowTitle(caption);
     auto* rows = new QFormLayout;
-    rows->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+    rows->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     addRows(dialog, *rows);
     disableByOthers();
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
