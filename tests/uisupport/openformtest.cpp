@@ -4,7 +4,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QTest>
-#include <QTimer>
 
 #include "ui/widgets/filechooser.h"
 
@@ -51,17 +50,12 @@ SeenBox OpenFormTest::seenBox()
     return {};
 }
 
-void OpenFormTest::answer(const QString& button) { waitForQuestion(button, 500); }
-
-void OpenFormTest::waitForQuestion(const QString& button, int attempts)
+void OpenFormTest::answer(const QString& button)
 {
-    QTimer::singleShot(10, qApp, [this, button, attempts] {
-        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        if (box == nullptr) {
-            if (attempts > 0)
-                waitForQuestion(button, attempts - 1);
-            return;
-        }
+    m_answers = std::make_unique<ModalAnswers>();
+    m_answers->add([this, button](QDialog& dialog) {
+        auto* box = qobject_cast<QMessageBox*>(&dialog);
+        ASSERT_NE(box, nullptr);
         question = describe(*box);
         for (QAbstractButton* each : box->buttons()) {
             if (each->text() == button) {

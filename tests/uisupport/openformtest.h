@@ -4,10 +4,10 @@
 #include <stdexcept>
 
 #include <QMessageBox>
-#include <QPointer>
 
 #include "ui/openservices.h"
 #include "uisupport/apptest.h"
+#include "uisupport/modalanswers.h"
 
 namespace tirn::test {
 
@@ -33,7 +33,8 @@ protected:
     OpenServices services();
     /// The box on the screen, which is then closed; without a title when there is none.
     SeenBox seenBox();
-    /// Answers the next question with the button of this text; the question stands in `question` then.
+    /// Answers the next question with the button of this text, or closes it where there is none; the question
+    /// stands in `question` then.
     void answer(const QString& button);
 
     template <class Widget>
@@ -62,8 +63,7 @@ protected:
     SeenBox question;
 
 private:
-    void waitForQuestion(const QString& button, int attempts);
-
+    std::unique_ptr<ModalAnswers> m_answers;
     std::vector<LoadDescription> m_started;
 };
 
