@@ -76,6 +76,15 @@ TEST_F(OpenForms, ADialogThatIsLeftOpensNothing)
     EXPECT_EQ(answers.shown(), QStringList{"Select first stack"});
 }
 
+TEST_F(OpenForms, AFileThatIsRefusedLeavesTheFormAsItWas)
+{
+    choose("stackOpenAction", picFile("a.pic", 16, 12, 8));
+    choose("stackOpenAction", test::saveBytes(path("b.dat"), "nothing"));
+    EXPECT_TRUE(form(FormId::Stack).isVisible());
+    EXPECT_EQ(find<FileChooser>(FormId::Stack, "fchChannel1").fileName(), path("a.pic"));
+    EXPECT_TRUE(answers.shown().last().startsWith("Unknown file type: " + path("b.dat")));
+}
+
 TEST_F(OpenForms, ATimeSeriesStandsBesideItsReference)
 {
     for (const char* name : {"a_t1.pic", "a_t2.pic", "a_t3.pic", "still.pic"})
