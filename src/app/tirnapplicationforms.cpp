@@ -214,7 +214,9 @@ FormRow TirnApplication::stackRow()
 
 StackOpenForm& TirnApplication::stackOpenForm()
 {
-    return *static_cast<StackOpenForm*>(m_forms.create(FormId::Stack, false));
+    // One that is open stays open.
+    QWidget* form = m_forms.form(FormId::Stack);
+    return *static_cast<StackOpenForm*>(form != nullptr ? form : m_forms.create(FormId::Stack, false));
 }
 
 FormRow TirnApplication::importStackRow()

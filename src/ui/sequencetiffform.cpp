@@ -26,8 +26,9 @@ namespace tirn {
 
 namespace {
 
-constexpr int kVisibleCharacters = 48;
+constexpr int kVisibleCharacters = 56;
 constexpr int kVisibleLines = 3;
+constexpr double kNameScale = 1.3;
 
 QString centred(const QString& text) { return "<p align=\"center\">" + text + "</p>"; }
 
@@ -43,13 +44,17 @@ SequenceTiffForm::SequenceTiffForm(const OpenServices& services, QWidget* parent
     m_name->setReadOnly(true);
     m_name->setTabChangesFocus(true);
     m_name->setMinimumWidth(kVisibleCharacters * fontMetrics().averageCharWidth());
-    m_name->setMinimumHeight(kVisibleLines * fontMetrics().lineSpacing());
+    // Large enough to be hit, and no higher than a long name is.
+    QFont font = m_name->font();
+    font.setPointSizeF(kNameScale * font.pointSizeF());
+    m_name->setFont(font);
+    m_name->setMinimumHeight(kVisibleLines * m_name->fontMetrics().lineSpacing());
+    m_name->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
     m_name->installEventFilter(this);
     m_name->viewport()->installEventFilter(this);
     m_name->viewport()->setCursor(Qt::PointingHandCursor);
     m_none->setObjectName("btnNone");
-    auto* hint = new QLabel(tr("Click a number, or go to it with the arrow keys and press Enter."), this);
-    hint->setWordWrap(true);
+    auto* hint = new QLabel(tr("Click a number, or go to it with the arrow keys\nand press Enter."), this);
     hint->setAlignment(Qt::AlignHCenter);
     auto* cancel = new QPushButton(tr("&Cancel"), this);
     cancel->setObjectName("btnCancel");
@@ -95,8 +100,6 @@ void SequenceTiffForm::showEvent(QShowEvent* event)
 {
     QDialog::showEvent(event);
     m_name->setFocus();
-    if (!event->spontaneous())
-        moveToGroup(0);
 }
 
 void SequenceTiffForm::updateQuestion()
@@ -128,35 +131,20 @@ bool SequenceTiffForm::handleKey(int key)
 {
     switch (key) {
     case Qt::Key_Left:
-        moveToGroup(-1);
+        m_highlighter->setCurrent(m_highlighter->current() - 1);
         return true;
     case Qt::Key_Right:
-        moveToGroup(1);
+        m_highlighter->setCurrent(m_highlighter->current() + 1);
         return true;
     case Qt::Key_Return:
     case Qt::Key_Enter:
     case Qt::Key_Space:
-        selectField(0, m_name->textCursor().selectionStart());
+        if (m_highlighter->current() >= 0)
+            selectField(0, m_highlighter->fieldStarts()[static_cast<std::size_t>(m_highlighter->current())]);
         return true;
     default:
         return false;
     }
-}
-
-/// Goes to the group before or after the one that is selected, or with 0 to the first one.
-void SequenceTiffForm::moveToGroup(int direction)
-{
-    const std::vector<DigitGroup>& groups = m_highlighter->groups();
-    if (groups.empty())
-        return;
-    const int now = groupAt(groups, m_name->textCursor().selectionStart());
-    const int last = static_cast<int>(groups.size()) - 1;
-    const int next = direction == 0 ? 0 : std::clamp(now + direction, 0, last);
-    QTextCursor cursor(m_name->document());
-    cursor.setPosition(groups[static_cast<std::size_t>(next)].start);
-    cursor.movePosition(QTextCursor::Right, QTextCursor::KeepAnchor,
-                        groups[static_cast<std::size_t>(next)].length);
-    m_name->setTextCursor(cursor);
 }
 
 void SequenceTiffForm::selectField(int paragraph, int position)
@@ -172,7 +160,7 @@ void SequenceTiffForm::selectField(int paragraph, int position)
         fields.slice = field;
     else if (m_stage == Channels)
         fields.channel = field;
-    m_highlighter->rehighlight();
+    m_highlighter->setCurrent(field + 1);
     updateQuestion();
     if (m_stage == Done || m_highlighter->chosenCount() == static_cast<int>(m_highlighter->groups().size()))
         load();

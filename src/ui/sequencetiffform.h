@@ -55,7 +55,6 @@ private:
     /// What is asked: nothing yet, then one thing after the other.
     enum Stage { Begin = 0, Time = 1, Slices = 2, Channels = 3, Done = 4 };
 
-    void moveToGroup(int direction);
     bool handleKey(int key);
     QString wildcardField(const QString& name, int field) const;
     void complain(const QString& text);

@@ -30,7 +30,7 @@ StackOpenExtension::StackOpenExtension(bool hasTexture3D, QWidget* parent) : QWi
 {
     setWindowTitle(tr("Details"));
     auto* columns = new QHBoxLayout;
-    columns->addWidget(layerRows(), 1);
+    columns->addWidget(layerGroup(), 1);
     columns->addWidget(textureGroup(hasTexture3D), 1);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -76,7 +76,7 @@ QRadioButton* StackOpenExtension::radioButton(const char* name, const QString& t
     return made;
 }
 
-QWidget* StackOpenExtension::layerRows()
+QGroupBox* StackOpenExtension::layerGroup()
 {
     m_first = spinBox("spnFirst", 0, 0);
     m_last = spinBox("spnLast", 0, 0);
@@ -89,15 +89,15 @@ QWidget* StackOpenExtension::layerRows()
     m_conserve = new QCheckBox(tr("Conserve &Memory"), this);
     m_conserve->setObjectName("chkConserveMem");
     connect(m_conserve, &QCheckBox::toggled, this, &StackOpenExtension::calculateMemory);
-    auto* box = new QWidget(this);
-    auto* rows = new QFormLayout(box);
+    auto* group = new QGroupBox(tr("Slices"), this);
+    auto* rows = new QFormLayout(group);
     rows->addRow(tr("&First Slice"), m_first);
     rows->addRow(tr("&Last Slice"), m_last);
     rows->addRow(tr("&Step"), m_step);
     rows->addRow(m_timeStepLabel, m_timeStep);
     rows->addRow(tr("S&ub sample"), m_subsample);
     rows->addRow(m_conserve);
-    return box;
+    return group;
 }
 
 QGroupBox* StackOpenExtension::textureGroup(bool hasTexture3D)
@@ -139,16 +139,10 @@ QGroupBox* StackOpenExtension::voxelGroup()
     m_yDim = voxelBox("spnYDim");
     m_zDim = voxelBox("spnZDim");
     auto* group = new QGroupBox(tr("Voxel Dimensions"), this);
-    auto* columns = new QHBoxLayout(group);
-    const auto add = [&](const QString& text, FloatSpinBox* box) {
-        auto* label = new QLabel(text, group);
-        label->setBuddy(box);
-        columns->addWidget(label);
-        columns->addWidget(box, 1);
-    };
-    add(tr("&X"), m_xDim);
-    add(tr("&Y"), m_yDim);
-    add(tr("&Z"), m_zDim);
+    auto* rows = new QFormLayout(group);
+    rows->addRow(tr("&X"), m_xDim);
+    rows->addRow(tr("&Y"), m_yDim);
+    rows->addRow(tr("&Z"), m_zDim);
     return group;
 }
 

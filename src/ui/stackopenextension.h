@@ -5,7 +5,6 @@
 #include "gl/gltable.h"
 
 class QCheckBox;
-class QFormLayout;
 class QGroupBox;
 class QLabel;
 class QRadioButton;
@@ -66,7 +65,7 @@ private:
     QSpinBox* spinBox(const char* name, int minimum, int maximum);
     FloatSpinBox* voxelBox(const char* name);
     QRadioButton* radioButton(const char* name, const QString& text);
-    QWidget* layerRows();
+    QGroupBox* layerGroup();
     QGroupBox* textureGroup(bool hasTexture3D);
     QGroupBox* voxelGroup();
 

@@ -33,7 +33,7 @@ constexpr int kMostChannels = 64;
 constexpr int kMostSiblings = 4;
 /// Rows of the table and characters of a name that can be seen without scrolling.
 constexpr int kVisibleRows = 4;
-constexpr int kVisibleCharacters = 48;
+constexpr int kVisibleCharacters = 56;
 
 const char* const kChannelFilter =
     "All known formats (*.pic *.tif);; Biorad (*.pic);;Perkin Elmer (*.tif);;All File (*.*)";
@@ -60,11 +60,14 @@ StackOpenForm::StackOpenForm(const OpenServices& services, QWidget* parent)
     m_pages->addWidget(tiffSeriesPage());
     m_memory->setObjectName("lblMemory");
     m_extension->setObjectName("extension");
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(m_pages, 1);
-    layout->addWidget(m_memory);
-    layout->addWidget(buttonRow());
-    layout->addWidget(m_extension);
+    auto* column = new QVBoxLayout;
+    column->addWidget(m_pages, 1);
+    column->addWidget(m_memory);
+    column->addWidget(buttonRow());
+    // Side by side both fit on a small screen, even with everything twice as large.
+    auto* layout = new QHBoxLayout(this);
+    layout->addLayout(column, 1);
+    layout->addWidget(m_extension, 0, Qt::AlignTop);
     m_extension->hide();
     connectWidgets();
     setNumberOfChannels(2);
@@ -258,13 +261,14 @@ void StackOpenForm::keyPressEvent(QKeyEvent* event)
 void StackOpenForm::toggleExtension()
 {
     const bool opens = m_extension->isHidden();
-    const int freed = opens ? 0 : m_extension->height() + layout()->spacing();
+    const int room = m_extension->sizeHint().width() + layout()->spacing();
+    const QSize wanted(width() + (opens ? room : -room), height());
     m_extension->setVisible(opens);
     m_extensionOpened = m_extensionOpened || opens;
     m_details->setText(tr("&Details ") + (opens ? "<<<" : ">>>"));
-    // Without the details the form is as high as it was.
+    // The details take nothing from the rest of the form.
     layout()->activate();
-    resize(width(), std::max(height() - freed, sizeHint().height()));
+    resize(wanted);
 }
 
 void StackOpenForm::closeExtension()

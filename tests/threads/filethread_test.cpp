@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "image/voxelallocation.h"
+#include "support/otheruser.h"
 #include "uisupport/apptest.h"
 #include "uisupport/loadrig.h"
 
@@ -265,23 +266,6 @@ TEST_F(FileThreadTest, TenLoadsCancelsAndFailuresInARowLeaveNothingBehind)
     EXPECT_LE(threadsOfProcess(), threads);
     EXPECT_EQ(VoxelBuffer::liveBytes(), bytes);
 }
-
-/// Files of a user who is not this one.
-class OtherUser
-{
-public:
-    OtherUser() : m_switched(geteuid() == 0 && seteuid(65534) == 0) {}
-    ~OtherUser()
-    {
-        const int failed = m_switched ? seteuid(0) : 0;
-        EXPECT_EQ(failed, 0);
-    }
-    OtherUser(const OtherUser&) = delete;
-    OtherUser& operator=(const OtherUser&) = delete;
-
-private:
-    bool m_switched;
-};
 
 TEST_F(FileThreadTest, FilesInADirectoryWithoutPermissionAreNamed)
 {

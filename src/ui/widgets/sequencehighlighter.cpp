@@ -16,6 +16,12 @@ void SequenceHighlighter::setName(const QString& name)
 {
     m_groups = digitGroups(name);
     m_fields = {};
+    setCurrent(0);
+}
+
+void SequenceHighlighter::setCurrent(int group)
+{
+    m_current = std::min(std::max(0, group), static_cast<int>(m_groups.size()) - 1);
     rehighlight();
 }
 
@@ -56,6 +62,8 @@ void SequenceHighlighter::highlightBlock(const QString& text)
         QTextCharFormat format;
         format.setForeground(Qt::white);
         format.setBackground(isChosen(i) ? kChosen : kFree);
+        format.setFontUnderline(i == m_current);
+        format.setFontWeight(i == m_current ? QFont::Bold : QFont::Normal);
         setFormat(group.start, group.length, format);
     }
 }

@@ -8,7 +8,8 @@
 
 namespace tirn {
 
-/// Marks the groups of digits in a file name: green while they are free, red once they were chosen.
+/// Marks the groups of digits in a file name: green while they are free, red once they were chosen. The one
+/// that the keyboard is at is underlined.
 class SequenceHighlighter : public QSyntaxHighlighter
 {
     Q_OBJECT
@@ -27,6 +28,9 @@ public:
     /// How many fields have a group.
     int chosenCount() const;
     bool isChosen(int group) const;
+    /// The group that the keyboard is at; -1 without groups.
+    int current() const { return m_current; }
+    void setCurrent(int group);
 
 protected:
     void highlightBlock(const QString& text) override;
@@ -34,6 +38,7 @@ protected:
 private:
     std::vector<DigitGroup> m_groups;
     SequenceFields m_fields;
+    int m_current = -1;
 };
 
 } // namespace tirn
