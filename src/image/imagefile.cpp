@@ -113,13 +113,19 @@ bool ImageFile::read() { return read(0, m_attributes.lastFileLayer(), 1); }
 bool ImageFile::reRead()
 {
     const bool isKnown = m_firstLayer != -1 && m_lastLayer != -1 && m_layerStep != -1;
-    const std::vector<int> reductions = std::move(m_reductions);
+    const std::vector<int> reductions = m_reductions;
     if (!(isKnown ? read(m_firstLayer, m_lastLayer, m_layerStep) : read()))
         return false;
     // The voxels have the size of the reduced stack already.
     const ImageAttributes sizes = m_attributes;
-    for (const int factor : reductions)
-        subSample(factor);
+    try {
+        for (const int factor : reductions)
+            subSample(factor);
+    } catch (const std::bad_alloc&) {
+        freeStack();
+        m_reductions = reductions;
+        throw;
+    }
     m_attributes.dimX = sizes.dimX;
     m_attributes.dimY = sizes.dimY;
     m_attributes.dimZ = sizes.dimZ;

@@ -79,8 +79,6 @@ std::unique_ptr<ImageFile> readAgain(ImageFile& image, const ExportJob& job)
         texts.prepend(image.fileName() + QStringLiteral(" cannot be read again."));
         fail(texts.join('\n'));
     }
-    if (job.subsample > 1)
-        stack->subSample(job.subsample);
     job.transforms.applyTo(*stack);
     return stack;
 }
@@ -286,7 +284,6 @@ ExportJob exportJob(const VoxelArray& array, ExportMode mode, const QString& fil
         job.timePoints.emplace_back(begin, begin + static_cast<std::ptrdiff_t>(perTime));
     }
     job.isOnDisk = array.conservesMemory();
-    job.subsample = array.subsample;
     job.transforms = array.transforms();
     job.box = array.cut;
     job.box.zMin = voxelOfSlice(array.cut.zMin, array.finalDepth(), array.depth());

@@ -26,9 +26,8 @@ struct ExportJob
     ExportMode mode = ExportMode::Core;
     /// The images of each time point: one, or one a channel.
     std::vector<std::vector<std::shared_ptr<ImageFile>>> timePoints;
-    /// Images have to be read again, reduced and transformed.
+    /// Images have to be read again and transformed.
     bool isOnDisk = false;
-    int subsample = 1;
     DataTransforms transforms;
     /// In voxels of the images.
     CutBox box;

@@ -130,8 +130,7 @@ TEST_F(DroppedFolder, OfBioRadFilesIsOneStack)
 {
     touch("b.pic");
     touch("a.pic");
-    EXPECT_EQ(drop({directory.path()}).files,
-              std::vector<QStringList>({{path("a.pic"), path("b.pic")}}));
+    EXPECT_EQ(drop({directory.path()}).files, std::vector<QStringList>({{path("a.pic"), path("b.pic")}}));
 }
 
 TEST_F(DroppedFolder, SinglePagesThatWereDroppedOneByOneAreTimePoints)
