@@ -105,6 +105,8 @@ void TirnApplication::showWarning(const QString& title, const QString& text)
 void TirnApplication::showBox(QMessageBox::Icon icon, const QString& title, const QString& text)
 {
     auto* box = new QMessageBox(icon, title, text, QMessageBox::Ok, m_mainForm.get());
+    // Names of files are no markup.
+    box->setTextFormat(Qt::PlainText);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->open();
 }

@@ -45,6 +45,7 @@ Answer askToSave(const QString& name, QWidget* parent)
     QMessageBox box(QMessageBox::Question, MainForm::tr("Unsaved Palettes"),
                     MainForm::tr("Do you want to save the changes to ") + name + "?", QMessageBox::NoButton,
                     parent);
+    box.setTextFormat(Qt::PlainText);
     const QAbstractButton* yes = box.addButton(MainForm::tr("Yes"), QMessageBox::YesRole);
     const QAbstractButton* no = box.addButton(MainForm::tr("No"), QMessageBox::NoRole);
     box.setEscapeButton(box.addButton(MainForm::tr("Cancel"), QMessageBox::RejectRole));

@@ -3,11 +3,11 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
-#include <QPushButton>
 
 #include "base/log.h"
 #include "palettes/palettefile.h"
 #include "session/settings.h"
+#include "ui/messages.h"
 
 namespace tirn {
 
@@ -29,16 +29,6 @@ QString withEnding(QString name, const QString& filter)
             name += each.ending;
     }
     return name;
-}
-
-bool mayOverwrite(const QString& name, QWidget* parent)
-{
-    QMessageBox box(QMessageBox::Question, "Overwrite file", "Overwrite " + name, QMessageBox::NoButton,
-                    parent);
-    const QAbstractButton* yes = box.addButton("Yes", QMessageBox::YesRole);
-    box.setEscapeButton(box.addButton("No", QMessageBox::NoRole));
-    box.exec();
-    return box.clickedButton() == yes;
 }
 
 void warnNotWritten(const QString& name, QWidget* parent)
@@ -76,7 +66,7 @@ bool savePaletteAs(Palette& palette, Settings& settings, QWidget* parent)
     const QFileInfo target(withEnding(chosen, filter));
     const QString name = target.absoluteFilePath();
     const bool isThere = target.exists();
-    if (isThere && !mayOverwrite(name, parent))
+    if (isThere && !askQuestion(parent, "Overwrite file", "Overwrite " + name, "Yes", "No"))
         return false;
     if (!PaletteFile(name).replace(palette)) {
         if (isThere)

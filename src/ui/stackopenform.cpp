@@ -298,6 +298,13 @@ void StackOpenForm::finishSetup()
     raise();
 }
 
+void StackOpenForm::refuseLeica(const QString& file)
+{
+    showMessage(this, QMessageBox::Warning, tr("Leica load"),
+                file + tr(" describes images whose voxels are in the tiff files beside it. To load them, "
+                          "please use Load Sequence Tiff and choose the first of them."));
+}
+
 void StackOpenForm::setup(const QString& file)
 {
     if (!checkFile(file))
@@ -316,8 +323,7 @@ void StackOpenForm::setup(const QString& file)
                                 "tiff files, please use Load Sequence Tiff."));
         return;
     case ImageType::Leica:
-        warn(tr("Leica load"), tr(" describes images whose voxels are in the tiff files beside it. To load "
-                                  "them, please use Load Sequence Tiff and choose the first of them."));
+        refuseLeica(file);
         return;
     case ImageType::BioRad:
         setupSiblings(file);

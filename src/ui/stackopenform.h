@@ -102,6 +102,8 @@ private:
     QString memoryLine();
 
     void refuse(const QString& text);
+    /// The file has no voxels; says where they are.
+    void refuseLeica(const QString& file);
     bool checkFile(const QString& name);
     void dropEmptyLastRows();
     bool addChannel(int channel, FirstChannel& first);

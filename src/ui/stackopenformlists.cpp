@@ -323,6 +323,10 @@ void StackOpenForm::buildFileList_knownList(const std::vector<QStringList>& file
         if (!checkFile(element.at(i)))
             return;
     }
+    if (probe({element.first()}).value_or(ImageAttributes()).type == ImageType::Leica) {
+        refuseLeica(element.first());
+        return;
+    }
     m_services.settings.stackPath = QFileInfo(element.first()).absolutePath();
     const auto elements = static_cast<int>(files.size());
     LoadDescription load = freshLoad(m_services);

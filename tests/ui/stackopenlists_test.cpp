@@ -497,6 +497,15 @@ TEST_F(KnownLists, NamesAfterTheFirstAreLookedFor)
     EXPECT_EQ(loads(), 1U);
 }
 
+TEST_F(KnownLists, ALeicaTextPointsToItsTiffs)
+{
+    const QString name = test::saveBytes(path("a.txt"), "LEICA MICROSYSTEMS\n[HARDWARE PARAMETER]\n"
+                                                        "[SCANNER INFORMATION]\n[TIME INFORMATION]\n");
+    form->buildFileList_knownList({{name}}, 1, 1);
+    EXPECT_EQ(loads(), 0U);
+    EXPECT_EQ(seenBox().title, "Leica load");
+}
+
 TEST_F(KnownLists, ChannelsAndTimePointsAreFoundOut)
 {
     const QString colour = TIRN_TEST_DATA "/made/lsm/synth_8bit_z4_c4.lsm";
