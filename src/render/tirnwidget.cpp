@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include <QEvent>
+#include <QResizeEvent>
 #include <QWindow>
 
 #include "base/log.h"
@@ -294,10 +295,9 @@ void TirnWidget::changeWindowDimensions(int width, int height)
         size = sizeWithRatio(size, this->size(), static_cast<double>(m_windowRatioWidth),
                              static_cast<double>(m_windowRatioHeight));
     logWarning("old %d %d final %d %d\n", this->width(), this->height(), size.width(), size.height());
-    setMinimumSize(size);
-    resize(size);
-    window()->adjustSize();
     setMinimumSize(128, 128);
+    // The window around grows or shrinks by as much.
+    window()->resize(window()->size() + (size - this->size()));
 }
 
 void TirnWidget::toggleWindowAspectRatio(bool on)
@@ -325,11 +325,33 @@ void TirnWidget::showEvent(QShowEvent* event)
 
 void TirnWidget::paintEvent(QPaintEvent* /*event*/) { requestFrame(); }
 
-void TirnWidget::resizeEvent(QResizeEvent* /*event*/)
+void TirnWidget::resizeEvent(QResizeEvent* event)
 {
     m_surface.updateSize();
     Q_EMIT windowDimensionsChanged(width(), height());
     requestFrame();
+    const bool isFree = !window()->isMaximized() && !window()->isFullScreen();
+    if (m_preserveWindowRatio && isFree && event->oldSize().isValid())
+        keepRatio(event->size(), event->oldSize());
+}
+
+/// Follows a size that the user gave the window, once it has been laid out.
+void TirnWidget::keepRatio(QSize size, QSize old)
+{
+    const QSize wanted = sizeWithRatio(size, old, static_cast<double>(m_windowRatioWidth),
+                                       static_cast<double>(m_windowRatioHeight));
+    const bool isPending = m_sizeToKeep.isValid();
+    m_sizeToKeep = wanted != size ? wanted : QSize();
+    if (isPending || !m_sizeToKeep.isValid())
+        return;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            const QSize last = std::exchange(m_sizeToKeep, QSize());
+            if (last.isValid())
+                changeWindowDimensions(last.width(), last.height());
+        },
+        Qt::QueuedConnection);
 }
 
 void TirnWidget::closeEvent(QCloseEvent* event)

@@ -135,6 +135,7 @@ private:
     void scaleAxis(int axis, double value);
     bool setAxisScale(int axis, double value);
     void emitScale();
+    void keepRatio(QSize size, QSize old);
 
     Scene& m_scene;
     HiddenContext& m_hidden;
@@ -148,6 +149,8 @@ private:
     bool m_preserveWindowRatio = false;
     float m_windowRatioWidth = 0;
     float m_windowRatioHeight = 0;
+    /// The size that keeps the ratio after the window was resized; invalid for none.
+    QSize m_sizeToKeep;
 };
 
 /// The size that a window takes when `wanted` is asked for and the ratio of `ratio` is kept; `old` tells

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include <QSignalSpy>
+#include <QTest>
 #include <QWheelEvent>
 
 #include "uisupport/apptest.h"
@@ -394,11 +395,25 @@ TEST_F(EmptyWidget, ARatioThatIsKeptRoundsTheHeightHalfUp)
     EXPECT_EQ(sizeWithRatio({300, 300}, {300, 300}, 2, 1), QSize(300, 300));
 }
 
+TEST_F(EmptyWidget, AWindowThatTheUserResizesKeepsAFixedRatio)
+{
+    widget().toggleWindowAspectRatio(true);
+    QMainWindow& window = app().mainForm();
+    window.resize(window.width() + 88, window.height());
+    EXPECT_TRUE(QTest::qWaitFor([this] { return widget().size() == QSize(600, 600); }));
+    window.resize(window.width(), window.height() - 200);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return widget().size() == QSize(400, 400); }));
+    widget().toggleWindowAspectRatio(false);
+    window.resize(window.width() + 50, window.height());
+    EXPECT_TRUE(QTest::qWaitFor([this] { return widget().size() == QSize(450, 400); }));
+}
+
 TEST_F(EmptyWidget, WindowDimensionsAreChangedAndReported)
 {
     QSignalSpy spy(&widget(), &TirnWidget::windowDimensionsChanged);
     widget().changeWindowDimensions(300, 260);
     settle();
+    EXPECT_EQ(widget().size(), QSize(300, 260));
     EXPECT_EQ(widget().minimumSize(), QSize(128, 128));
     EXPECT_GE(spy.count(), 1);
     EXPECT_TRUE(log.warnings().last().startsWith("old "));
