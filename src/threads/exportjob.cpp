@@ -80,6 +80,9 @@ std::unique_ptr<ImageFile> readAgain(ImageFile& image, const ExportJob& job)
         fail(texts.join('\n'));
     }
     job.transforms.applyTo(*stack);
+    const auto shown = job.shownChanges.find(&image);
+    if (shown != job.shownChanges.end() && !shown->second(*stack, {}))
+        fail(image.fileName() + QStringLiteral(" cannot be filtered again."));
     return stack;
 }
 
@@ -285,6 +288,10 @@ ExportJob exportJob(const VoxelArray& array, ExportMode mode, const QString& fil
     }
     job.isOnDisk = array.conservesMemory();
     job.transforms = array.transforms();
+    for (std::size_t i = 0; i < images.size(); ++i) {
+        if (const VoxelChange& shown = array.shownChange(static_cast<int>(i)))
+            job.shownChanges[images[i].get()] = shown;
+    }
     job.box = array.cut;
     job.box.zMin = voxelOfSlice(array.cut.zMin, array.finalDepth(), array.depth());
     job.box.zMax = voxelOfSlice(array.cut.zMax, array.finalDepth(), array.depth());

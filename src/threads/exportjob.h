@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -29,6 +30,8 @@ struct ExportJob
     /// Images have to be read again and transformed.
     bool isOnDisk = false;
     DataTransforms transforms;
+    /// What filters did to what is shown of images on disk.
+    std::map<const ImageFile*, VoxelChange> shownChanges;
     /// In voxels of the images.
     CutBox box;
     /// One a channel, one multiplier a layer.

@@ -458,6 +458,9 @@ bool VoxelArray::loadVoxels(int i, const Progress& progress)
     if (!image.reRead())
         return false;
     m_transforms.applyTo(image, {progress.report, nullptr});
+    // A median goes by the statistics, which are those of the file so far.
+    if (m_transforms.inverted)
+        image.generateStatistics();
     return true;
 }
 

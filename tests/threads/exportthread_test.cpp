@@ -431,6 +431,41 @@ TEST_F(Export, ReducesWhatIsOnDiskAsTheLoadDid)
     EXPECT_EQ(readFile(path("a.pic")), mirrored(reduced, 1));
 }
 
+TEST_F(Export, HoldsTheFilterThatIsShownOfWhatIsOnDisk)
+{
+    test::PicFile file;
+    file.x = 9;
+    file.y = 7;
+    file.z = 3;
+    file.value = [](int x, int y, int z) { return 40 + (x * 31 + y * 17 + z * 5) % 90; };
+    const QString source = file.save(path("source.pic"));
+    ImageFile expected(QStringList{source});
+    ASSERT_TRUE(expected.read());
+    expected.invert();
+    expected.generateStatistics();
+    ASSERT_TRUE(expected.medianFilter(3, -1, false));
+    VolumeOptions options;
+    options.conserveMemory = true;
+    array = std::make_unique<VoxelArray>(options);
+    array->appendImage(std::make_shared<ImageFile>(QStringList{source}));
+    ASSERT_TRUE(array->images().front()->read());
+    array->stack() = array->images().front()->attributes();
+    array->setChannelCount(1);
+    array->setTimePoints(1);
+    array->encode(GL_TEXTURE_2D, -1);
+    array->resetCurves();
+    array->setTransforms({false, false, false, true});
+    array->setShownChange(0, [](ImageFile& image, const Progress& steps) {
+        return image.medianFilter(3, -1, false, steps);
+    });
+    expectSaved(ExportMode::ZCorrected, "a.pic");
+    EXPECT_EQ(readFile(path("a.pic")), plainCopy(expected));
+    // Worked on again, the volume shows the same.
+    ASSERT_TRUE(array->loadVoxels(0));
+    ASSERT_TRUE(array->images().front()->medianFilter(3, -1, false));
+    EXPECT_EQ(plainCopy(*array->images().front()), plainCopy(expected));
+}
+
 TEST(ExportNames, EndAsTheFilterSays)
 {
     const QString pic = "Biorad (*.pic)";
