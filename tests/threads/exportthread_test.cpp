@@ -455,9 +455,8 @@ TEST_F(Export, HoldsTheFilterThatIsShownOfWhatIsOnDisk)
     array->encode(GL_TEXTURE_2D, -1);
     array->resetCurves();
     array->setTransforms({false, false, false, true});
-    array->setShownChange(0, [](ImageFile& image, const Progress& steps) {
-        return image.medianFilter(3, -1, false, steps);
-    });
+    array->setShownChange(
+        0, [](ImageFile& image, const Progress& steps) { return image.medianFilter(3, -1, false, steps); });
     expectSaved(ExportMode::ZCorrected, "a.pic");
     EXPECT_EQ(readFile(path("a.pic")), plainCopy(expected));
     // Worked on again, the volume shows the same.
