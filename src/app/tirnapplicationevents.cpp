@@ -91,7 +91,8 @@ void TirnApplication::handleProgress(const ProgressEvent& event)
 
 void TirnApplication::handleImageProgress(const ImageProgressEvent& event)
 {
-    if (m_filterThread->isBusy())
+    // A job may have ended while what it said of its progress was still on the way.
+    if (m_filterProgress->isVisible())
         m_filterProgress->setProgress(event.message, event.progress, event.total);
     else
         showProgress(event.message, event.progress, event.total);

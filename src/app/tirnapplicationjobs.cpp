@@ -11,12 +11,6 @@
 
 namespace tirn {
 
-namespace {
-
-constexpr int kMessageMilliseconds = 10000;
-
-} // namespace
-
 void TirnApplication::createJobThreads()
 {
     m_filterProgress = new JobProgressForm("filterstuff", m_mainForm.get());
@@ -50,7 +44,7 @@ bool TirnApplication::canStartJob()
         return false;
     if (!m_filterThread->isBusy() && !m_saveThread->isBusy())
         return true;
-    m_mainForm->statusBar()->showMessage("Another job is still at work on a stack.", kMessageMilliseconds);
+    m_mainForm->showNote("Another job is still at work on a stack.");
     return false;
 }
 
@@ -86,7 +80,7 @@ void TirnApplication::exportFinished(const JobResult& result)
     if (result.outcome == JobOutcome::Failed)
         showWarning("Export stack", result.error);
     else if (result.outcome == JobOutcome::Done)
-        m_mainForm->statusBar()->showMessage("The stack was written.", kMessageMilliseconds);
+        m_mainForm->showNote("The stack was written.");
 }
 
 void TirnApplication::handleReencodeDone(const ReencodeDoneEvent& event)

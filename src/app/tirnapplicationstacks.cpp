@@ -5,7 +5,6 @@
 #include <QClipboard>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QStatusBar>
 
 #include "app/tirnapplication.h"
 #include "base/log.h"
@@ -112,7 +111,7 @@ void TirnApplication::loadFromCommandLine(const QStringList& arguments)
         showWarning("File does not exist", "Cannot find " + name);
     for (const QString& name : line.unknown) {
         logDebug("I have no idea what this is! %s", qPrintable(name));
-        m_mainForm->statusBar()->showMessage("I have no idea what this is! " + name, 10000);
+        m_mainForm->showNote("I have no idea what this is! " + name);
     }
     if (line.palettes.isEmpty() && line.stacks.isEmpty())
         return;

@@ -18,7 +18,7 @@ namespace tirn {
 namespace {
 
 constexpr int kLongestMenuText = 100;
-constexpr int kMessageMilliseconds = 10000;
+constexpr int kNoteMilliseconds = 10000;
 
 QMenu* subMenu(QMenu* parent, QMenuBar* bar, const QString& title)
 {
@@ -162,13 +162,13 @@ void MainForm::recentStack(int position)
         Q_EMIT loadRecentStack(stack.files, stack.channels, stack.timePoints);
         return;
     }
-    statusBar()->showMessage(
-        tr("Only the first %1 names of this stack were remembered.").arg(stack.files.size()),
-        kMessageMilliseconds);
+    showNote(tr("Only the first %1 names of this stack were remembered.").arg(stack.files.size()));
     const auto kept = static_cast<int>(stack.files.size());
     const bool channelsApart = stack.timePoints != kept + stack.missing && stack.channels > 1;
     Q_EMIT loadRecentStack(stack.files, stack.channels, channelsApart ? kept / stack.channels : kept);
 }
+
+void MainForm::showNote(const QString& text) { statusBar()->showMessage(text, kNoteMilliseconds); }
 
 void MainForm::updateBlendingStatus(GLint mode) { m_blending->setText(mode == GL_MAX ? "max" : "alpha"); }
 

@@ -44,6 +44,8 @@ public:
     {
         m_minimisedHandler = std::move(handler);
     }
+    /// Says something in the status bar, for a while.
+    void showNote(const QString& text);
     const RecentLists& recent() const { return m_recent; }
     /// Enables what needs a stack.
     void setStackPresent(bool present);

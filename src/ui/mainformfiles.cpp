@@ -8,7 +8,6 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QSettings>
-#include <QStatusBar>
 #include <QUrl>
 
 #include "base/log.h"
@@ -19,8 +18,6 @@
 namespace tirn {
 
 namespace {
-
-constexpr int kMessageMilliseconds = 10000;
 
 QStringList localFiles(const QMimeData* data)
 {
@@ -83,8 +80,7 @@ void MainForm::dropEvent(QDropEvent* event)
     else if (!dropped.files.empty())
         Q_EMIT loadRecentStack(dropped.files, dropped.channels, dropped.timePoints);
     else if (!dropped.unknown.isEmpty())
-        statusBar()->showMessage(tr("None of what was dropped is a stack or a palette."),
-                                 kMessageMilliseconds);
+        showNote(tr("None of what was dropped is a stack or a palette."));
 }
 
 void MainForm::loadSequenceTiff()
