@@ -1,8 +1,10 @@
 #include "ui/customfilterform.h"
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 
+#include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QFormLayout>
@@ -52,9 +54,10 @@ QString shownWeight(double weight) { return QString::number(weight, 'g', QLocale
 
 } // namespace
 
-CustomFilterForm::CustomFilterForm(QWidget* parent)
+CustomFilterForm::CustomFilterForm(int channels, QWidget* parent)
     : QDialog(parent), m_table(new QTableWidget(this)), m_width(sideBox("spnWidth", this)),
-      m_height(sideBox("spnHeight", this))
+      m_height(sideBox("spnHeight", this)), m_allChannels(new QCheckBox(tr("&All channels"), this)),
+      m_channel(new QSpinBox(this))
 {
     setObjectName("CustomFilterForm");
     setWindowTitle("Custom");
@@ -69,6 +72,14 @@ CustomFilterForm::CustomFilterForm(QWidget* parent)
     sides->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
     sides->addRow(tr("&Width"), m_width);
     sides->addRow(tr("&Height"), m_height);
+    m_allChannels->setObjectName("chkAllChannels");
+    m_allChannels->setChecked(true);
+    m_channel->setObjectName("spnChannel");
+    m_channel->setRange(0, std::max(0, channels - 1));
+    m_channel->setEnabled(false);
+    connect(m_allChannels, &QCheckBox::toggled, m_channel, &QWidget::setDisabled);
+    sides->addRow(m_allChannels);
+    sides->addRow(tr("C&hannel"), m_channel);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     QPushButton* loadButton = buttons->addButton(tr("&Load..."), QDialogButtonBox::ActionRole);
     loadButton->setObjectName("btnLoad");
@@ -111,6 +122,8 @@ FilterKernel CustomFilterForm::kernel() const
     }
     return kernel;
 }
+
+int CustomFilterForm::channel() const { return m_allChannels->isChecked() ? -1 : m_channel->value(); }
 
 void CustomFilterForm::setKernel(const FilterKernel& kernel)
 {

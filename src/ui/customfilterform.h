@@ -4,6 +4,7 @@
 
 #include "image/filterkernel.h"
 
+class QCheckBox;
 class QSpinBox;
 class QTableWidget;
 
@@ -15,11 +16,13 @@ class CustomFilterForm : public QDialog
     Q_OBJECT
 
 public:
-    explicit CustomFilterForm(QWidget* parent = nullptr);
+    explicit CustomFilterForm(int channels, QWidget* parent = nullptr);
 
     /// What stands in the table.
     FilterKernel kernel() const;
     void setKernel(const FilterKernel& kernel);
+    /// The channel to filter, -1 for all.
+    int channel() const;
 
 public Q_SLOTS:
     /// Gives the table as many rows and columns as the boxes say; what stands in it stays as far as it fits.
@@ -36,6 +39,8 @@ private:
     QTableWidget* m_table;
     QSpinBox* m_width;
     QSpinBox* m_height;
+    QCheckBox* m_allChannels;
+    QSpinBox* m_channel;
 };
 
 } // namespace tirn

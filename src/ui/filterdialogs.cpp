@@ -57,15 +57,17 @@ std::optional<FilterJobParameters> askWindow(FilterOperation operation, int chan
     return parametersFrom(attributes, operation);
 }
 
-std::optional<FilterJobParameters> askKernel(QWidget* parent)
+std::optional<FilterJobParameters> askKernel(int channels, QWidget* parent)
 {
     try {
-        CustomFilterForm form(parent);
+        CustomFilterForm form(channels, parent);
         if (form.exec() != QDialog::Accepted)
             return {};
         FilterJobParameters parameters;
         parameters.operation = FilterOperation::Custom;
         parameters.kernel = form.kernel();
+        parameters.channelAll = form.channel() < 0;
+        parameters.channel = std::max(0, form.channel());
         return parameters;
     } catch (const std::bad_alloc&) {
         logWarning("Could not allocate custom filter form");
@@ -87,7 +89,7 @@ std::optional<FilterJobParameters> askFilter(FilterOperation operation, int chan
         return parameters;
     }
     case FilterOperation::Custom:
-        return askKernel(parent);
+        return askKernel(channels, parent);
     default:
         return askWindow(operation, channels, parent);
     }

@@ -83,6 +83,23 @@ protected:
         array = prepared(stacks);
         prepareView();
     }
+    /// A volume that keeps no voxels, of a file that is still to be read.
+    void beginOnDisk(const QString& source)
+    {
+        VolumeOptions options;
+        options.conserveMemory = true;
+        array = std::make_unique<VoxelArray>(options);
+        array->appendImage(std::make_shared<ImageFile>(QStringList{source}));
+    }
+    /// Encodes it, once it was read.
+    void encodeOnDisk()
+    {
+        array->stack() = array->images().front()->attributes();
+        array->setChannelCount(1);
+        array->setTimePoints(1);
+        array->encode(GL_TEXTURE_2D, -1);
+        array->resetCurves();
+    }
     void prepareView()
     {
         array->resetCurves();
@@ -298,12 +315,17 @@ TEST_F(Export, OntoAReadOnlyFileIsRefused)
 TEST_F(Export, IntoAFolderWithoutPermissionIsRefused)
 {
     show({denseStack(6, 5, 4)});
-    QFile::setPermissions(directory.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    const test::OtherUser user;
-    if (getuid() == QFileInfo(directory.path()).ownerId())
-        GTEST_SKIP() << "the folder is this user's own";
-    const JobResult result = save(ExportMode::Core, "a.pic");
+    const QFile::Permissions open = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+    ASSERT_TRUE(QFile::setPermissions(directory.path(), QFile::ReadOwner | QFile::ExeOwner));
+    JobResult result;
+    {
+        const test::OtherUser user;
+        result = save(ExportMode::Core, "a.pic");
+    }
+    ASSERT_TRUE(QFile::setPermissions(directory.path(), open));
+    EXPECT_EQ(result.outcome, JobOutcome::Failed);
     EXPECT_EQ(result.error, directory.path() + " cannot be written to.");
+    EXPECT_EQ(files(), QStringList());
 }
 
 TEST_F(Export, ToWhereThereIsNoFolderIsRefused)
@@ -373,19 +395,13 @@ TEST_F(Export, ReadsWhatIsOnDiskAndTransformsIt)
     file.y = 5;
     file.z = 4;
     file.value = [](int x, int y, int z) { return x * x + 7 * y + 40 * z; };
-    VolumeOptions options;
-    options.conserveMemory = true;
-    array = std::make_unique<VoxelArray>(options);
-    array->appendImage(std::make_shared<ImageFile>(QStringList{file.save(path("source.pic"))}));
+    beginOnDisk(file.save(path("source.pic")));
     ImageFile& image = *array->images().front();
     ASSERT_TRUE(image.read());
     PlainStack expected = mirrored(mirrored(plainCopy(image), 0), 2);
     for (std::uint16_t& voxel : expected.voxels)
         voxel = static_cast<std::uint16_t>(255 - voxel);
-    array->stack() = image.attributes();
-    array->setChannelCount(1);
-    array->setTimePoints(1);
-    array->encode(GL_TEXTURE_2D, -1);
+    encodeOnDisk();
     prepareView();
     array->setTransforms({true, false, true, true});
     const auto statistics = image.statsList().front().histogram;
@@ -410,22 +426,15 @@ TEST_F(Export, ReducesWhatIsOnDiskAsTheLoadDid)
     file.y = 6;
     file.z = 4;
     file.value = [](int x, int y, int z) { return x * x + 7 * y + 40 * z; };
-    VolumeOptions options;
-    options.conserveMemory = true;
-    array = std::make_unique<VoxelArray>(options);
-    array->appendImage(std::make_shared<ImageFile>(QStringList{file.save(path("source.pic"))}));
+    beginOnDisk(file.save(path("source.pic")));
     ImageFile& image = *array->images().front();
     ASSERT_TRUE(image.read());
     image.subSample(2);
     image.generateStatistics();
     const PlainStack reduced = plainCopy(image);
     ASSERT_EQ(reduced.x, 4);
-    array->stack() = image.attributes();
     array->subsample = 2;
-    array->setChannelCount(1);
-    array->setTimePoints(1);
-    array->encode(GL_TEXTURE_2D, -1);
-    array->resetCurves();
+    encodeOnDisk();
     array->setTransforms({false, true, false, false});
     expectSaved(ExportMode::ZCorrected, "a.pic");
     EXPECT_EQ(readFile(path("a.pic")), mirrored(reduced, 1));
@@ -444,16 +453,9 @@ TEST_F(Export, HoldsTheFilterThatIsShownOfWhatIsOnDisk)
     expected.invert();
     expected.generateStatistics();
     ASSERT_TRUE(expected.medianFilter(3, -1, false));
-    VolumeOptions options;
-    options.conserveMemory = true;
-    array = std::make_unique<VoxelArray>(options);
-    array->appendImage(std::make_shared<ImageFile>(QStringList{source}));
+    beginOnDisk(source);
     ASSERT_TRUE(array->images().front()->read());
-    array->stack() = array->images().front()->attributes();
-    array->setChannelCount(1);
-    array->setTimePoints(1);
-    array->encode(GL_TEXTURE_2D, -1);
-    array->resetCurves();
+    encodeOnDisk();
     array->setTransforms({false, false, false, true});
     array->setShownChange(
         0, [](ImageFile& image, const Progress& steps) { return image.medianFilter(3, -1, false, steps); });

@@ -1,5 +1,6 @@
 #include "ui/customfilterform.h"
 
+#include <QCheckBox>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSpinBox>
@@ -16,7 +17,7 @@ namespace {
 class CustomFilter : public test::DialogTest
 {
 protected:
-    CustomFilterForm form;
+    CustomFilterForm form{3};
 
     QTableWidget& table() { return child<QTableWidget>(form, "tblKernel"); }
     QSpinBox& spin(const char* name) { return child<QSpinBox>(form, name); }
@@ -44,6 +45,20 @@ TEST_F(CustomFilter, BeginsWithThreeByThreeThatChangeNothing)
     EXPECT_EQ(spin("spnHeight").value(), 3);
     EXPECT_EQ(child<QPushButton>(form, "btnLoad").text(), "&Load...");
     EXPECT_EQ(child<QPushButton>(form, "btnCancel").text(), "&Cancel");
+}
+
+TEST_F(CustomFilter, WorksOnAllChannelsUnlessOneIsChosen)
+{
+    form.show();
+    auto& all = child<QCheckBox>(form, "chkAllChannels");
+    EXPECT_TRUE(all.isChecked());
+    EXPECT_FALSE(spin("spnChannel").isEnabled());
+    EXPECT_EQ(form.channel(), -1);
+    press(all, Qt::Key_Space);
+    EXPECT_TRUE(spin("spnChannel").isEnabled());
+    EXPECT_EQ(spin("spnChannel").maximum(), 2);
+    press(spin("spnChannel"), Qt::Key_Up);
+    EXPECT_EQ(form.channel(), 1);
 }
 
 TEST_F(CustomFilter, BoxesSetColumnsAndRows)

@@ -141,6 +141,7 @@ TEST_F(FilterDialogs, TheCustomOneGivesItsTable)
     });
     ASSERT_TRUE(asked.has_value());
     EXPECT_EQ(asked->operation, FilterOperation::Custom);
+    EXPECT_TRUE(asked->channelAll);
     EXPECT_EQ(asked->kernel, (FilterKernel{1, 2, {3, 4}}));
     EXPECT_TRUE(asked->channelAll);
 }
