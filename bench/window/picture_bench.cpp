@@ -8,9 +8,9 @@
 #include "gl/gltable.h"
 #include "gl/pbuffer.h"
 #include "pictures/picturewriter.h"
-#include "render/keyframeview.h"
 #include "render/offscreenframes.h"
 #include "render/picturemaker.h"
+#include "scene/keyframeview.h"
 #include "volume/volumemaking.h"
 #include "window/benchwindow.h"
 

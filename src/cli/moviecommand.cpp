@@ -19,8 +19,8 @@
 #include "movies/timeframemovie.h"
 #include "movies/timeframesession.h"
 #include "pictures/picturenames.h"
-#include "render/keyframeview.h"
 #include "render/offscreenframes.h"
+#include "scene/keyframeview.h"
 
 namespace tirn {
 

@@ -11,13 +11,13 @@
 
 #include "base/stopwatch.h"
 #include "render/framesurface.h"
-#include "render/light.h"
 #include "render/meshdrawing.h"
 #include "render/renderlistcache.h"
-#include "render/renderlock.h"
-#include "render/scene.h"
 #include "render/shaders.h"
 #include "render/textpainter.h"
+#include "scene/light.h"
+#include "scene/renderlock.h"
+#include "scene/scene.h"
 
 namespace tirn {
 

@@ -4,8 +4,8 @@
 
 #include "gl/gltable.h"
 #include "pictures/picturesize.h"
-#include "render/keyframeview.h"
 #include "render/picturemaker.h"
+#include "scene/keyframeview.h"
 
 namespace tirn {
 

@@ -8,7 +8,7 @@
 #include "gl/offscreencontext.h"
 #include "render/framesurface.h"
 #include "render/renderthreads.h"
-#include "render/scene.h"
+#include "scene/scene.h"
 
 namespace tirn {
 

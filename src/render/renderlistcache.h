@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "gl/glnames.h"
-#include "render/scene.h"
+#include "scene/scene.h"
 #include "volume/draworder.h"
 
 namespace tirn {

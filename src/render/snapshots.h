@@ -6,7 +6,7 @@
 #include <QImage>
 
 #include "pictures/picturelayout.h"
-#include "render/scene.h"
+#include "scene/scene.h"
 
 namespace tirn {
 

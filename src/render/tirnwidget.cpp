@@ -10,8 +10,8 @@
 
 #include "base/log.h"
 #include "gl/gltable.h"
-#include "render/keyframeview.h"
 #include "render/renderthreads.h"
+#include "scene/keyframeview.h"
 
 namespace tirn {
 

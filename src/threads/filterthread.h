@@ -6,7 +6,7 @@
 
 #include "gl/glcontext.h"
 #include "image/filterkernel.h"
-#include "render/renderlock.h"
+#include "scene/renderlock.h"
 #include "threads/jobreport.h"
 #include "volume/volumeedit.h"
 

@@ -9,7 +9,7 @@
 #include <QMenu>
 
 #include "image/imageattributes.h"
-#include "render/scene.h"
+#include "scene/scene.h"
 #include "session/recentlists.h"
 #include "session/settings.h"
 

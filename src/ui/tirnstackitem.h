@@ -5,7 +5,7 @@
 
 #include <QWidget>
 
-#include "render/scene.h"
+#include "scene/scene.h"
 
 class QComboBox;
 class QGroupBox;

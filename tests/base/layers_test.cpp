@@ -25,7 +25,7 @@ const std::map<QString, Layer>& layers()
     static const std::map<QString, Layer> all = {
         {"core",
          {{"base", "image", "formats", "palettes", "depth", "movies", "mesh", "pictures", "session"}, {}}},
-        {"gl", {{"gl", "volume", "render"}, {"core"}}},
+        {"gl", {{"gl", "volume", "scene", "render"}, {"core"}}},
         {"app", {{"threads", "ui", "app"}, {"core", "gl"}}},
         {"cli", {{"cli"}, {"core", "gl"}}},
         {"main", {{"main"}, {"core", "gl", "app"}}},

@@ -5,7 +5,7 @@
 #include <QColor>
 #include <qopengl.h>
 
-#include "render/camera.h"
+#include "scene/camera.h"
 #include "volume/voxelarray.h"
 
 namespace tirn {

@@ -9,8 +9,8 @@
 #include "mesh/segmentation.h"
 #include "movies/keyframe.h"
 #include "palettes/palette.h"
-#include "render/renderlock.h"
-#include "render/viewstate.h"
+#include "scene/renderlock.h"
+#include "scene/viewstate.h"
 #include "volume/voxelarray.h"
 
 namespace tirn {

@@ -1,4 +1,4 @@
-#include "render/scene.h"
+#include "scene/scene.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "glsupport/glrecorder.h"
-#include "render/light.h"
 #include "render/meshdrawing.h"
+#include "scene/light.h"
 
 namespace tirn {
 namespace {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "movies/keyframe.h"
-#include "render/scene.h"
+#include "scene/scene.h"
 
 namespace tirn {
 

@@ -1,4 +1,4 @@
-#include "render/light.h"
+#include "scene/light.h"
 
 #include <atomic>
 

@@ -1,4 +1,4 @@
-#include "render/keyframeview.h"
+#include "scene/keyframeview.h"
 
 #include <algorithm>
 #include <tuple>

@@ -1,4 +1,4 @@
-#include "render/viewstate.h"
+#include "scene/viewstate.h"
 
 #include <cmath>
 

@@ -1,4 +1,4 @@
-#include "render/renderlock.h"
+#include "scene/renderlock.h"
 
 namespace tirn {
 
