@@ -67,7 +67,6 @@ VoxelArray& BenchWindow::show(int x, int y, int z, int channels, GLenum target)
         array->channels()[static_cast<std::size_t>(c)].display.palette = c % 3;
     m_scene.arrays.push_back(std::move(array));
     m_scene.currentIndex = static_cast<int>(m_scene.arrays.size()) - 1;
-    m_widget->renderThread().rebuildShader = true;
     m_widget->renderThread().forceRebuild = true;
     return *m_scene.arrays.back();
 }

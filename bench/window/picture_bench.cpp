@@ -94,7 +94,7 @@ void movieOfAThousandFrames(benchmark::State& state)
     for (auto _ : state) {
         PredefinedMovie movie;
         movie.settings.rotation = {MovieAxis::Y, frameCount / group, group, false};
-        movie.start = shownKeyFrame(stage->view, stage->scene, true);
+        movie.start = shownKeyFrame(stage->scene, true);
         MovieJob job;
         job.steps = regularSteps(movie);
         job.start = movie.firstPose();

@@ -1,16 +1,17 @@
-// Start and end of the program.
-
 #include "app/tirnapplication.h"
 
-#include <QFileInfo>
+#include <utility>
+
 #include <QMessageBox>
 #include <QScreen>
-#include <QStatusBar>
 
+#include "app/menus.h"
 #include "base/log.h"
-#include "palettes/palettelist.h"
-#include "ui/jobprogressform.h"
-#include "ui/palettesaving.h"
+#include "ui/formplaces.h"
+#include "ui/messages.h"
+#include "ui/open/sequencetiffform.h"
+#include "ui/open/stackopenform.h"
+#include "ui/palettes/palettesaving.h"
 
 namespace tirn {
 
@@ -19,34 +20,17 @@ namespace {
 constexpr int kFirstWindowSide = 512;
 constexpr int kLeastWidgetSide = 128;
 
-/// Carries what the render thread has to say over to the interface thread.
-class EventPoster : public RenderEvents
-{
-public:
-    explicit EventPoster(QObject& receiver) : m_receiver(receiver) {}
-
-    void rotationDrawn(double x, double y, double z) override
-    {
-        post(std::make_unique<RotationEvent>(x, y, z));
-    }
-    void keyFrameRecorded(int count) override { post(std::make_unique<KeyFrameEvent>(count)); }
-    void timePointAdvanced() override { post(std::make_unique<TimePointEvent>()); }
-
-private:
-    void post(std::unique_ptr<QEvent> event) { QCoreApplication::postEvent(&m_receiver, event.release()); }
-
-    QObject& m_receiver;
-};
-
 } // namespace
 
 TirnApplication::TirnApplication(int& argc, char** argv)
-    : QApplication(argc, argv), m_help(applicationDirPath() + "/docs")
+    : QApplication(argc, argv), m_preferences(m_model), m_stacks(m_model, [this] { finishJobs(); }),
+      m_renderEvents(*this), m_help(applicationDirPath() + "/docs")
 {
     setOrganizationName("Tirn");
     setApplicationName("Tirn2");
-    m_settings = std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope, "Tirn", "Tirn2");
     colourInputs();
+    connect(&m_stacks, &StackList::currentArrayChanged, this, &TirnApplication::currentArrayChanged);
+    connect(&m_stacks, &StackList::stackClosed, this, &TirnApplication::stackClosed);
 }
 
 /// Input fields take the background of their window, also when the desktop turns dark or light.
@@ -73,23 +57,20 @@ bool TirnApplication::event(QEvent* event)
 
 TirnApplication::~TirnApplication()
 {
-    if (m_filterThread != nullptr)
-        finishJobs();
-    if (m_fileThread != nullptr)
-        m_fileThread->stopAndWait();
+    finishJobs();
+    m_loads.reset();
     if (m_currentWidget != nullptr)
         m_currentWidget->stopAndWait();
     // Events still on their way may hold a volume, which must go while the card is there.
     removePostedEvents(this);
     if (m_glInfo != nullptr) {
         m_hidden->makeCurrent();
-        m_scene.arrays.clear();
-        m_scene.palettes.clear();
+        m_model.sharedScene().arrays.clear();
+        m_model.sharedScene().palettes.clear();
         m_shaders.reset();
     }
-    m_filterThread.reset();
-    m_saveThread.reset();
-    m_fileThread.reset();
+    m_jobs.reset();
+    m_forms.reset();
     m_mainForm.reset();
     m_currentWidget = nullptr;
     logDebug("cleaned up after app");
@@ -110,19 +91,18 @@ bool TirnApplication::initializeGl()
     m_glInfo = std::make_unique<GlInfo>(*m_hidden);
     if (!m_hidden->makeCurrent())
         logFatal("Could not allocate a GL context");
-    readCapabilities();
+    m_card = m_glInfo->readCapabilities();
     m_shaders = std::make_unique<Shaders>();
-    m_renderEvents = std::make_unique<EventPoster>(*this);
-    m_mainForm = std::make_unique<MainForm>("Main", MainFormServices{m_preferences, *m_settings, m_scene});
+    m_mainForm = std::make_unique<MainForm>(
+        "Main", MainFormServices{m_preferences.settings(), m_preferences.store(), m_model});
     createWidgets();
     if (m_currentWidget == nullptr) {
         QMessageBox::critical(m_mainForm.get(), "Unknown Video Card",
                               "Your video card does not appear to be compatible with this software. Sorry.");
         return true;
     }
+    createServices();
     connectWidgets();
-    connectActions();
-    buildContextMenu();
     placeMainForm();
     m_mainForm->show();
     m_currentWidget->setMinimumSize(kLeastWidgetSide, kLeastWidgetSide);
@@ -130,16 +110,12 @@ bool TirnApplication::initializeGl()
     m_currentWidget->requestFrame();
     m_card.hasPBuffer = m_glInfo->hasPBuffer();
     createForms();
-    createThreads();
     return true;
 }
 
-void TirnApplication::readCapabilities() { m_card = m_glInfo->readCapabilities(); }
-
 void TirnApplication::createWidgets()
 {
-    const WidgetServices services{m_card,       m_scene,         m_renderSettings, *m_shaders,
-                                  m_renderLock, *m_renderEvents, *m_hidden};
+    const WidgetServices services{m_card, m_model, *m_shaders, m_renderLock, m_renderEvents, *m_hidden};
     m_widgetStack = new QStackedWidget(m_mainForm.get());
     m_regularWidget = new TirnWidget("regular", services, false, m_widgetStack);
     if (!m_regularWidget->surface().isValid()) {
@@ -160,8 +136,6 @@ void TirnApplication::createWidgets()
         m_widgetStack->addWidget(m_stereoWidget);
     m_currentWidget->setMinimumSize(kFirstWindowSide, kFirstWindowSide);
     m_mainForm->setCentralWidget(m_widgetStack);
-    m_paletteTables = std::make_unique<GlPaletteTables>(m_currentWidget->threadKind(), m_hidden.get());
-    m_curveTextures = std::make_unique<GlCurveTextures>(m_hidden.get());
 }
 
 void TirnApplication::createStereoWidget(const WidgetServices& services)
@@ -175,29 +149,48 @@ void TirnApplication::createStereoWidget(const WidgetServices& services)
         delete widget;
 }
 
+void TirnApplication::createServices()
+{
+    const RenderThreadKind kind = m_currentWidget->threadKind();
+    m_paletteTables = std::make_unique<GlPaletteTables>(kind, m_hidden.get());
+    m_curveTextures = std::make_unique<GlCurveTextures>(m_hidden.get());
+    m_stacks.setPaletteTables(m_paletteTables.get());
+    m_model.setDrawing({[this] { m_currentWidget->stopAndWait(); }, [this] { m_hidden->makeCurrent(); }});
+    Settings& settings = m_preferences.settings();
+    const auto form = [this](FormId id, bool show) {
+        ToolForm* there = m_forms->form(id);
+        return there != nullptr && !show ? there : m_forms->create(id, show);
+    };
+    m_loads = std::make_unique<Loads>(LoadNeeds{m_model, m_stacks, *m_mainForm, settings, *m_hidden, kind,
+                                                *m_paletteTables, *m_curveTextures, form},
+                                      *this);
+    m_jobs = std::make_unique<Jobs>(m_model, *m_mainForm, settings, m_hidden->context(), m_renderLock, *this);
+    m_pictures = std::make_unique<Pictures>(m_model, m_currentWidget, *m_hidden, m_card, settings);
+    const auto keep = [this](const Settings& chosen) {
+        const QString error = m_preferences.keep(chosen);
+        if (!error.isEmpty())
+            showMessage(m_mainForm.get(), QMessageBox::Warning, "Preferences", error);
+    };
+    m_forms =
+        std::make_unique<FormTable>(*m_mainForm, FormServices{m_model, *m_loads, m_stacks, *m_jobs,
+                                                              *m_pictures, settings, m_card, keep, form});
+}
+
 void TirnApplication::connectWidgets()
 {
     TirnWidget* widget = m_currentWidget;
     MainForm* form = m_mainForm.get();
-    connect(widget, &TirnWidget::modeChanged, form, &MainForm::updateBlendingStatus);
-    connect(this, &TirnApplication::currentArrayChanged, form, [this, form] {
-        form->updateTextureStatus(m_scene.current());
-        form->updateMemoryStatus();
-        form->setStackPresent(m_scene.current() != nullptr);
-    });
-    connect(this, &TirnApplication::stackClosed, form, &MainForm::updateMemoryStatus);
-    connect(this, &TirnApplication::updateMemoryStatus, form, &MainForm::updateMemoryStatus);
-    connect(form, &MainForm::loadRecentPalette, this, &TirnApplication::loadPalettes);
+    connect(form, &MainForm::loadRecentPalette, m_loads.get(), &Loads::loadPalettes);
     connect(form, &MainForm::savePalette, this,
-            [this](Palette* palette) { savePalette(*palette, m_preferences, m_mainForm.get()); });
+            [this](Palette* palette) { savePalette(*palette, m_preferences.settings(), m_mainForm.get()); });
     connect(form, &MainForm::loadSession, this, &TirnApplication::loadSession);
     connect(widget, &TirnWidget::scaleChanged, this, &TirnApplication::scaleChanged);
-    connect(widget, &TirnWidget::arrayRequested, this, &TirnApplication::setCurrentArray);
+    connect(widget, &TirnWidget::arrayRequested, &m_stacks, &StackList::setCurrent);
     connect(widget, &TirnWidget::helpRequested, this, qOverload<const QString&>(&TirnApplication::help));
-    connect(widget, &TirnWidget::quitRequested, this, [] { QCoreApplication::exit(0); });
+    connect(widget, &TirnWidget::quitRequested, form, &MainForm::close);
     form->setCloseHandler([this] {
         m_currentWidget->stopAndWait();
-        return mayClose();
+        return m_jobs->mayClose();
     });
     form->setMinimisedHandler([this](bool minimised) {
         if (minimised)
@@ -205,6 +198,10 @@ void TirnApplication::connectWidgets()
         else
             m_currentWidget->requestFrame();
     });
+    const MenuTargets targets{*form,   m_model,     m_stacks, *m_loads,
+                              *m_jobs, *m_pictures, *m_forms, [this](const QString& page) { help(page); }};
+    connectActions(targets);
+    fillContextMenu(widget->contextMenu(), targets);
 }
 
 void TirnApplication::placeMainForm()
@@ -214,68 +211,100 @@ void TirnApplication::placeMainForm()
     m_mainForm->move(firstWindowPosition(desktop, kFirstWindowSide));
 }
 
-void TirnApplication::createThreads()
+void TirnApplication::createForms()
 {
-    LoadReport report;
-    report.progress = [this](const QString& message, int value, int total, bool done) {
-        postEvent(this, new ProgressEvent(message, value, total, done));
-    };
-    report.loaded = [this](LoadedStack stack) { postEvent(this, new StackLoadedEvent(std::move(stack))); };
-    m_fileThread = std::make_unique<FileThread>(m_hidden->context(), std::move(report));
-    createJobThreads();
-}
-
-bool TirnApplication::mayClose()
-{
-    if (m_saveThread == nullptr || !m_saveThread->isBusy())
-        return true;
-    m_mainForm->statusBar()->showMessage("A stack is still being written.");
-    m_exportProgress->raise();
-    m_exportProgress->activateWindow();
-    return false;
-}
-
-void TirnApplication::readPreferences()
-{
-    usePreferences(readSettings(*m_settings));
-    if (m_preferences.blending == 1)
-        m_currentWidget->setBlendMode(GL_MAX);
-    m_currentWidget->stopAndWait();
-    appendFavoritePalettes(m_scene.palettes, m_preferences.favoritePalettesPath, m_paletteTables.get());
-    m_mainForm->readRecentLists();
-}
-
-void TirnApplication::usePreferences(const Settings& settings)
-{
-    m_preferences = settings;
-    m_fileThread->description().setDefaultEncode(settings.defaultEncode);
-    const std::scoped_lock lock(m_scene.mutex);
-    m_renderSettings.flashRate = settings.flashRate;
-    m_renderSettings.texLimit2D = settings.texLimit2D;
-    m_renderSettings.texLimit3D = settings.texLimit3D;
-    m_scene.watermark = settings.watermarkText;
-}
-
-/// Limits and encoders act on later loads, and a new way to blend from the next start on.
-void TirnApplication::storePreferences(const Settings& settings)
-{
-    // The directories moved on while the form was open.
-    Settings chosen = settings;
-    chosen.stackPath = m_preferences.stackPath;
-    chosen.palettePath = m_preferences.palettePath;
-    usePreferences(chosen);
-    writePreferences(settings, *m_settings);
-    m_settings->sync();
-    if (m_settings->status() != QSettings::NoError)
-        showWarning("Preferences", "The preferences could not be written to " + m_settings->fileName());
-    m_currentWidget->requestFrame();
+    m_forms->createAllHidden();
+    const auto* open = static_cast<StackOpenForm*>(m_forms->form(FormId::Stack));
+    const auto* sequence = static_cast<SequenceTiffForm*>(m_forms->form(FormId::SequenceTiff));
+    connect(m_mainForm.get(), &MainForm::loadRecentStack, open, &StackOpenForm::buildFileList_knownList);
+    connect(m_mainForm.get(), &MainForm::loadTiffs, sequence, &SequenceTiffForm::setFilename);
+    connect(m_mainForm.get(), &MainForm::closing, m_forms.get(),
+            [this] { m_forms->save(m_preferences.store()); });
 }
 
 void TirnApplication::start()
 {
-    readPreferences();
+    m_preferences.read();
+    if (m_preferences.settings().blending == 1)
+        m_currentWidget->setBlendMode(GL_MAX);
+    PaletteList favorites;
+    appendFavoritePalettes(favorites, m_preferences.settings().favoritePalettesPath, m_paletteTables.get());
+    m_stacks.addPalettes(std::move(favorites));
+    m_mainForm->readRecentLists();
+    m_forms->restore(m_preferences.store());
     m_currentWidget->requestFrame();
     loadFromCommandLine(arguments());
+}
+
+void TirnApplication::finishJobs()
+{
+    if (m_jobs != nullptr)
+        m_jobs->finish();
+}
+
+void TirnApplication::loadSession(const QString& name)
+{
+    showMessage(m_mainForm.get(), QMessageBox::Warning, "Session",
+                "Sessions cannot be read in this version: " + name);
+}
+
+VoxelArray* TirnApplication::currentArray() const
+{
+    VoxelArray* array = scene().current();
+    // The text has the condition of the opposite case.
+    if (array != nullptr) {
+        static bool reported = false;
+        if (!std::exchange(reported, true))
+            logAssertion("currentIndex < 0 || currentIndex >= (int) arrays.size()", "tirnapp", __LINE__);
+    }
+    return array;
+}
+
+Palette* TirnApplication::palette(int index) const
+{
+    const bool valid = index >= 0 && index < static_cast<int>(scene().palettes.size());
+    return valid ? scene().palettes[static_cast<std::size_t>(index)].get() : nullptr;
+}
+
+void TirnApplication::customEvent(QEvent* event)
+{
+    const auto id = static_cast<EventId>(event->type());
+    m_renderEvents.arrived(id);
+    switch (id) {
+    case EventId::TimePoint:
+        m_model.follow(Change::TimePoint);
+        return;
+    case EventId::Rotation:
+        m_model.follow(Change::Pose);
+        return;
+    case EventId::StatisticsDone:
+        m_model.follow(Change::Voxels);
+        return;
+    case EventId::Progress:
+        m_loads->handle(static_cast<const ProgressEvent&>(*event));
+        return;
+    case EventId::StackLoaded:
+        m_loads->handle(static_cast<StackLoadedEvent&>(*event));
+        return;
+    case EventId::KeyFrame:
+        Q_EMIT frameRecorded(static_cast<const KeyFrameEvent&>(*event).count);
+        return;
+    case EventId::Start:
+        start();
+        return;
+    case EventId::ReencodeDone:
+        m_loads->resetProgress();
+        m_jobs->handle(static_cast<const ReencodeDoneEvent&>(*event));
+        return;
+    case EventId::ImageProgress: {
+        const auto& progress = static_cast<const ImageProgressEvent&>(*event);
+        if (!m_jobs->handle(progress))
+            m_loads->showProgress(progress.message, progress.progress, progress.total);
+        return;
+    }
+    }
+    showMessage(m_mainForm.get(), QMessageBox::Warning, "Unknown Event",
+                "id " + QString::number(static_cast<int>(event->type())));
 }
 
 } // namespace tirn

@@ -190,7 +190,7 @@ MovieJob movieJob(OffscreenStage& stage, MovieOptions& options)
     const int sizes[] = {array.width(), array.height(), array.finalDepth()};
     MovieJob job;
     job.range = options.range;
-    const KeyFrame start = shownKeyFrame(stage.view, stage.scene, true);
+    const KeyFrame start = shownKeyFrame(stage.scene, true);
     if (!options.timeFrames.empty()) {
         const TimeFrameMovie movie{options.timeFrames, {sizes[0], sizes[1], sizes[2]}, start};
         job.total = movie.frames();

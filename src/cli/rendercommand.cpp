@@ -120,11 +120,11 @@ public:
 
     QImage take(const LayoutOptions& layout)
     {
-        const SnapshotSource source{m_stage.scene, m_stage.view, m_request.size, [this] { return takeOne(); },
+        const SnapshotSource source{m_stage.scene, m_request.size, [this] { return takeOne(); },
                                     [this](double x, double y, double z) {
-                                        m_stage.view.rotX = wrapDegrees(x);
-                                        m_stage.view.rotY = wrapDegrees(y);
-                                        m_stage.view.rotZ = wrapDegrees(z);
+                                        m_stage.scene.view.rotX = wrapDegrees(x);
+                                        m_stage.scene.view.rotY = wrapDegrees(y);
+                                        m_stage.scene.view.rotZ = wrapDegrees(z);
                                     }};
         switch (layout.scenario) {
         case Scenario::Channels:

@@ -176,7 +176,7 @@ void takeCurves(OffscreenStage& stage, const QString& name)
         throw FileError(name, result.error);
     for (Channel& channel : array.channels())
         channel.zCurve.generateTexture();
-    stage.shaders().zCorrection = true;
+    stage.scene.view.zCorrection = true;
 }
 
 void takeMesh(OffscreenStage& stage, const RenderOptions& options)
@@ -326,10 +326,10 @@ std::unique_ptr<OffscreenStage> makeStage(const std::vector<QStringList>& timePo
     std::unique_ptr<OffscreenStage> stage = OffscreenStage::withoutDisplay(error);
     if (stage == nullptr)
         throw FileError(timePoints.front().first(), "cannot be drawn: " + error);
-    stage->view = options.view;
-    stage->shaders().autoBitDepth = options.stretch;
+    stage->scene.view = options.view;
+    stage->scene.view.autoBitDepth = options.stretch;
+    stage->scene.view.drawFileLabel = !options.watermark.isEmpty();
     stage->scene.watermark = options.watermark;
-    stage->thread().drawFileLabelFlag = !options.watermark.isEmpty();
     stage->show(makeVolume(*stage, timePoints, options));
     VoxelArray& array = *stage->scene.current();
     makePalettes(*stage, options);

@@ -81,6 +81,13 @@ int GlInfo::maxTexture3D()
     return size;
 }
 
+QString GlInfo::rendererName()
+{
+    m_context.makeCurrent();
+    const auto* name = reinterpret_cast<const char*>(gl().GetString(GL_RENDERER));
+    return QString::fromLatin1(name != nullptr ? name : "unknown");
+}
+
 GlCapabilities GlInfo::readCapabilities()
 {
     GlCapabilities card;
@@ -97,6 +104,7 @@ GlCapabilities GlInfo::readCapabilities()
     logDebug("Max 2D texture size: %d", card.maxTexture2D);
     card.maxTexture3D = maxTexture3D();
     logDebug("Max 3D Texture size: %d", card.maxTexture3D);
+    card.renderer = rendererName();
     logDebug(hasNonPowerOfTwo() ? "ARB_texture_non_power_of_two supported"
                                 : "ARB_texture_non_power_of_two NOT supported");
     return card;

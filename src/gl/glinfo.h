@@ -26,6 +26,8 @@ struct GlCapabilities
     int maxProxyTexture = 0;
     int maxTexture2D = 0;
     int maxTexture3D = 0;
+    /// The driver's name for the card.
+    QString renderer;
 
     /// True when palettes can be edited in real time.
     bool canEditPalettes() const { return hasPalettedTexture || (hasFragmentProgram && hasMultitexture); }
@@ -52,6 +54,8 @@ public:
     bool hasAtiFragmentShader() { return hasExtension("GL_ATI_fragment_shader"); }
     /// Off-screen buffers stand on frame buffer objects.
     bool hasPBuffer();
+    /// The driver's name for the card.
+    QString rendererName();
     /// The window system's quad-buffer stereo.
     bool hasStereo();
 

@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 #include "base/log.h"
 #include "gl/glstate.h"
+#include "scene/keyframeview.h"
 
 namespace tirn {
 
@@ -120,7 +122,8 @@ GLThread::Next GLThread::sleepUntilChange(int milliseconds)
 int GLThread::millisecondsToNextChange()
 {
     const std::scoped_lock lock(m_host.scene.mutex);
-    if (m_host.view.isSpinning() && !m_host.view.dragging)
+    const ViewState& view = m_host.scene.view;
+    if (view.isSpinning() && !view.dragging)
         return 0;
     const VoxelArray* array = m_host.scene.current();
     if (array == nullptr || m_host.scene.batchMode)
@@ -130,12 +133,12 @@ int GLThread::millisecondsToNextChange()
         const qint64 left = std::max<qint64>(1, due - elapsed());
         next = next < 0 ? left : std::min(next, left);
     };
-    if (animating)
-        consider(m_lastTimeStep + 1000 / std::max(1, timeRate.load()));
+    if (m_host.scene.isPlaying())
+        consider(m_lastTimeStep + timePointMilliseconds(view));
     const auto& channels = array->channels();
     if (std::any_of(channels.begin(), channels.end(),
                     [](const Channel& channel) { return isFlashing(channel.display.state); }))
-        consider(m_lastFlash + m_host.settings.flashRate);
+        consider(m_lastFlash + m_host.scene.settings.flashRate);
     return static_cast<int>(next);
 }
 
@@ -164,13 +167,11 @@ void GLThread::setupBuffer()
 bool GLThread::drawPicture(const PicturePart& part)
 {
     m_part = part;
-    if (part.transparent) {
+    if (part.transparent)
         gl().BlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
-        gl().ClearColor(0, 0, 0, 0);
-    }
-    if (!beginScene(part.whole))
+    const FrameState frame = takeFrameState(m_host.scene);
+    if (!beginScene(frame, part.whole))
         return false;
-    const FrameState frame = takeFrameState(m_host.scene, m_host.view);
     drawFrame(frame, part.whole);
     finishFrame();
     return true;
@@ -184,33 +185,36 @@ bool GLThread::drawNextFrame(QSize size)
 
 GLThread::Outcome GLThread::drawScene(QSize size)
 {
-    m_part = {size, QRect(QPoint(0, 0), size), fontScale * m_host.surface.pixelRatio(), false};
-    if (!beginScene(size))
-        return Outcome::NothingToDraw;
     stepScene();
-    const FrameState frame = takeFrameState(m_host.scene, m_host.view);
-    m_host.events.rotationDrawn(frame.view.rotX, frame.view.rotY, frame.view.rotZ);
+    const FrameState frame = takeFrameState(m_host.scene);
+    m_part = {size, QRect(QPoint(0, 0), size), frame.view.fontScale * m_host.surface.pixelRatio(), false};
+    if (!beginScene(frame, size))
+        return Outcome::NothingToDraw;
+    tellOfRotation(frame.view);
     record(frame);
     drawFrame(frame, size);
     finishFrame();
     return Outcome::Drawn;
 }
 
-bool GLThread::beginScene(QSize size)
+bool GLThread::beginScene(const FrameState& frame, QSize size)
 {
-    applyPending();
+    const QColor background = m_part.transparent ? QColor(0, 0, 0) : frame.view.backgroundColor;
+    gl().ClearColor(static_cast<GLfloat>(background.redF()), static_cast<GLfloat>(background.greenF()),
+                    static_cast<GLfloat>(background.blueF()), 0);
+    if (gl().BlendEquationEXT != nullptr)
+        gl().BlendEquationEXT(frame.view.blendMode);
     gl().Viewport(0, 0, m_part.part.width(), m_part.part.height());
     gl().Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     m_text.setScale(m_part.overlayScale);
-    const FrameState before = takeFrameState(m_host.scene, m_host.view);
-    if (drawMessageOnly(size))
+    if (drawMessageOnly(frame, size))
         return false;
-    if (before.array == nullptr) {
+    if (frame.array == nullptr) {
         m_lists.clear();
-        drawNoStack(before.batchMode, size);
+        drawNoStack(frame, size);
         return false;
     }
-    return prepareProgram(before);
+    return prepareProgram(frame);
 }
 
 /// Read from the back buffer before the swap, where the frame surely is.
@@ -247,29 +251,13 @@ QImage GLThread::grabbed() const
     return m_grabbed;
 }
 
-void GLThread::applyPending()
-{
-    ViewState view;
-    {
-        const std::scoped_lock lock(m_host.scene.mutex);
-        view = m_host.view;
-    }
-    if (clearColorChanged.exchange(false)) {
-        const QColor& color = view.backgroundColor;
-        gl().ClearColor(static_cast<GLfloat>(color.redF()), static_cast<GLfloat>(color.greenF()),
-                        static_cast<GLfloat>(color.blueF()), 0);
-    }
-    if (blendChanged.exchange(false) && gl().BlendEquationEXT != nullptr)
-        gl().BlendEquationEXT(view.blendMode);
-}
-
 /// What moves by itself between two frames.
 void GLThread::stepScene()
 {
     const int width = static_cast<int>(m_host.surface.size().width() / m_host.surface.pixelRatio());
     const std::scoped_lock lock(m_host.scene.mutex);
-    if (!m_host.view.dragging)
-        spin(m_host.view, width);
+    if (!m_host.scene.view.dragging)
+        spin(m_host.scene.view, width);
     if (m_host.scene.batchMode || m_host.scene.current() == nullptr)
         return;
     stepTimePoint();
@@ -278,7 +266,7 @@ void GLThread::stepScene()
 
 void GLThread::stepTimePoint()
 {
-    if (!animating || elapsed() - m_lastTimeStep < 1000 / std::max(1, timeRate.load()))
+    if (!m_host.scene.isPlaying() || elapsed() - m_lastTimeStep < timePointMilliseconds(m_host.scene.view))
         return;
     VoxelArray& array = *m_host.scene.current();
     array.setTimePoint(array.timePoint() + 1);
@@ -288,7 +276,7 @@ void GLThread::stepTimePoint()
 
 void GLThread::stepFlash()
 {
-    if (elapsed() - m_lastFlash < m_host.settings.flashRate)
+    if (elapsed() - m_lastFlash < m_host.scene.settings.flashRate)
         return;
     std::vector<ChannelDisplay> displays;
     std::vector<Channel>& channels = m_host.scene.current()->channels();
@@ -300,54 +288,29 @@ void GLThread::stepFlash()
     m_lastFlash = elapsed();
 }
 
+/// Only of a view that is not where the last one was, so that an idle program has nothing to do.
+void GLThread::tellOfRotation(const ViewState& view)
+{
+    const Vector3 rotation = {view.rotX, view.rotY, view.rotZ};
+    if (std::exchange(m_toldRotation, rotation) == rotation)
+        return;
+    m_host.events.rotationDrawn(view.rotX, view.rotY, view.rotZ);
+}
+
 void GLThread::record(const FrameState& frame)
 {
-    {
-        const std::scoped_lock lock(m_host.scene.mutex);
-        if (!m_host.scene.recording)
-            return;
-    }
-    KeyFrame keyFrame;
-    if (!getKeyFrame(frame, true, keyFrame))
+    if (!frame.recording || frame.array == nullptr)
         return;
+    KeyFrame keyFrame = keyFrameOf(frame);
     int count = 0;
     {
         const std::scoped_lock lock(m_host.scene.mutex);
+        for (const auto& palette : m_host.scene.palettes)
+            keyFrame.palettes.push_back(palette->values());
         m_host.scene.keyFrames.push_back(std::move(keyFrame));
         count = static_cast<int>(m_host.scene.keyFrames.size());
     }
     m_host.events.keyFrameRecorded(count);
-}
-
-bool GLThread::getKeyFrame(const FrameState& frame, bool force, KeyFrame& keyFrame) const
-{
-    if (frame.array == nullptr)
-        return false;
-    keyFrame = {};
-    keyFrame.xrot = frame.view.rotX;
-    keyFrame.yrot = frame.view.rotY;
-    keyFrame.zrot = frame.view.rotZ;
-    keyFrame.xtrans = frame.view.transX;
-    keyFrame.ytrans = frame.view.transY;
-    keyFrame.ztrans = frame.view.transZ;
-    keyFrame.xscale = frame.scale.x;
-    keyFrame.yscale = frame.scale.y;
-    keyFrame.zscale = frame.scale.z;
-    keyFrame.xmin = frame.cut.xMin;
-    keyFrame.ymin = frame.cut.yMin;
-    keyFrame.zmin = frame.cut.zMin;
-    keyFrame.xmax = frame.cut.xMax;
-    keyFrame.ymax = frame.cut.yMax;
-    keyFrame.zmax = frame.cut.zMax;
-    keyFrame.timepoint = frame.timePoint;
-    keyFrame.channels.assign(frame.channels.begin(), frame.channels.end());
-    const std::scoped_lock lock(m_host.scene.mutex);
-    keyFrame.array = m_host.scene.currentIndex;
-    if (force) {
-        for (const auto& palette : m_host.scene.palettes)
-            keyFrame.palettes.push_back(palette->values());
-    }
-    return true;
 }
 
 } // namespace tirn

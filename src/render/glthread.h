@@ -15,7 +15,6 @@
 #include "render/renderlistcache.h"
 #include "render/shaders.h"
 #include "render/textpainter.h"
-#include "scene/light.h"
 #include "scene/renderlock.h"
 #include "scene/scene.h"
 
@@ -25,9 +24,6 @@ namespace tirn {
 struct RenderHost
 {
     Scene& scene;
-    /// Changes with the scene's lock held.
-    ViewState& view;
-    const RenderSettings& settings;
     Shaders& shaders;
     RenderLock& renderLock;
     FrameSurface& surface;
@@ -74,22 +70,10 @@ public:
     /// Ends the loop and waits for it; a request that was not drawn yet is dropped.
     void stopAndWait();
 
-    std::atomic<bool> clearColorChanged = false;
-    std::atomic<bool> blendChanged = false;
-    std::atomic<bool> recompileShader = false;
-    std::atomic<bool> rebuildShader = false;
+    /// Builds all display lists anew before the next frame, whether or not they differ from what is shown.
     std::atomic<bool> forceRebuild = true;
-    std::atomic<bool> drawCutBoxFlag = false;
-    std::atomic<bool> drawOrientation = false;
-    std::atomic<bool> drawChannelTime = false;
-    std::atomic<bool> drawFileLabelFlag = false;
-    /// Advance the time point by itself, `timeRate` time points a second.
-    std::atomic<bool> animating = false;
-    std::atomic<int> timeRate = 1;
     /// Copy the next frame to the grabbed picture.
     std::atomic<bool> grabFrame = false;
-    /// Scales all overlay fonts.
-    std::atomic<double> fontScale = 1.0;
 
     /// Asks for a frame and waits for its picture, without alpha. Null when nothing could be drawn.
     QImage grabNextFrame();
@@ -115,13 +99,9 @@ public:
     /// A new display list of the slices of a walk, all shown channels, far slices first.
     virtual ListNames buildRenderList(const FrameState& frame, Orientation orientation,
                                       const SliceWalk& walk);
-    /// The view as a key frame; with `force` the palettes are in it, too. False when no stack is current.
-    bool getKeyFrame(const FrameState& frame, bool force, KeyFrame& keyFrame) const;
     RenderListCache& lists() { return m_lists; }
     /// Deletes all display lists; with a context of their share group current.
     void clearLists();
-    /// The light of surfaces; changes while no frame is drawn.
-    Light& light() { return m_light; }
 
 protected:
     enum class Outcome { Drawn, NothingToDraw };
@@ -138,11 +118,11 @@ protected:
     virtual void unbindChannelTables();
     virtual void bindSlice(GLenum target, GLuint texture);
     virtual void finishFrame();
-    virtual void drawNoStack(bool batchMode, QSize size);
+    virtual void drawNoStack(const FrameState& frame, QSize size);
     virtual void drawFullscreenStereo(const FrameState& frame, QSize size);
     virtual void drawFlatView(const FrameState& frame, Orientation orientation, GLuint list);
     /// The whole of a frame when there is nothing but a message to show; false where volumes can be drawn.
-    virtual bool drawMessageOnly(QSize size);
+    virtual bool drawMessageOnly(const FrameState& frame, QSize size);
 
     void drawVolume(const FrameState& frame, Orientation orientation, GLuint list);
     void drawBoundingBox(const FrameState& frame);
@@ -170,23 +150,25 @@ protected:
     TextPainter m_text;
     /// The target of the frame at hand.
     GLenum m_textureTarget = GL_TEXTURE_2D;
+    /// What the projections and the text of the frame at hand are shifted by.
+    PicturePart m_part;
 
 private:
     enum class Next { Draw, Leave };
 
     Outcome renderFrame();
     Outcome drawScene(QSize size);
-    /// Background and blend equation as far as they changed, a cleared buffer; false when no volume can be
-    /// drawn, whose message then stands there.
-    bool beginScene(QSize size);
+    /// Background, blend equation and a cleared buffer; false when no volume can be drawn, whose message then
+    /// stands there.
+    bool beginScene(const FrameState& frame, QSize size);
     void grab(QSize size);
     Next nextStep(Outcome outcome);
     Next sleepUntilChange(int milliseconds);
     int millisecondsToNextChange();
-    void applyPending();
     void stepScene();
     void stepTimePoint();
     void stepFlash();
+    void tellOfRotation(const ViewState& view);
     void record(const FrameState& frame);
     void setupProjection(const FrameState& frame, QSize size);
     void drawNormal(const FrameState& frame);
@@ -195,11 +177,10 @@ private:
     void drawOverlays(const FrameState& frame, QSize size);
     qint64 elapsed() const { return static_cast<qint64>(m_timer.seconds() * 1000); }
 
-    /// What the projections and the text of the frame at hand are shifted by.
-    PicturePart m_part;
     RenderListCache m_lists;
     MeshList m_meshList;
-    Light m_light;
+    /// The angles that were told of last.
+    Vector3 m_toldRotation;
     std::mutex m_stateMutex;
     std::condition_variable m_wake;
     bool m_active = false;

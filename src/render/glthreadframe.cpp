@@ -55,9 +55,6 @@ SquareViewport squareViewport(QSize size)
 
 void GLThread::initializeGL()
 {
-    clearColorChanged = true;
-    blendChanged = true;
-    applyPending();
     gl().Clear(GL_COLOR_BUFFER_BIT);
     gl().Disable(GL_LIGHTING);
     gl().Enable(GL_DEPTH_TEST);
@@ -78,15 +75,14 @@ void GLThread::finishFrame() { gl().Finish(); }
 
 bool GLThread::prepareProgram(const FrameState& /*frame*/) { return true; }
 
-bool GLThread::drawMessageOnly(QSize /*size*/) { return false; }
+bool GLThread::drawMessageOnly(const FrameState& /*frame*/, QSize /*size*/) { return false; }
 
 void GLThread::bindSlice(GLenum target, GLuint texture) { gl().BindTexture(target, texture); }
 
 void GLThread::bindChannelTables(const FrameState& frame, std::size_t channel)
 {
-    const auto palette = static_cast<std::size_t>(std::max(0, frame.channels[channel].palette));
-    if (palette < m_host.scene.palettes.size())
-        gl().CallList(m_host.scene.palettes[palette]->glHandle());
+    if (const GLuint palette = frame.paletteHandles[channel])
+        gl().CallList(palette);
 }
 
 void GLThread::unbindChannelTables() {}
@@ -265,7 +261,7 @@ void GLThread::drawNormal(const FrameState& frame)
         drawVolume(frame, orientationOf(frame.rotation), m_lists.currentRenderList());
         if (frame.view.showBoundingBox) {
             drawBoxFront(frame);
-            if (drawCutBoxFlag)
+            if (frame.view.drawCutBox)
                 drawCutBox(frame);
         }
     }
@@ -288,7 +284,7 @@ void GLThread::drawEye(const FrameState& frame, const Vector3& eye, const Vector
         if (frame.view.showBoundingBox)
             drawBoundingBox(frame);
         drawVolume(frame, orientationOf(frame.rotation), m_lists.currentRenderList());
-        if (frame.view.showBoundingBox && drawCutBoxFlag)
+        if (frame.view.showBoundingBox && frame.view.drawCutBox)
             drawCutBox(frame);
     }
     drawSegmentation(frame);
@@ -346,10 +342,9 @@ void GLThread::drawFourViews(const FrameState& frame)
 
 void GLThread::drawSegmentation(const FrameState& frame)
 {
-    const auto& segmentations = m_host.scene.segmentations;
-    if (segmentations.empty() || segmentations.front()->facets.empty())
+    if (frame.segmentation == nullptr || frame.segmentation->facets.empty())
         return;
-    const Segmentation& mesh = *segmentations.front();
+    const Segmentation& mesh = *frame.segmentation;
     const GLuint list = m_meshList.of(mesh);
     if (list == 0)
         return;
@@ -362,7 +357,7 @@ void GLThread::drawSegmentation(const FrameState& frame)
         gl().DepthMask(GL_TRUE);
         gl().Clear(GL_DEPTH_BUFFER_BIT);
         gl().ShadeModel(GL_SMOOTH);
-        m_light.apply();
+        frame.light->apply();
         applyView(frame);
         applyMaterial(mesh.material);
         gl().CallList(list);

@@ -72,18 +72,16 @@ void GLThread::drawTextAt(const TextLine& line, const FrameState& frame, double 
                 square.y - m_part.part.y() + place(y, bounds.bottom, bounds.top));
 }
 
-void GLThread::drawNoStack(bool batchMode, QSize size)
+void GLThread::drawNoStack(const FrameState& frame, QSize size)
 {
-    FrameState flat;
-    flat.view = takeFrameState(m_host.scene, m_host.view).view;
     disableTexturing();
-    setupOverlay(flat);
-    if (batchMode) {
-        drawTextAt({"Making batch mode movie.", 16, true, Qt::white}, flat, -0.4, 0, size);
-        drawTextAt({"Please be patient.", 16, true, Qt::white}, flat, -0.3, -0.1, size);
+    setupOverlay(frame);
+    if (frame.batchMode) {
+        drawTextAt({"Making batch mode movie.", 16, true, Qt::white}, frame, -0.4, 0, size);
+        drawTextAt({"Please be patient.", 16, true, Qt::white}, frame, -0.3, -0.1, size);
         return;
     }
-    drawTextAt({"No stack loaded", 16, true, Qt::white}, flat, -0.3, 0, size);
+    drawTextAt({"No stack loaded", 16, true, Qt::white}, frame, -0.3, 0, size);
 }
 
 void GLThread::drawOverlays(const FrameState& frame, QSize size)
@@ -94,13 +92,13 @@ void GLThread::drawOverlays(const FrameState& frame, QSize size)
     setupOverlay(frame);
     if (frame.view.showFrameRate)
         drawFrameRate(size);
-    if (drawOrientation)
+    if (frame.view.drawOrientation)
         drawOrientationLabel(frame, size);
-    if (drawChannelTime)
+    if (frame.view.drawChannelTime)
         drawTimeLabel(frame, size);
     if (frame.view.showScaleBar)
         drawScaleBar(frame, size);
-    if (drawFileLabelFlag)
+    if (frame.view.drawFileLabel)
         drawFileLabel(frame, size);
     if (gl().BlendEquationEXT != nullptr)
         gl().BlendEquationEXT(frame.view.blendMode);

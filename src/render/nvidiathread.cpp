@@ -7,8 +7,6 @@
 
 namespace tirn {
 
-NvidiaThread::NvidiaThread(const RenderHost& host) : GLThread(host) { rebuildShader = true; }
-
 void NvidiaThread::enableColourPath() { gl().Enable(GL_FRAGMENT_PROGRAM_ARB); }
 
 void NvidiaThread::disableTexturing()
@@ -25,23 +23,10 @@ void NvidiaThread::enableTexturing()
 
 bool NvidiaThread::prepareProgram(const FrameState& frame)
 {
-    const bool rebuild = rebuildShader.exchange(false);
-    const bool recompile = recompileShader.exchange(false);
-    if (!rebuild && !recompile) {
-        m_host.shaders.bind(m_shaderId);
-        return m_shaderId != 0 || (drawShaderError(frame), false);
-    }
-    const std::string text = m_host.shaders.programText();
-    m_host.shaders.unload(m_shaderId);
-    m_shaderId = 0;
-    const bool made = rebuild ? m_host.shaders.makeProgram(frame.array) : m_host.shaders.compile(text);
-    if (!made) {
-        drawShaderError(frame);
-        return false;
-    }
-    m_shaderId = m_host.shaders.currentProgram();
-    logDebug("shaderID %d", static_cast<int>(m_shaderId));
-    return true;
+    if (m_host.shaders.use(frame))
+        return true;
+    drawShaderError(frame);
+    return false;
 }
 
 ListNames NvidiaThread::buildRenderList(const FrameState& frame, Orientation orientation,
@@ -63,12 +48,11 @@ void NvidiaThread::bindSlice(GLenum target, GLuint texture)
 
 void NvidiaThread::bindChannelTables(const FrameState& frame, std::size_t channel)
 {
-    const auto palette = static_cast<std::size_t>(std::max(0, frame.channels[channel].palette));
-    if (palette < m_host.scene.palettes.size()) {
+    if (const GLuint palette = frame.paletteHandles[channel]) {
         gl().ActiveTextureARB(GL_TEXTURE1_ARB);
-        gl().BindTexture(GL_TEXTURE_1D, m_host.scene.palettes[palette]->glHandle());
+        gl().BindTexture(GL_TEXTURE_1D, palette);
     }
-    if (m_host.shaders.zCorrection) {
+    if (frame.view.zCorrection) {
         gl().ActiveTextureARB(GL_TEXTURE2_ARB);
         gl().BindTexture(GL_TEXTURE_1D, frame.array->channels()[channel].zCurve.textureName());
     }
@@ -80,27 +64,24 @@ void NvidiaThread::unbindChannelTables()
     gl().BindTexture(GL_TEXTURE_1D, 0);
 }
 
-void NvidiaThread::drawNoStack(bool batchMode, QSize size)
+void NvidiaThread::drawNoStack(const FrameState& frame, QSize size)
 {
-    if (batchMode) {
-        GLThread::drawNoStack(batchMode, size);
+    if (frame.batchMode) {
+        GLThread::drawNoStack(frame, size);
         return;
     }
-    FrameState flat;
-    flat.view = takeFrameState(m_host.scene, m_host.view).view;
     disableTexturing();
-    setupOverlay(flat);
+    setupOverlay(frame);
     const QColor color = m_host.kind == RenderThreadKind::FragmentProgram ? QColor::fromRgbF(1, 0.25, 0.25)
                                                                           : QColor::fromRgbF(0.25, 0.25, 1);
-    drawTextAt({"No stack loaded.", 16, true, color}, flat, -0.3, 0, size);
+    drawTextAt({"No stack loaded.", 16, true, color}, frame, -0.3, 0, size);
 }
 
 void NvidiaThread::drawShaderError(const FrameState& frame)
 {
-    const QSize size = m_host.surface.size();
     disableTexturing();
     setupOverlay(frame);
-    drawTextAt({"shader busted!", 16, true, Qt::red}, frame, -0.3, 0, size);
+    drawTextAt({"shader busted!", 16, true, Qt::red}, frame, -0.3, 0, m_part.whole);
     enableTexturing();
 }
 
@@ -128,13 +109,11 @@ void LostCauseThread::initializeGL()
     gl().Disable(GL_DEPTH_TEST);
 }
 
-bool LostCauseThread::drawMessageOnly(QSize size)
+bool LostCauseThread::drawMessageOnly(const FrameState& frame, QSize size)
 {
-    FrameState flat;
-    flat.view = takeFrameState(m_host.scene, m_host.view).view;
-    setupOverlay(flat);
-    drawTextAt({"Sorry, this video card", 24, false, Qt::white}, flat, -0.6, 0.1, size);
-    drawTextAt({"is not supported by Tirn", 24, false, Qt::white}, flat, -0.6, -0.1, size);
+    setupOverlay(frame);
+    drawTextAt({"Sorry, this video card", 24, false, Qt::white}, frame, -0.6, 0.1, size);
+    drawTextAt({"is not supported by Tirn", 24, false, Qt::white}, frame, -0.6, -0.1, size);
     return true;
 }
 

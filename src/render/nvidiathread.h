@@ -8,7 +8,7 @@ namespace tirn {
 class NvidiaThread : public GLThread
 {
 public:
-    explicit NvidiaThread(const RenderHost& host);
+    explicit NvidiaThread(const RenderHost& host) : GLThread(host) {}
     ~NvidiaThread() override { stopAndWait(); }
 
     ListNames buildRenderList(const FrameState& frame, Orientation orientation,
@@ -23,14 +23,12 @@ protected:
     void bindChannelTables(const FrameState& frame, std::size_t channel) override;
     void unbindChannelTables() override;
     void finishFrame() override {}
-    void drawNoStack(bool batchMode, QSize size) override;
+    void drawNoStack(const FrameState& frame, QSize size) override;
     void drawFullscreenStereo(const FrameState& frame, QSize size) override;
     void drawFlatView(const FrameState& frame, Orientation orientation, GLuint list) override;
 
 private:
     void drawShaderError(const FrameState& frame);
-
-    GLuint m_shaderId = 0;
 };
 
 /// Shows that the card cannot draw volumes.
@@ -44,7 +42,7 @@ public:
 
 protected:
     void enableColourPath() override {}
-    bool drawMessageOnly(QSize size) override;
+    bool drawMessageOnly(const FrameState& frame, QSize size) override;
 };
 
 } // namespace tirn

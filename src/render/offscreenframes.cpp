@@ -32,10 +32,11 @@ bool OffscreenFrames::draw(const KeyFrame& pose, FramePicture* picture)
 {
     if (!m_buffer.isActive())
         return false;
-    showKeyFrame(pose, m_stage.view, m_stage.scene.current());
-    m_stage.view.rotX = wrapDegrees(pose.xrot);
-    m_stage.view.rotY = wrapDegrees(pose.yrot);
-    m_stage.view.rotZ = wrapDegrees(pose.zrot);
+    showKeyFrame(pose, m_stage.scene);
+    ViewState& view = m_stage.scene.view;
+    view.rotX = wrapDegrees(pose.xrot);
+    view.rotY = wrapDegrees(pose.yrot);
+    view.rotZ = wrapDegrees(pose.zrot);
     showPalettes(pose, m_stage.scene);
     m_stage.thread().drawPicture({m_size, QRect(QPoint(0, 0), m_size), overlayScale(m_size), m_transparent});
     if (picture != nullptr) {

@@ -57,8 +57,7 @@ OffscreenStage::OffscreenStage(std::unique_ptr<OffscreenContext> context) : m_co
     m_curveTextures = std::make_unique<GlCurveTextures>(m_context.get());
     m_surface = std::make_unique<NoWindow>();
     m_events = std::make_unique<NoEvents>();
-    m_thread =
-        makeRenderThread({scene, view, settings, *m_shaders, m_renderLock, *m_surface, *m_events, kind});
+    m_thread = makeRenderThread({scene, *m_shaders, m_renderLock, *m_surface, *m_events, kind});
 }
 
 OffscreenStage::~OffscreenStage()
@@ -74,21 +73,14 @@ OffscreenStage::~OffscreenStage()
 
 VolumeOptions OffscreenStage::volumeOptions()
 {
-    return {chooseThreadKind(m_card), settings.texLimit2D, settings.texLimit3D, false, m_curveTextures.get()};
+    return {chooseThreadKind(m_card), scene.settings.texLimit2D, scene.settings.texLimit3D, false,
+            m_curveTextures.get()};
 }
 
 void OffscreenStage::show(std::unique_ptr<VoxelArray> array)
 {
     scene.arrays.push_back(std::move(array));
     scene.currentIndex = static_cast<int>(scene.arrays.size()) - 1;
-    m_thread->rebuildShader = true;
-    m_thread->forceRebuild = true;
-}
-
-QString OffscreenStage::rendererName() const
-{
-    const auto* name = reinterpret_cast<const char*>(gl().GetString(GL_RENDERER));
-    return QString::fromLatin1(name != nullptr ? name : "unknown");
 }
 
 } // namespace tirn

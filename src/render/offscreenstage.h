@@ -35,11 +35,9 @@ public:
     /// Makes a volume the current one.
     void show(std::unique_ptr<VoxelArray> array);
     /// The driver's name for the card.
-    QString rendererName() const;
+    const QString& rendererName() const { return m_card.renderer; }
 
     Scene scene;
-    ViewState view;
-    RenderSettings settings;
 
 private:
     explicit OffscreenStage(std::unique_ptr<OffscreenContext> context);

@@ -1,5 +1,7 @@
 #include "render/shaders.h"
 
+#include <utility>
+
 #include "base/log.h"
 #include "gl/gltable.h"
 
@@ -88,18 +90,42 @@ bool Shaders::hasEntries() const
            table.GetProgramivARB != nullptr;
 }
 
-int Shaders::channelSlots(const VoxelArray* array) const
+int channelSlots(const FrameState& frame)
 {
-    return (array != nullptr ? array->channelCount() : 0) + (zCorrection ? 1 : 0);
+    return static_cast<int>(frame.channels.size()) + (frame.view.zCorrection ? 1 : 0);
 }
 
-bool Shaders::makeProgram(const VoxelArray* array)
+ProgramInput programInput(const FrameState& frame)
 {
-    if (array == nullptr)
+    if (frame.array == nullptr)
+        return {};
+    return {frame.array->bitsPerSample(), frame.array->significantBits(), frame.array->textureTarget(),
+            channelSlots(frame),          frame.view.zCorrection,         frame.view.autoBitDepth};
+}
+
+bool Shaders::use(const FrameState& frame)
+{
+    const ProgramInput input = programInput(frame);
+    const bool isTyped = !frame.view.programText.empty();
+    if (!isTyped && m_input == input && m_isGenerated)
+        return m_program.id() != 0 && bind(m_program.id());
+    const std::string text = isTyped ? frame.view.programText : fragmentProgramText(input);
+    m_input = input;
+    m_isGenerated = !isTyped;
+    if (std::exchange(m_wantedText, text) == text)
+        return m_program.id() != 0 && bind(m_program.id());
+    unload(m_program.id());
+    if (text.empty() || !compile(text))
         return false;
-    const std::string text =
-        fragmentProgramText({array->bitsPerSample(), array->significantBits(), array->textureTarget(),
-                             channelSlots(array), zCorrection, autoBitDepth});
+    logDebug("shaderID %d", static_cast<int>(m_program.id()));
+    return true;
+}
+
+bool Shaders::makeProgram(const FrameState& frame)
+{
+    if (frame.array == nullptr)
+        return false;
+    const std::string text = fragmentProgramText(programInput(frame));
     return !text.empty() && compile(text);
 }
 

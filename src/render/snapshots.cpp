@@ -76,7 +76,7 @@ public:
     void set(double degrees)
     {
         const std::scoped_lock lock(m_source.scene.mutex);
-        m_source.view.yRotation = degrees;
+        m_source.scene.view.yRotation = degrees;
     }
 
 private:
@@ -90,9 +90,9 @@ public:
     explicit ViewRotation(const SnapshotSource& source) : m_source(source)
     {
         const std::scoped_lock lock(source.scene.mutex);
-        m_x = static_cast<int>(source.view.rotX);
-        m_y = static_cast<int>(source.view.rotY);
-        m_z = static_cast<int>(source.view.rotZ);
+        m_x = static_cast<int>(source.scene.view.rotX);
+        m_y = static_cast<int>(source.scene.view.rotY);
+        m_z = static_cast<int>(source.scene.view.rotZ);
     }
     ~ViewRotation() { m_source.rotate(m_x, m_y, m_z); }
     ViewRotation(const ViewRotation&) = delete;

@@ -18,7 +18,6 @@ namespace tirn {
 struct SnapshotSource
 {
     Scene& scene;
-    ViewState& view;
     QSize frame;
     std::function<QImage()> capture;
     /// Turns the view to angles in degrees, whatever it was before.

@@ -1,4 +1,4 @@
-// The view state and what changes it from outside; input stands in tirnwidgetinput.cpp.
+// The window and what changes the view from outside; input stands in tirnwidgetinput.cpp.
 
 #include "render/tirnwidget.h"
 
@@ -12,11 +12,12 @@
 #include "gl/gltable.h"
 #include "render/renderthreads.h"
 #include "scene/keyframeview.h"
+#include "scene/sceneedits.h"
 
 namespace tirn {
 
 TirnWidget::TirnWidget(const QString& name, const WidgetServices& services, bool stereo, QWidget* parent)
-    : QWidget(parent), m_scene(services.scene), m_hidden(services.hidden),
+    : QWidget(parent), m_model(services.model), m_hidden(services.hidden),
       m_surface(*this, services.hidden.context(), stereo), m_threadKind(chooseThreadKind(services.card))
 {
     setObjectName(name);
@@ -33,8 +34,9 @@ TirnWidget::TirnWidget(const QString& name, const WidgetServices& services, bool
         logDebug("glTexImage3DEXT screwed");
     if (gl().BlendEquationEXT == nullptr)
         logDebug("glBlendEquationEXT screwed");
-    m_renderThread = makeRenderThread({services.scene, m_view, services.settings, services.shaders,
-                                       services.renderLock, m_surface, services.events, m_threadKind});
+    m_renderThread = makeRenderThread({services.model.sharedScene(), services.shaders, services.renderLock,
+                                       m_surface, services.events, m_threadKind});
+    connect(&services.model, &SceneModel::frameNeeded, this, &TirnWidget::requestFrame);
 }
 
 TirnWidget::~TirnWidget()
@@ -42,41 +44,6 @@ TirnWidget::~TirnWidget()
     m_renderThread->stopAndWait();
     const CurrentScope current(m_hidden);
     m_renderThread->clearLists();
-}
-
-ViewState TirnWidget::view() const
-{
-    const std::scoped_lock lock(m_scene.mutex);
-    return m_view;
-}
-
-void TirnWidget::changeView(const std::function<void(ViewState&)>& change)
-{
-    {
-        const std::scoped_lock lock(m_scene.mutex);
-        change(m_view);
-    }
-    requestFrame();
-}
-
-void TirnWidget::setContextMenuActions(const ContextMenuActions& actions)
-{
-    m_contextMenu.clear();
-    const auto add = [this](std::initializer_list<QAction*> group, bool separated = true) {
-        for (QAction* action : group) {
-            if (action != nullptr)
-                m_contextMenu.addAction(action);
-        }
-        if (separated)
-            m_contextMenu.addSeparator();
-    };
-    QAction* volumes = actions.volumes != nullptr ? actions.volumes->menuAction() : nullptr;
-    add({actions.openStack, actions.manageStacks, actions.palettes, volumes, actions.closeAll});
-    add({actions.view, actions.cutPlanes, actions.renderOptions});
-    add({actions.takeSnapshot, actions.makeMovie});
-    add({actions.help, actions.capabilities, actions.about});
-    add({actions.exit}, false);
-    m_closeAllItem = actions.closeAll;
 }
 
 void TirnWidget::requestFrame()
@@ -90,52 +57,32 @@ void TirnWidget::stopRendering() { m_renderThread->stop(); }
 
 void TirnWidget::stopAndWait()
 {
-    {
-        const std::scoped_lock lock(m_scene.mutex);
-        m_view.spinX = m_view.spinY = m_view.spinZ = 0;
-    }
+    m_model.edit({}, [](Scene& scene) { scene.view.spinX = scene.view.spinY = scene.view.spinZ = 0; });
     m_renderThread->stopAndWait();
-}
-
-void TirnWidget::currentArrayChanged()
-{
-    requestShaderRebuild();
-    m_renderThread->forceRebuild = true;
-    requestFrame();
 }
 
 bool TirnWidget::requestShaderRebuild()
 {
-    m_renderThread->rebuildShader = true;
+    m_model.edit(Change::Look, [](Scene& scene) { scene.view.programText.clear(); });
     return false;
 }
 
 void TirnWidget::setBlendMode(GLenum mode)
 {
-    m_renderThread->blendChanged = true;
-    changeView([mode](ViewState& view) { view.blendMode = mode; });
+    m_model.edit(Change::Look, [mode](Scene& scene) { scene.view.blendMode = mode; });
     Q_EMIT modeChanged(static_cast<GLint>(mode));
 }
 
 void TirnWidget::setProjection(const OrthoBounds& bounds)
 {
-    changeView([&bounds](ViewState& view) { view.ortho = bounds; });
+    m_model.edit(Change::Look, [&bounds](Scene& scene) { scene.view.ortho = bounds; });
 }
 
 void TirnWidget::resetView()
 {
-    bool hasArray = false;
-    changeView([&](ViewState& view) {
-        view.rotX = view.rotY = view.rotZ = 0;
-        view.transX = view.transY = view.transZ = 0;
-        if (VoxelArray* array = m_scene.current()) {
-            array->scale = {};
-            hasArray = true;
-        }
-    });
-    if (hasArray)
-        Q_EMIT scaleChanged(1, 1, 1);
-    Q_EMIT rotationChanged(0, 0, 0);
+    m_model.edit(Change::Pose | Change::Scale, [](Scene& scene) { tirn::resetView(scene); });
+    emitScale();
+    emitRotation();
     Q_EMIT translationChanged(0, 0, 0);
 }
 
@@ -143,51 +90,29 @@ void TirnWidget::syncView()
 {
     Q_EMIT windowDimensionsChanged(width(), height());
     emitScale();
-    const ViewState now = view();
-    Q_EMIT rotationChanged(now.rotX, now.rotY, now.rotZ);
+    emitRotation();
 }
 
 void TirnWidget::emitScale()
 {
-    AxisScale scale;
-    {
-        const std::scoped_lock lock(m_scene.mutex);
-        const VoxelArray* array = m_scene.current();
-        if (array == nullptr)
-            return;
-        scale = array->scale;
-    }
-    Q_EMIT scaleChanged(scale.x, scale.y, scale.z);
+    if (const VoxelArray* array = scene().current())
+        Q_EMIT scaleChanged(array->scale.x, array->scale.y, array->scale.z);
+}
+
+void TirnWidget::emitRotation()
+{
+    const ViewState view = m_model.view();
+    Q_EMIT rotationChanged(view.rotX, view.rotY, view.rotZ);
 }
 
 void TirnWidget::rotate(double delta, int axis)
 {
-    if (axis < 0 || axis > 2) {
+    bool known = false;
+    m_model.edit(Change::Pose, [&](Scene& scene) { known = rotateView(scene.view, delta, axis); });
+    if (!known)
         logWarning("non-existant axis");
-        return;
-    }
-    ViewState now;
-    {
-        const std::scoped_lock lock(m_scene.mutex);
-        double* const angles[] = {&m_view.rotX, &m_view.rotY, &m_view.rotZ};
-        *angles[axis] = wrapDegrees(*angles[axis] + delta);
-        now = m_view;
-    }
-    Q_EMIT rotationChanged(now.rotX, now.rotY, now.rotZ);
-}
-
-bool TirnWidget::setAxisScale(int axis, double value)
-{
-    const std::scoped_lock lock(m_scene.mutex);
-    VoxelArray* array = m_scene.current();
-    if (array == nullptr)
-        return false;
-    array->scale[axis] = value;
-    if (!array->preserveScaleRatio)
-        return false;
-    for (int k = 0; k < 3; ++k)
-        array->scale[k] = value * array->baseScale[k] / array->baseScale[axis];
-    return true;
+    else
+        emitRotation();
 }
 
 void TirnWidget::scale(double delta, int axis)
@@ -196,39 +121,34 @@ void TirnWidget::scale(double delta, int axis)
         logWarning("Error: non-existant axis");
         return;
     }
-    double value = 0;
-    {
-        const std::scoped_lock lock(m_scene.mutex);
-        const VoxelArray* array = m_scene.current();
-        if (array == nullptr)
-            return;
-        value = array->scale[axis] + delta;
-    }
-    setAxisScale(axis, value);
+    if (scene().current() == nullptr)
+        return;
+    m_model.edit(Change::Scale, [&](Scene& scene) {
+        VoxelArray& array = *scene.current();
+        setAxisScale(array, axis, array.scale[axis] + delta);
+    });
     emitScale();
 }
 
 void TirnWidget::translate(double delta, int axis)
 {
-    if (axis < 0 || axis > 2) {
+    bool known = false;
+    m_model.edit(Change::Pose, [&](Scene& scene) { known = translateView(scene.view, delta, axis); });
+    if (!known) {
         logWarning("Error: non-existant axis");
         return;
     }
-    ViewState now;
-    {
-        const std::scoped_lock lock(m_scene.mutex);
-        double* const offsets[] = {&m_view.transX, &m_view.transY, &m_view.transZ};
-        *offsets[axis] += delta;
-        now = m_view;
-    }
-    Q_EMIT translationChanged(now.transX, now.transY, now.transZ);
+    const ViewState view = m_model.view();
+    Q_EMIT translationChanged(view.transX, view.transY, view.transZ);
 }
 
 void TirnWidget::scaleAxis(int axis, double value)
 {
-    if (setAxisScale(axis, value))
+    if (scene().current() == nullptr)
+        return;
+    m_model.edit(Change::Scale, [&](Scene& scene) { setAxisScale(*scene.current(), axis, value); });
+    if (scene().current()->preserveScaleRatio)
         emitScale();
-    requestFrame();
 }
 
 void TirnWidget::changeXScale(double x) { scaleAxis(0, x); }
@@ -237,46 +157,48 @@ void TirnWidget::changeZScale(double z) { scaleAxis(2, z); }
 
 void TirnWidget::changeVoxelScale(double x, double y, double z)
 {
-    changeView([&](ViewState&) {
-        if (VoxelArray* array = m_scene.current())
-            array->scale = {x, y, z};
+    m_model.edit(Change::Scale, [&](Scene& scene) {
+        if (VoxelArray* array = scene.current())
+            setScale(*array, {x, y, z});
     });
 }
 
 void TirnWidget::changeVoxelTranslation(double x, double y, double z)
 {
-    changeView([&](ViewState& view) {
-        view.transX = x;
-        view.transY = y;
-        view.transZ = z;
+    m_model.edit(Change::Pose, [&](Scene& scene) {
+        scene.view.transX = x;
+        scene.view.transY = y;
+        scene.view.transZ = z;
     });
 }
 
 void TirnWidget::changeVoxelRotation(double x, double y, double z)
 {
-    changeView([&](ViewState& view) {
-        view.rotX = wrapDegrees(x);
-        view.rotY = wrapDegrees(y);
-        view.rotZ = wrapDegrees(z);
+    m_model.edit(Change::Pose, [&](Scene& scene) {
+        scene.view.rotX = wrapDegrees(x);
+        scene.view.rotY = wrapDegrees(y);
+        scene.view.rotZ = wrapDegrees(z);
     });
 }
 
 void TirnWidget::showBoundingBox(bool on)
 {
-    changeView([on](ViewState& view) { view.showBoundingBox = on; });
+    m_model.edit(Change::Look, [on](Scene& scene) { scene.view.showBoundingBox = on; });
 }
 
 void TirnWidget::showScaleBar(bool on)
 {
-    changeView([on](ViewState& view) { view.showScaleBar = on; });
+    m_model.edit(Change::Look, [on](Scene& scene) { scene.view.showScaleBar = on; });
 }
 
 void TirnWidget::loadFrame(const KeyFrame& frame)
 {
-    changeView([&](ViewState& view) { showKeyFrame(frame, view, m_scene.current()); });
-    showPalettes(frame, m_scene);
-    m_renderThread->forceRebuild = true;
-    requestFrame();
+    const Changes shown =
+        Change::Pose | Change::Scale | Change::Cut | Change::TimePoint | Change::Channels | Change::Colours;
+    m_model.edit(shown, [&](Scene& scene) {
+        showKeyFrame(frame, scene);
+        showPalettes(frame, scene);
+    });
 }
 
 QSize sizeWithRatio(QSize wanted, QSize old, double ratioWidth, double ratioHeight)

@@ -9,6 +9,7 @@
 #include "gl/glinfo.h"
 #include "render/glthread.h"
 #include "render/windowsurface.h"
+#include "scene/scenemodel.h"
 
 namespace tirn {
 
@@ -16,8 +17,7 @@ namespace tirn {
 struct WidgetServices
 {
     const GlCapabilities& card;
-    Scene& scene;
-    const RenderSettings& settings;
+    SceneModel& model;
     Shaders& shaders;
     RenderLock& renderLock;
     RenderEvents& events;
@@ -25,27 +25,8 @@ struct WidgetServices
     HiddenContext& hidden;
 };
 
-/// The entries of the context menu, in order; a null entry is left out.
-struct ContextMenuActions
-{
-    QAction* openStack = nullptr;
-    QAction* manageStacks = nullptr;
-    QAction* palettes = nullptr;
-    QMenu* volumes = nullptr;
-    QAction* closeAll = nullptr;
-    QAction* view = nullptr;
-    QAction* cutPlanes = nullptr;
-    QAction* renderOptions = nullptr;
-    QAction* takeSnapshot = nullptr;
-    QAction* makeMovie = nullptr;
-    QAction* help = nullptr;
-    QAction* capabilities = nullptr;
-    QAction* about = nullptr;
-    QAction* exit = nullptr;
-};
-
-/// The GL window. It never paints by itself: whatever changes the picture changes the view state and asks its
-/// render thread for a frame.
+/// The GL window. It never paints by itself: whatever changes the picture changes the model, which asks for a
+/// frame, and the render thread draws it.
 class TirnWidget : public QWidget
 {
     Q_OBJECT
@@ -58,20 +39,14 @@ public:
     RenderThreadKind threadKind() const { return m_threadKind; }
     GLThread& renderThread() { return *m_renderThread; }
     WindowSurface& surface() { return m_surface; }
-    /// A copy of the view; `changeView` changes it under the scene's lock and asks for a frame.
-    ViewState view() const;
-    void changeView(const std::function<void(ViewState&)>& change);
-    /// The view itself, which changes with the scene's lock held.
-    ViewState& viewState() { return m_view; }
-    void setContextMenuActions(const ContextMenuActions& actions);
+    /// Comes up where the right button is pressed.
     QMenu& contextMenu() { return m_contextMenu; }
 
     void requestFrame();
     void stopRendering();
     /// Stops the spin and the render thread, and waits for it.
     void stopAndWait();
-    /// Another volume, or none, became the current one: program and lists are made anew.
-    void currentArrayChanged();
+    /// Takes the program that the volume asks for in place of a typed one. Returns false.
     bool requestShaderRebuild();
     void setBlendMode(GLenum mode);
     void setProjection(const OrthoBounds& bounds);
@@ -127,24 +102,22 @@ protected:
 
 private:
     bool acceptsInput() const;
-    bool isBatchMode() const;
+    const Scene& scene() const { return m_model.scene(); }
     bool handleKey(int key, bool shift);
     void handleCharacter(QChar character);
     void stepArray(int direction);
     void stepTimePoint(int direction);
     void scaleAxis(int axis, double value);
-    bool setAxisScale(int axis, double value);
     void emitScale();
+    void emitRotation();
     void keepRatio(QSize size, QSize old);
 
-    Scene& m_scene;
+    SceneModel& m_model;
     HiddenContext& m_hidden;
-    ViewState m_view;
     WindowSurface m_surface;
     RenderThreadKind m_threadKind;
     std::unique_ptr<GLThread> m_renderThread;
     QMenu m_contextMenu;
-    QAction* m_closeAllItem = nullptr;
     QPoint m_lastMouse;
     bool m_preserveWindowRatio = false;
     float m_windowRatioWidth = 0;

@@ -9,6 +9,7 @@
 
 #include "base/log.h"
 #include "render/tirnwidget.h"
+#include "scene/sceneedits.h"
 
 namespace tirn {
 
@@ -101,52 +102,36 @@ constexpr ArrowRow kArrows[] = {
 
 } // namespace
 
-bool TirnWidget::isBatchMode() const
-{
-    const std::scoped_lock lock(m_scene.mutex);
-    return m_scene.batchMode;
-}
-
-bool TirnWidget::acceptsInput() const
-{
-    const std::scoped_lock lock(m_scene.mutex);
-    return !m_scene.batchMode && m_scene.current() != nullptr;
-}
+bool TirnWidget::acceptsInput() const { return !scene().batchMode && scene().current() != nullptr; }
 
 void TirnWidget::mousePressEvent(QMouseEvent* event)
 {
     raise();
-    const bool batchMode = isBatchMode();
-    {
-        const std::scoped_lock lock(m_scene.mutex);
-        m_view.spinX = m_view.spinY = m_view.spinZ = 0;
-    }
-    if (event->button() == Qt::RightButton) {
-        if (m_closeAllItem != nullptr)
-            m_closeAllItem->setEnabled(!batchMode);
+    const bool drags =
+        !scene().batchMode && (event->button() == Qt::LeftButton || event->button() == Qt::MiddleButton);
+    m_model.edit({}, [drags](Scene& scene) {
+        scene.view.spinX = scene.view.spinY = scene.view.spinZ = 0;
+        scene.view.dragging = scene.view.dragging || drags;
+    });
+    if (drags)
+        m_lastMouse = event->pos();
+    if (event->button() == Qt::RightButton)
         m_contextMenu.popup(mapToGlobal(event->pos()));
-        return;
-    }
-    if (batchMode || (event->button() != Qt::LeftButton && event->button() != Qt::MiddleButton))
-        return;
-    m_lastMouse = event->pos();
-    const std::scoped_lock lock(m_scene.mutex);
-    m_view.dragging = true;
 }
 
 void TirnWidget::mouseReleaseEvent(QMouseEvent* event)
 {
-    if (isBatchMode())
+    if (scene().batchMode)
         return;
     m_lastMouse = event->pos();
     bool thrown = false;
-    {
-        const std::scoped_lock lock(m_scene.mutex);
-        m_view.dragging = false;
-        thrown = std::hypot(m_view.spinX, m_view.spinY, m_view.spinZ) > kThrowThreshold;
+    m_model.edit({}, [&thrown](Scene& scene) {
+        ViewState& view = scene.view;
+        view.dragging = false;
+        thrown = std::hypot(view.spinX, view.spinY, view.spinZ) > kThrowThreshold;
         if (!thrown)
-            m_view.spinX = m_view.spinY = m_view.spinZ = 0;
-    }
+            view.spinX = view.spinY = view.spinZ = 0;
+    });
     if (thrown)
         requestFrame();
 }
@@ -171,20 +156,19 @@ void TirnWidget::mouseMoveEvent(QMouseEvent* event)
     } else if (left) {
         rotate(dy * 180, 0);
         rotate(dx * 180, 1);
-        const std::scoped_lock lock(m_scene.mutex);
-        m_view.spinX = -moved.x();
-        m_view.spinY = -moved.y();
+        m_model.edit({}, [moved](Scene& scene) {
+            scene.view.spinX = -moved.x();
+            scene.view.spinY = -moved.y();
+        });
     } else if (shift) {
         translate(dx + dy, 2);
     } else if (control) {
         scale(dx + dy, 2);
     } else {
         rotate((dx + dy) * 180, 2);
-        const std::scoped_lock lock(m_scene.mutex);
-        m_view.spinZ = -moved.x() - moved.y();
+        m_model.edit({}, [moved](Scene& scene) { scene.view.spinZ = -moved.x() - moved.y(); });
     }
     m_lastMouse = event->pos();
-    requestFrame();
 }
 
 void TirnWidget::wheelEvent(QWheelEvent* event)
@@ -192,9 +176,9 @@ void TirnWidget::wheelEvent(QWheelEvent* event)
     if (!acceptsInput())
         return;
     const double factor = std::pow(kWheelFactor, event->angleDelta().y() / 120.0);
-    changeView([&](ViewState&) {
-        VoxelArray* array = m_scene.current();
-        array->scale = {array->scale.x * factor, array->scale.y * factor, array->scale.z * factor};
+    m_model.edit(Change::Scale, [factor](Scene& scene) {
+        VoxelArray& array = *scene.current();
+        setScale(array, {array.scale.x * factor, array.scale.y * factor, array.scale.z * factor});
     });
     emitScale();
     event->accept();
@@ -221,7 +205,6 @@ bool TirnWidget::handleKey(int key, bool shift)
     for (const ArrowRow& row : kArrows) {
         if (row.key == key) {
             rotate(row.delta, shift ? 2 : row.axis);
-            requestFrame();
             return true;
         }
     }
@@ -253,28 +236,26 @@ bool TirnWidget::handleKey(int key, bool shift)
 
 void TirnWidget::stepArray(int direction)
 {
-    const int count = static_cast<int>(m_scene.arrays.size());
+    const int count = static_cast<int>(scene().arrays.size());
     if (count > 1)
-        Q_EMIT arrayRequested((m_scene.currentIndex + direction + count) % count);
+        Q_EMIT arrayRequested((scene().currentIndex + direction + count) % count);
 }
 
 void TirnWidget::stepTimePoint(int direction)
 {
-    bool changed = false;
-    {
-        const std::scoped_lock lock(m_scene.mutex);
-        VoxelArray* array = m_scene.current();
-        if (array == nullptr)
-            return;
-        const int before = array->timePoint();
-        array->setTimePoint(before + direction);
-        changed = array->timePoint() != before;
-        logDebug("moving array %d to time_point %d", m_scene.currentIndex, array->timePoint());
-    }
-    if (!changed)
+    if (scene().current() == nullptr)
         return;
-    Q_EMIT timePointChanged();
-    requestFrame();
+    int before = 0;
+    int after = 0;
+    m_model.edit(Change::TimePoint, [&](Scene& scene) {
+        VoxelArray& array = *scene.current();
+        before = array.timePoint();
+        array.setTimePoint(before + direction);
+        after = array.timePoint();
+    });
+    logDebug("moving array %d to time_point %d", scene().currentIndex, after);
+    if (after != before)
+        Q_EMIT timePointChanged();
 }
 
 void TirnWidget::handleCharacter(QChar character)
@@ -288,9 +269,8 @@ void TirnWidget::handleCharacter(QChar character)
     if (row->action == CharacterAction::AdvancedMovie)
         Q_EMIT advancedMovieRequested();
     logDebug("%s", row->log);
-    const auto scaleStep = [this](double delta, int axis) {
-        scale(delta, axis);
-        requestFrame();
+    const auto look = [this](bool ViewState::*member, bool on) {
+        m_model.edit(Change::Look, [=](Scene& scene) { scene.view.*member = on; });
     };
     switch (row->action) {
     case CharacterAction::None:
@@ -298,9 +278,7 @@ void TirnWidget::handleCharacter(QChar character)
         break;
     case CharacterAction::ShowFrameRate:
     case CharacterAction::HideFrameRate:
-        changeView([show = row->action == CharacterAction::ShowFrameRate](ViewState& view) {
-            view.showFrameRate = show;
-        });
+        look(&ViewState::showFrameRate, row->action == CharacterAction::ShowFrameRate);
         break;
     case CharacterAction::MaximumIntensity:
         setBlendMode(GL_MAX);
@@ -310,30 +288,29 @@ void TirnWidget::handleCharacter(QChar character)
         break;
     case CharacterAction::ShowOrientation:
     case CharacterAction::HideOrientation:
-        m_renderThread->drawOrientation = row->action == CharacterAction::ShowOrientation;
-        requestFrame();
+        look(&ViewState::drawOrientation, row->action == CharacterAction::ShowOrientation);
         break;
     case CharacterAction::Rebuild:
         m_renderThread->forceRebuild = true;
         requestFrame();
         break;
     case CharacterAction::GrowX:
-        scaleStep(kKeyScaleStep, 0);
+        scale(kKeyScaleStep, 0);
         break;
     case CharacterAction::ShrinkX:
-        scaleStep(-kKeyScaleStep, 0);
+        scale(-kKeyScaleStep, 0);
         break;
     case CharacterAction::GrowY:
-        scaleStep(kKeyScaleStep, 1);
+        scale(kKeyScaleStep, 1);
         break;
     case CharacterAction::ShrinkY:
-        scaleStep(-kKeyScaleStep, 1);
+        scale(-kKeyScaleStep, 1);
         break;
     case CharacterAction::GrowZ:
-        scaleStep(kKeyScaleStep, 2);
+        scale(kKeyScaleStep, 2);
         break;
     case CharacterAction::ShrinkZ:
-        scaleStep(-kKeyScaleStep, 2);
+        scale(-kKeyScaleStep, 2);
         break;
     }
 }

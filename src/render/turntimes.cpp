@@ -34,16 +34,16 @@ TurnTimes timeTurn(OffscreenStage& stage, QSize size, int frames, const Progress
     }
     buffer.Activate();
     stage.thread().setupBuffer();
-    const double before = stage.view.rotY;
+    const double before = stage.scene.view.rotY;
     for (int i = 0; i < frames && !progress.cancelled(); ++i) {
-        stage.view.rotY = wrapDegrees(before + 360.0 * i / frames);
+        stage.scene.view.rotY = wrapDegrees(before + 360.0 * i / frames);
         const Stopwatch watch;
         stage.thread().drawPicture({size, QRect(QPoint(0, 0), size)});
         gl().Finish();
         times.frameMilliseconds.push_back(watch.seconds() * 1000);
         progress("Turning", i + 1, frames);
     }
-    stage.view.rotY = before;
+    stage.scene.view.rotY = before;
     buffer.Deactivate();
     return times;
 }

@@ -35,6 +35,8 @@ struct Camera
     /// Distance between the eyes, and of the focal point along `vdir`.
     double eyesep = 0.07;
     double focalLength = 2;
+
+    bool operator==(const Camera&) const = default;
 };
 std::ostream& operator<<(std::ostream& stream, const Camera& camera);
 

@@ -10,25 +10,19 @@ namespace tirn {
 
 namespace {
 
-ShownStack shownStack(const VoxelArray& array)
+ShownFrame shownFrame(const ViewState& view)
 {
-    ShownStack stack;
-    stack.scale = {array.scale.x, array.scale.y, array.scale.z};
-    stack.cutMin = {array.cut.xMin, array.cut.yMin, array.cut.zMin};
-    stack.cutMax = {array.cut.xMax, array.cut.yMax, array.cut.zMax};
-    stack.timePoint = array.timePoint();
-    for (const Channel& channel : array.channels())
-        stack.channels.push_back(channel.display);
-    return stack;
+    return {{view.rotX, view.rotY, view.rotZ}, {view.transX, view.transY, view.transZ}, std::nullopt};
 }
 
-ShownFrame shownFrame(const ViewState& view, const VoxelArray* array)
+ShownStack shownStack(const AxisScale& scale, const CutBox& cut, int timePoint,
+                      std::vector<ChannelDisplay> channels)
 {
-    ShownFrame shown = {
-        {view.rotX, view.rotY, view.rotZ}, {view.transX, view.transY, view.transZ}, std::nullopt};
-    if (array != nullptr)
-        shown.stack = shownStack(*array);
-    return shown;
+    return {{scale.x, scale.y, scale.z},
+            {cut.xMin, cut.yMin, cut.zMin},
+            {cut.xMax, cut.yMax, cut.zMax},
+            timePoint,
+            std::move(channels)};
 }
 
 void putOnScreen(const ShownFrame& shown, ViewState& view, VoxelArray* array)
@@ -48,11 +42,18 @@ void putOnScreen(const ShownFrame& shown, ViewState& view, VoxelArray* array)
 
 } // namespace
 
-void showKeyFrame(const KeyFrame& frame, ViewState& view, VoxelArray* array)
+void showKeyFrame(const KeyFrame& frame, Scene& scene)
 {
-    ShownFrame shown = shownFrame(view, array);
+    VoxelArray* array = scene.current();
+    ShownFrame shown = shownFrame(scene.view);
+    if (array != nullptr) {
+        std::vector<ChannelDisplay> channels;
+        for (const Channel& channel : array->channels())
+            channels.push_back(channel.display);
+        shown.stack = shownStack(array->scale, array->cut, array->timePoint(), std::move(channels));
+    }
     loadKeyFrame(frame, shown);
-    putOnScreen(shown, view, array);
+    putOnScreen(shown, scene.view, array);
 }
 
 void showPalettes(const KeyFrame& frame, Scene& scene)
@@ -67,10 +68,20 @@ void showPalettes(const KeyFrame& frame, Scene& scene)
     }
 }
 
-KeyFrame shownKeyFrame(const ViewState& view, const Scene& scene, bool palettes)
+KeyFrame keyFrameOf(const FrameState& frame)
 {
-    KeyFrame frame = keyFrameOf(shownFrame(view, scene.current()));
-    frame.array = scene.currentIndex;
+    ShownFrame shown = shownFrame(frame.view);
+    if (frame.array != nullptr)
+        shown.stack = shownStack(frame.scale, frame.cut, frame.timePoint, frame.channels);
+    KeyFrame keyFrame = keyFrameOf(shown);
+    keyFrame.array = frame.arrayIndex;
+    return keyFrame;
+}
+
+KeyFrame shownKeyFrame(const Scene& scene, bool palettes)
+{
+    KeyFrame frame = keyFrameOf(takeFrameState(scene));
+    const std::scoped_lock lock(scene.mutex);
     for (std::size_t p = 0; palettes && p < scene.palettes.size(); ++p)
         frame.palettes.push_back(scene.palettes[p]->values());
     return frame;

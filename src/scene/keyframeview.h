@@ -5,14 +5,17 @@
 
 namespace tirn {
 
-/// Shows the view, scale, cut box, time point and channels of a key frame. `array` may be null. With the
-/// scene's lock held where others read the scene.
-void showKeyFrame(const KeyFrame& frame, ViewState& view, VoxelArray* array);
+/// Shows the view, scale, cut box, time point and channels of a key frame. With the scene's lock held where
+/// others read the scene.
+void showKeyFrame(const KeyFrame& frame, Scene& scene);
 
 /// Gives the palettes the values that the frame holds of them, as far as both are there.
 void showPalettes(const KeyFrame& frame, Scene& scene);
 
-/// The key frame of what is shown, with the palettes when `palettes` says so.
-KeyFrame shownKeyFrame(const ViewState& view, const Scene& scene, bool palettes);
+/// The key frame of a frame, without palettes.
+KeyFrame keyFrameOf(const FrameState& frame);
+
+/// The key frame of what is shown, with the palettes when `palettes` says so. Takes the scene's lock.
+KeyFrame shownKeyFrame(const Scene& scene, bool palettes);
 
 } // namespace tirn

@@ -1,24 +1,50 @@
 #include "scene/scene.h"
 
+#include <algorithm>
+
 namespace tirn {
 
-FrameState takeFrameState(const Scene& scene, const ViewState& view)
+namespace {
+
+unsigned paletteHandle(const Scene& scene, int palette)
+{
+    const auto index = static_cast<std::size_t>(std::max(0, palette));
+    return index < scene.palettes.size() ? scene.palettes[index]->glHandle() : 0;
+}
+
+} // namespace
+
+int Scene::indexOf(StackId id) const
+{
+    const auto found =
+        std::find_if(arrays.begin(), arrays.end(), [id](const auto& array) { return array->id() == id; });
+    return found != arrays.end() ? static_cast<int>(found - arrays.begin()) : -1;
+}
+
+FrameState takeFrameState(const Scene& scene)
 {
     FrameState frame;
     const std::scoped_lock lock(scene.mutex);
-    frame.view = view;
-    frame.rotation = rotationMatrix(view.rotX, view.rotY, view.rotZ);
+    frame.view = scene.view;
+    frame.rotation = rotationMatrix(scene.view.rotX, scene.view.rotY, scene.view.rotZ);
     frame.batchMode = scene.batchMode;
+    frame.recording = scene.recording;
     frame.watermark = scene.watermark;
+    frame.light = scene.light;
+    if (!scene.segmentations.empty())
+        frame.segmentation = scene.segmentations.front().get();
     frame.array = scene.current();
     if (frame.array == nullptr)
         return frame;
+    frame.arrayIndex = scene.currentIndex;
     frame.scale = frame.array->scale;
     frame.cut = frame.array->cut;
     frame.timePoint = frame.array->timePoint();
     frame.timeLabel = frame.array->timeLabels().value(frame.timePoint);
-    for (const Channel& channel : frame.array->channels())
+    for (const Channel& channel : frame.array->channels()) {
         frame.channels.push_back(channel.display);
+        frame.paletteHandles.push_back(paletteHandle(scene, channel.display.palette));
+    }
     return frame;
 }
 

@@ -2,47 +2,17 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
-
-#include <QImage>
 
 #include "mesh/segmentation.h"
 #include "movies/keyframe.h"
 #include "palettes/palette.h"
-#include "scene/renderlock.h"
+#include "scene/light.h"
 #include "scene/viewstate.h"
 #include "volume/voxelarray.h"
 
 namespace tirn {
-
-/// What there is to draw. The application owns it; render threads read it.
-///
-/// `arrays`, `palettes` and `segmentations` change their number only while no render thread runs. What
-/// decides the picture of an array (scale, cut box, time point, channel displays), the view states of the
-/// widgets and the members below the lists change at any time, with `mutex` held.
-struct Scene
-{
-    std::vector<std::unique_ptr<VoxelArray>> arrays;
-    std::vector<std::unique_ptr<Palette>> palettes;
-    std::vector<std::unique_ptr<Segmentation>> segmentations;
-
-    mutable std::mutex mutex;
-    int currentIndex = -1;
-    std::vector<KeyFrame> keyFrames;
-    /// Movie batch rendering is running: no input is taken, no stack is closed, nothing animates.
-    bool batchMode = false;
-    /// Each drawn frame is to be recorded as a key frame.
-    bool recording = false;
-    /// Text shown by the file label.
-    QString watermark;
-
-    /// The current volume, or null.
-    VoxelArray* current() const
-    {
-        const bool valid = currentIndex >= 0 && currentIndex < static_cast<int>(arrays.size());
-        return valid ? arrays[static_cast<std::size_t>(currentIndex)].get() : nullptr;
-    }
-};
 
 /// What the settings prescribe for drawing.
 struct RenderSettings
@@ -53,23 +23,69 @@ struct RenderSettings
     int texLimit3D = 512;
 };
 
+/// What there is to draw. A window's scene changes through its SceneModel alone; render threads read it.
+///
+/// `arrays`, `palettes` and `segmentations` change their number only while no render thread runs. What
+/// decides the picture of an array (scale, cut box, time point, channel displays), the values of palettes and
+/// the members below the lists change at any time, with `mutex` held.
+struct Scene
+{
+    std::vector<std::unique_ptr<VoxelArray>> arrays;
+    std::vector<std::unique_ptr<Palette>> palettes;
+    std::vector<std::unique_ptr<Segmentation>> segmentations;
+
+    mutable std::mutex mutex;
+    int currentIndex = -1;
+    ViewState view;
+    Light light;
+    RenderSettings settings;
+    std::vector<KeyFrame> keyFrames;
+    /// Movie batch rendering is running: no input is taken, no stack is closed, nothing animates.
+    bool batchMode = false;
+    /// Each drawn frame is to be recorded as a key frame.
+    bool recording = false;
+    /// Text shown by the file label.
+    QString watermark;
+
+    /// The current volume, or null.
+    VoxelArray* current() const { return at(currentIndex); }
+    VoxelArray* at(int index) const
+    {
+        const bool valid = index >= 0 && index < static_cast<int>(arrays.size());
+        return valid ? arrays[static_cast<std::size_t>(index)].get() : nullptr;
+    }
+    /// The position of a volume, -1 when it is not there, and the volume, null then.
+    int indexOf(StackId id) const;
+    VoxelArray* find(StackId id) const { return at(indexOf(id)); }
+    StackId currentId() const { return current() != nullptr ? current()->id() : StackId::None; }
+    /// True while the current volume plays its time points.
+    bool isPlaying() const { return view.playing != StackId::None && view.playing == currentId(); }
+};
+
 /// All that one frame is drawn from, copied at its beginning so that input may go on meanwhile.
 struct FrameState
 {
     ViewState view;
     /// Null when there is nothing to draw.
     VoxelArray* array = nullptr;
+    int arrayIndex = -1;
     AxisScale scale;
     CutBox cut;
     int timePoint = 0;
     std::vector<ChannelDisplay> channels;
+    /// What each channel's colours are bound by on the card, 0 for a channel without a palette.
+    std::vector<unsigned> paletteHandles;
     bool batchMode = false;
+    bool recording = false;
     QString timeLabel;
     QString watermark;
     Matrix4f rotation = rotationMatrix(0, 0, 0);
+    /// The surface that is drawn, or null, and the light that it is drawn in.
+    const Segmentation* segmentation = nullptr;
+    std::optional<Light> light;
 };
 
-/// Copies scene and view, both under the scene's lock.
-FrameState takeFrameState(const Scene& scene, const ViewState& view);
+/// Copies what is shown under the scene's lock.
+FrameState takeFrameState(const Scene& scene);
 
 } // namespace tirn

@@ -71,16 +71,19 @@ double wrapDegrees(double angle)
     return wrapped < 360 ? wrapped : 0;
 }
 
-void spin(ViewState& view, int width)
+bool spin(ViewState& view, int width)
 {
     if (!view.isSpinning() || width < 1)
-        return;
+        return false;
     // The rate of motion along y turns about x and the other way round; all three are scaled by the width.
     const double degreesAPixel = -180.0 / width;
     view.rotX = wrapDegrees(view.rotX + view.spinY * degreesAPixel);
     view.rotY = wrapDegrees(view.rotY + view.spinX * degreesAPixel);
     view.rotZ = wrapDegrees(view.rotZ + view.spinZ * degreesAPixel);
+    return true;
 }
+
+int timePointMilliseconds(const ViewState& view) { return 1000 / std::max(1, view.timeRate); }
 
 OrthoBounds widenedBounds(const ViewState& view, const AxisScale& scale)
 {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <string>
 
 #include <QColor>
 #include <qopengl.h>
@@ -65,8 +66,27 @@ struct ViewState
     double yRotation = 0;
     bool dragging = false;
     bool showFrameRate = false;
+    /// The outline of the cut box on top of the volume.
+    bool drawCutBox = false;
+    bool drawOrientation = false;
+    /// The label of the time point, and the file label.
+    bool drawChannelTime = false;
+    bool drawFileLabel = false;
+    /// Scales all overlay fonts.
+    double fontScale = 1.0;
+    /// Multiply by the depth curves, in the 3D target.
+    bool zCorrection = false;
+    /// Stretch 12 and 16 bit data by the bits that they really have.
+    bool autoBitDepth = false;
+    /// A fragment program that was typed; empty for the one that the volume asks for.
+    std::string programText;
+    /// The volume that advances its time point by itself, `timeRate` time points a second, while it is
+    /// current.
+    StackId playing = StackId::None;
+    int timeRate = 1;
 
     bool isSpinning() const { return spinX != 0 || spinY != 0 || spinZ != 0; }
+    bool operator==(const ViewState&) const = default;
 };
 
 using Matrix4f = std::array<float, 16>;
@@ -77,8 +97,11 @@ Matrix4f rotationMatrix(double xDegrees, double yDegrees, double zDegrees);
 /// Brings an angle into the range from 0 up to 360.
 double wrapDegrees(double angle);
 
-/// One step of the spin: the angles move by rate * -180 / width each.
-void spin(ViewState& view, int width);
+/// One step of the spin: the angles move by rate * -180 / width each. Returns whether they moved.
+bool spin(ViewState& view, int width);
+
+/// Milliseconds that a time point is shown while it plays.
+int timePointMilliseconds(const ViewState& view);
 
 /// Near and far that hold the whole scaled volume, and never less than the stored bounds.
 OrthoBounds widenedBounds(const ViewState& view, const AxisScale& scale);

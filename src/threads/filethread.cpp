@@ -1,67 +1,36 @@
 #include "threads/filethread.h"
 
+#include <utility>
+
 #include "base/log.h"
 #include "threads/stackloading.h"
 
 namespace tirn {
 
 FileThread::FileThread(QOpenGLContext& share, LoadReport report)
-    : m_context(&share), m_report(std::move(report))
+    : m_report(std::move(report)),
+      m_thread(share, {nullptr, [this](const JobResult& result) { loadEnded(result); }})
 {}
 
-FileThread::~FileThread() { stopAndWait(); }
-
-bool FileThread::startLoad(LoadSurroundings surroundings)
+bool FileThread::startLoad(LoadDescription description, LoadSurroundings surroundings)
 {
-    if (m_loading)
+    if (isLoading())
         return false;
-    const int defaultEncode = surroundings.defaultEncode;
-    const auto loading = std::make_shared<StackLoading>(std::move(m_description), std::move(surroundings),
-                                                        m_report, m_cancelled);
-    logDebug("defaultEncode %d", defaultEncode);
-    m_description = LoadDescription(defaultEncode);
-    return startJob([loading] { return loading->run(); });
+    logDebug("defaultEncode %d", surroundings.defaultEncode);
+    // An unfinished load holds textures, which go with it while the context is there.
+    auto loading = std::make_shared<StackLoading>(std::move(description), std::move(surroundings), m_report,
+                                                  m_thread.cancelled());
+    return m_thread.startJob([this, loading = std::move(loading)](const Progress&) {
+        m_loaded = loading->run();
+        return JobResult{JobOutcome::Done, {}};
+    });
 }
 
-bool FileThread::load(LoadRequest request)
+void FileThread::loadEnded(const JobResult& result)
 {
-    if (m_loading || request.names.isEmpty())
-        return false;
-    return startJob(
-        [this, request = std::move(request)] { return loadStack(request, m_report, m_cancelled); });
-}
-
-bool FileThread::startJob(Job job)
-{
-    // A thread that has done its work may still be on its way out.
-    wait();
-    m_job = std::move(job);
-    m_cancelled = false;
-    m_loading = true;
-    m_context.context().moveToThread(this);
-    start();
-    return true;
-}
-
-void FileThread::stopAndWait()
-{
-    stopLoading();
-    wait();
-}
-
-void FileThread::run()
-{
-    std::optional<LoadedStack> loaded;
-    if (m_context.makeCurrent())
-        loaded = m_job();
-    else
-        m_report.progress("Could not allocate a GL context", 0, 0, true);
-    // What an unfinished load has made goes with it, while the context is there.
-    m_job = nullptr;
-    m_context.doneCurrent();
-    m_context.context().moveToThread(thread());
-    m_loading = false;
-    if (loaded)
+    if (result.outcome == JobOutcome::Failed)
+        m_report.progress(result.error, 0, 0, true);
+    if (std::optional<LoadedStack> loaded = std::exchange(m_loaded, std::nullopt))
         m_report.loaded(std::move(*loaded));
 }
 

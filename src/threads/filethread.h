@@ -1,55 +1,38 @@
 #pragma once
 
-#include <atomic>
-#include <functional>
-#include <optional>
-
-#include <QThread>
-
-#include "gl/glcontext.h"
+#include "threads/jobthread.h"
 #include "threads/loaddescription.h"
+#include "threads/loadreport.h"
 #include "threads/loadsurroundings.h"
-#include "threads/namedstackload.h"
 
 namespace tirn {
 
 /// Reads and encodes stacks away from the interface thread.
 ///
-/// One load at a time. The thread takes its input when a load starts; the hidden context belongs to it while
-/// it runs; results go out through the report only, a finished stack as the last of all. It takes no lock of
-/// the render thread: textures are complete before anyone learns of them. Cancelling ends the load with the
-/// file at hand, and may be done at any time. All else is called on the interface thread.
-class FileThread : public QThread
+/// One load at a time. It takes no lock of the render thread: textures are complete before anyone learns of
+/// them. A finished stack is the last report of all. Cancelling ends the load with the file at hand.
+class FileThread
 {
 public:
     /// Made on the interface thread; shares names with `share`.
     FileThread(QOpenGLContext& share, LoadReport report);
-    ~FileThread() override;
 
-    /// The next load, for the forms to fill in.
-    LoadDescription& description() { return m_description; }
-    /// Starts it and begins a new description. False, with nothing changed, when a load is under way.
-    bool startLoad(LoadSurroundings surroundings);
-    /// Loads a stack that was named at the start of the program; false when a load is under way.
-    bool load(LoadRequest request);
-    void stopLoading() { m_cancelled = true; }
-    void stopAndWait();
-    bool isLoading() const { return m_loading; }
-
-protected:
-    void run() override;
+    /// False, with nothing changed, when a load is under way.
+    bool startLoad(LoadDescription description, LoadSurroundings surroundings);
+    void stopLoading() { m_thread.cancel(); }
+    void stopAndWait() { m_thread.stopAndWait(); }
+    /// Waits for the end of a load, not of its last report.
+    void wait() { m_thread.wait(); }
+    bool isLoading() const { return m_thread.isBusy(); }
 
 private:
-    using Job = std::function<std::optional<LoadedStack>()>;
+    void loadEnded(const JobResult& result);
 
-    bool startJob(Job job);
-
-    HiddenContext m_context;
     LoadReport m_report;
-    LoadDescription m_description;
-    Job m_job;
-    std::atomic<bool> m_cancelled = false;
-    std::atomic<bool> m_loading = false;
+    /// What the load at hand has made.
+    std::optional<LoadedStack> m_loaded;
+    /// Last, so that it ends before what it reports through.
+    JobThread m_thread;
 };
 
 } // namespace tirn

@@ -125,43 +125,14 @@ JobResult runFilterJob(const FilterJob& job, RenderLock& lock, const Progress& p
     return applyEdit(*job.array, editOf(job), {progress, gate});
 }
 
-FilterThread::FilterThread(QOpenGLContext& share, RenderLock& lock, JobReport report)
-    : m_context(&share), m_lock(lock), m_report(std::move(report))
-{}
-
-FilterThread::~FilterThread() { stopAndWait(); }
-
 bool FilterThread::filter(FilterJob job)
 {
-    if (m_busy || job.array == nullptr || job.array->images().empty())
+    if (job.array == nullptr || job.array->images().empty())
         return false;
-    // A job that made its last report may take a moment to end.
-    wait();
-    m_job = std::move(job);
-    m_busy = true;
-    m_cancelled = false;
-    m_context.context().moveToThread(this);
-    start();
-    return true;
-}
-
-void FilterThread::stopAndWait()
-{
-    cancel();
-    wait();
-}
-
-void FilterThread::run()
-{
-    JobResult result = {JobOutcome::Failed, QStringLiteral("Could not allocate a GL context")};
-    if (m_context.makeCurrent()) {
-        m_report.progress(progressText(m_job.parameters.operation), 0, 0);
-        result = runFilterJob(m_job, m_lock, {m_report.progress, &m_cancelled});
-    }
-    m_context.doneCurrent();
-    m_context.context().moveToThread(thread());
-    m_busy = false;
-    m_report.finished(result);
+    return startJob([this, job = std::move(job)](const Progress& progress) {
+        progress(progressText(job.parameters.operation), 0, 0);
+        return runFilterJob(job, m_lock, progress);
+    });
 }
 
 } // namespace tirn

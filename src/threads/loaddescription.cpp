@@ -2,13 +2,7 @@
 
 namespace tirn {
 
-LoadDescription::LoadDescription(int defaultEncode) { setDefaultEncode(defaultEncode); }
-
-void LoadDescription::setDefaultEncode(int defaultEncode)
-{
-    m_defaultEncode = defaultEncode;
-    useDefaultTarget();
-}
+LoadDescription::LoadDescription(int defaultEncode) : m_defaultEncode(defaultEncode) { useDefaultTarget(); }
 
 void LoadDescription::useDefaultTarget()
 {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include <QDomElement>
@@ -40,16 +41,24 @@ struct CropLimits
     bool operator==(const CropLimits&) const = default;
 };
 
-/// What one load is to make. Forms fill it while no load is under way; the file thread takes it when a load
-/// starts and puts a fresh one in its place.
+/// What the command line says of a load besides its files.
+struct NamedLoad
+{
+    /// Channel c gets palette (first + c) modulo the number of palettes, unless the line has an index for it.
+    int firstPalette = 0;
+    std::vector<int> paletteIds;
+    /// Besides the stack the line names one palette, and no more; its name, for the log.
+    QString palette;
+
+    bool operator==(const NamedLoad&) const = default;
+};
+
+/// What one load is to make: whoever asks for a load fills one and gives it away.
 class LoadDescription
 {
 public:
     /// `defaultEncode` is the preference: 0 for 2D texture maps, 1 for 3D ones; any other leaves the target.
     explicit LoadDescription(int defaultEncode = 0);
-
-    /// The preference has changed: the target follows it.
-    void setDefaultEncode(int defaultEncode);
 
     /// With false the whole stack is read and all that `setRange` sets has its default again.
     void setWholeStack(bool isPartial);
@@ -93,6 +102,9 @@ public:
     /// An element for each stack to open: one name, or the names of its layers or channels. For a TIFF series
     /// with several channels an element for each channel of each time point, at channel + channels * time.
     std::vector<QStringList> filesToLoad;
+    /// The names of the only element were typed when the program was started: each is a channel when the
+    /// first has one; otherwise the first is the stack.
+    std::optional<NamedLoad> named;
     /// One for each channel, from a session.
     std::vector<int> paletteIndexes;
     std::vector<int> channelStates;

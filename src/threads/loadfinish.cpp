@@ -79,6 +79,14 @@ void takeCurves(VoxelArray& array, const std::vector<ZCurve>& curves)
         array.channels()[c].zCurve = curves[c];
 }
 
+int namedPalette(const NamedLoad& named, int channel, int palettes)
+{
+    const auto index = static_cast<std::size_t>(channel);
+    if (index < named.paletteIds.size() && named.paletteIds[index] >= 0 && named.paletteIds[index] < palettes)
+        return named.paletteIds[index];
+    return (named.firstPalette + channel) % std::max(1, palettes);
+}
+
 } // namespace
 
 void applyDimensions(VoxelArray& array, const LoadDescription& description)
@@ -99,6 +107,12 @@ PaletteList assignPalettes(VoxelArray& array, const LoadDescription& description
                            const LoadSurroundings& surroundings)
 {
     std::vector<Channel>& channels = array.channels();
+    if (description.named) {
+        for (std::size_t c = 0; c < channels.size(); ++c)
+            channels[c].display.palette =
+                namedPalette(*description.named, static_cast<int>(c), surroundings.paletteCount);
+        return {};
+    }
     if (hasOneEachChannel(description.paletteIndexes, array)) {
         for (std::size_t c = 0; c < channels.size(); ++c) {
             const int index = description.paletteIndexes[c];

@@ -20,6 +20,7 @@ constexpr int kShare = 100;
 /// The largest factor of sub-sampling.
 constexpr int kMostReduction = 8;
 const char* const kNoMemory = "Could not allocate memory for file load";
+const char* const kNoMemoryNamed = "Could not allocate memory to load dataset";
 
 /// True for types whose readers make one stack of several files.
 bool readsSeveralFiles(ImageType type)
@@ -111,13 +112,13 @@ std::optional<LoadedStack> StackLoading::load()
         report("Error: trying to load 0 slices", 0, 0, true);
         return std::nullopt;
     }
+    findFileType();
     try {
         makeArray();
     } catch (const std::bad_alloc&) {
         logWarning("Could not allocate a VoxelArray");
         return std::nullopt;
     }
-    findFileType();
     if (!dispatch())
         return std::nullopt;
     if (!keepGoing()) {
@@ -153,7 +154,10 @@ void StackLoading::findFileType()
 {
     if (m_description.fileType != ImageType::Unknown || m_description.raw)
         return;
-    const ImageFile image(element(0));
+    if (m_description.named)
+        chooseNamedFiles();
+    // Named files that do not go together are told of when they are read.
+    const ImageFile image(m_description.named ? element(0).mid(0, 1) : element(0));
     m_description.fileType = image.attributes().type;
     if (m_description.fileType != ImageType::Unknown)
         return;
@@ -162,8 +166,28 @@ void StackLoading::findFileType()
     throw texts;
 }
 
+/// Of names that were typed those that make one stack.
+void StackLoading::chooseNamedFiles()
+{
+    QStringList& names = m_description.filesToLoad.front();
+    if (names.size() > 1 && ImageFile({names.first()}).attributes().channels > 1)
+        names = QStringList(names.first());
+    if (!m_description.named->palette.isEmpty())
+        logDebug("loading %s using palette %s\n", qPrintable(names.first()),
+                 qPrintable(m_description.named->palette));
+}
+
+/// The steps of a stack and a palette that were named, and nothing else.
+void StackLoading::logNamedStep(const char* text) const
+{
+    if (m_description.named && !m_description.named->palette.isEmpty())
+        logDebug("%s", text);
+}
+
 bool StackLoading::dispatch()
 {
+    if (m_description.named && element(0).size() > 1)
+        return runRoutine(&StackLoading::loadNamedChannels);
     if (m_description.fileType == ImageType::TiffSeries)
         return runRoutine(&StackLoading::loadTiffSeries);
     if (m_description.fileType == ImageType::Unknown)
@@ -180,6 +204,10 @@ bool StackLoading::runRoutine(void (StackLoading::*routine)())
         return true;
     } catch (const std::bad_alloc&) {
         // The text stands in the place of a name, and what was complete by then is still loaded.
+        if (m_description.named) {
+            report(kNoMemoryNamed, 0, 0, true);
+            return false;
+        }
         loadFailed(kNoMemory);
         m_array->keepImages(m_complete);
         return m_complete > 0;
@@ -248,6 +276,32 @@ void StackLoading::loadElements(ElementReader reader)
     }
 }
 
+/// One time point with an image for each channel.
+void StackLoading::loadNamedChannels()
+{
+    const QStringList names = element(0);
+    m_progressTotal = 2 * kShare;
+    report("Loading " + names.first(), 0, m_progressTotal, false);
+    for (const QString& name : names) {
+        if (!keepGoing())
+            return;
+        m_current = readProbed({name});
+        if (m_array->images().empty())
+            append(m_current);
+        else if (!(m_current->attributes() == m_array->images().front()->attributes()))
+            throw LoadFailure(m_current, m_current->fileName() + " differs from " +
+                                             m_array->images().front()->fileName() +
+                                             " in size, depth or type.");
+        else
+            m_array->appendImage(m_current);
+    }
+    m_array->setChannelCount(static_cast<int>(names.size()));
+    m_progress = kShare;
+    report("Encoding " + names.first(), m_progress, m_progressTotal, false);
+    for (int i = 0; i < names.size() && keepGoing(); ++i)
+        encode(m_current);
+}
+
 /// Each element is one channel of a time point, with a file for each layer.
 void StackLoading::loadChannelSeries()
 {
@@ -311,7 +365,9 @@ StackLoading::Image StackLoading::readProbed(const QStringList& names) const
         image->errorList().append(causesOfUnknownType(*image, names));
         throw LoadFailure(image);
     }
+    logNamedStep("Created ImageFile");
     readLayers(image);
+    logNamedStep("Read ImagFile");
     return image;
 }
 
@@ -413,12 +469,13 @@ void StackLoading::encode(const Image& image)
     if (!m_array->encode(m_description.textureTarget, finalZ, progress))
         throw LoadFailure(image);
     const std::int64_t wanted =
-        m_array->texturesPerChannel() * m_array->channelCount() * m_array->encodedImages();
+        m_array->texturesPerChannel() * image->attributes().channels * m_array->encodedImages();
     const auto made = static_cast<std::int64_t>(m_array->textures().size());
     if (made == 0)
         throw LoadFailure(image);
     if (made < wanted)
         throw std::bad_alloc();
+    logNamedStep("Encoded ImageFile");
     ++m_complete;
 }
 

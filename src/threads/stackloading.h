@@ -37,12 +37,15 @@ private:
     bool readSession();
     void makeArray();
     void findFileType();
+    void chooseNamedFiles();
+    void logNamedStep(const char* text) const;
     bool dispatch();
     bool runRoutine(void (StackLoading::*routine)());
     void loadStacks();
     void loadRaw();
     void loadTiffSeries();
     void loadElements(ElementReader reader);
+    void loadNamedChannels();
     void loadChannelSeries();
     Image mergedChannels(int time);
     void warnOfMissingElement(int index) const;

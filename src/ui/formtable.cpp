@@ -4,75 +4,165 @@
 #include <new>
 
 #include <QEvent>
-#include <QGuiApplication>
-#include <QScreen>
+#include <QMenuBar>
+#include <QSettings>
 
 #include "base/log.h"
+#include "ui/formplaces.h"
 
 namespace tirn {
 
-const FormRow* FormTable::row(FormId id) const
+FormTable::FormTable(QMainWindow& mainWindow, const FormServices& services)
+    : m_mainWindow(mainWindow), m_services(services)
 {
-    const auto found =
-        std::find_if(m_rows.begin(), m_rows.end(), [id](const FormRow& each) { return each.id == id; });
-    return found != m_rows.end() ? &*found : nullptr;
+    m_services.form = [this](FormId id, bool show) {
+        ToolForm* there = form(id);
+        return there != nullptr && !show ? there : create(id, show);
+    };
+    mainWindow.setDockOptions(QMainWindow::AnimatedDocks | QMainWindow::AllowTabbedDocks |
+                              QMainWindow::AllowNestedDocks);
 }
 
-QWidget* FormTable::form(FormId id) const
+FormTable::Made* FormTable::made(FormId id)
 {
     const auto found =
         std::find_if(m_forms.begin(), m_forms.end(), [id](const Made& each) { return each.id == id; });
-    return found != m_forms.end() ? found->form : nullptr;
+    return found != m_forms.end() ? &*found : nullptr;
 }
 
-QWidget* FormTable::make(const FormRow& row)
+ToolForm* FormTable::form(FormId id) const
 {
+    const Made* found = const_cast<FormTable*>(this)->made(id);
+    return found != nullptr ? found->form : nullptr;
+}
+
+ToolForm* FormTable::make(const FormRow& row)
+{
+    if (row.make == nullptr)
+        return nullptr;
     try {
-        for (const FormId needed : row.needs) {
-            if (form(needed) == nullptr)
-                create(needed, false);
-        }
-        QWidget* made = row.create(m_mainWindow);
-        made->setObjectName(row.name);
-        made->installEventFilter(this);
-        m_forms.push_back({row.id, made});
-        if (row.connect)
-            row.connect(made);
-        return made;
+        ToolForm* form = row.make(m_services, &m_mainWindow);
+        form->setObjectName(row.name);
+        if (row.kind == FormKind::Tool)
+            putIntoDock(row, *form);
+        form->frame()->installEventFilter(this);
+        m_forms.push_back({row.id, form});
+        return form;
     } catch (const std::bad_alloc&) {
         logWarning("Could not allocate memory for %s form", row.failureName);
         return nullptr;
     }
 }
 
-QWidget* FormTable::create(FormId id, bool show)
+void FormTable::putIntoDock(const FormRow& row, ToolForm& form)
 {
-    const FormRow* found = row(id);
-    if (found == nullptr)
+    auto* dock = new QDockWidget(form.windowTitle(), &m_mainWindow);
+    // Several forms have the same name; the place of a dock is kept under a name of its own.
+    dock->setObjectName(QString("dock") + row.action);
+    form.setWindowFlags(Qt::Widget);
+    dock->setWidget(&form);
+    QObject::connect(&form, &QWidget::windowTitleChanged, dock, &QWidget::setWindowTitle);
+    m_mainWindow.addDockWidget(Qt::LeftDockWidgetArea, dock);
+    dock->setFloating(true);
+    dock->hide();
+}
+
+ToolForm* FormTable::create(FormId id, bool show)
+{
+    if (form(id) == nullptr && make(formRow(id)) == nullptr)
         return nullptr;
-    QWidget* made = form(id);
-    if (made == nullptr)
-        made = make(*found);
-    if (made == nullptr)
-        return nullptr;
-    if (!show) {
-        made->hide();
-        return made;
+    Made& found = *made(id);
+    if (show && !found.form->isShown())
+        place(found);
+    found.form->setShown(show);
+    return found.form;
+}
+
+void FormTable::place(Made& each)
+{
+    const auto* dock = qobject_cast<QDockWidget*>(each.form->frame());
+    // A dock stays where the user put it.
+    if (dock != nullptr && (!dock->isFloating() || !each.isUnplaced))
+        return;
+    each.isUnplaced = false;
+    QWidget& frame = *each.form->frame();
+    each.form->ensurePolished();
+    frame.adjustSize();
+    frame.move(freeFormPosition(m_mainWindow.frameGeometry(), frame.frameSize(), screenOf(m_mainWindow),
+                                takenPlaces(each), FormSide::Left));
+}
+
+/// What a form that comes up must not cover: the others, and the menu.
+std::vector<QRect> FormTable::takenPlaces(const Made& except) const
+{
+    const QMenuBar* menu = m_mainWindow.menuBar();
+    std::vector<QRect> taken = {{menu->mapToGlobal(QPoint(0, 0)), menu->size()}};
+    for (const Made& each : m_forms) {
+        const QWidget* frame = each.form->frame();
+        if (each.id != except.id && frame->isVisible() && frame->isWindow())
+            taken.push_back(frame->frameGeometry());
     }
-    if (m_mainWindow != nullptr && !made->isVisible()) {
-        made->adjustSize();
-        const QSize desktop = QGuiApplication::primaryScreen()->availableSize();
-        made->move(formPosition(m_mainWindow->frameGeometry(), made->frameSize(), desktop, FormSide::Left));
+    return taken;
+}
+
+void FormTable::moveTo(ToolForm& form, QPoint corner)
+{
+    for (Made& each : m_forms) {
+        if (each.form == &form)
+            each.isUnplaced = false;
     }
-    made->show();
-    made->raise();
-    return made;
+    form.frame()->move(corner);
+}
+
+void FormTable::save(QSettings& store) const
+{
+    QStringList placed;
+    bool isDocked = false;
+    for (const Made& each : m_forms) {
+        const auto* dock = qobject_cast<QDockWidget*>(each.form->frame());
+        if (dock == nullptr)
+            continue;
+        if (!each.isUnplaced)
+            placed.append(dock->objectName());
+        isDocked = isDocked || (dock->isVisible() && !dock->isFloating());
+    }
+    store.beginGroup("Window");
+    store.setValue("State", m_mainWindow.saveState());
+    store.setValue("PlacedForms", placed);
+    // A window without docked forms begins with the size that it always has.
+    if (isDocked)
+        store.setValue("Geometry", m_mainWindow.saveGeometry());
+    else
+        store.remove("Geometry");
+    store.endGroup();
+}
+
+void FormTable::restore(QSettings& store)
+{
+    store.beginGroup("Window");
+    const QStringList placed = store.value("PlacedForms").toStringList();
+    const QByteArray geometry = store.value("Geometry").toByteArray();
+    const QByteArray state = store.value("State").toByteArray();
+    store.endGroup();
+    if (!geometry.isEmpty())
+        m_mainWindow.restoreGeometry(geometry);
+    if (state.isEmpty() || !m_mainWindow.restoreState(state))
+        return;
+    for (Made& each : m_forms) {
+        const auto* dock = qobject_cast<QDockWidget*>(each.form->frame());
+        if (dock == nullptr || !placed.contains(dock->objectName()))
+            continue;
+        each.isUnplaced = false;
+        // The screen that it was on may be gone.
+        if (dock->isFloating())
+            each.form->frame()->move(onScreen(dock->pos(), dock->frameSize(), screenOf(m_mainWindow)));
+    }
 }
 
 void FormTable::createAllHidden()
 {
-    for (const FormRow& each : m_rows)
-        create(each.id, false);
+    for (const FormRow& row : formRows())
+        create(row.id, false);
 }
 
 bool FormTable::eventFilter(QObject* watched, QEvent* event)
@@ -80,8 +170,9 @@ bool FormTable::eventFilter(QObject* watched, QEvent* event)
     const bool isShown = event->type() == QEvent::Show;
     // Minimised windows are hidden by the desktop, and stay open.
     if ((isShown || event->type() == QEvent::Hide) && !event->spontaneous()) {
-        const auto found = std::find_if(m_forms.begin(), m_forms.end(),
-                                        [watched](const Made& each) { return each.form == watched; });
+        const auto found = std::find_if(m_forms.begin(), m_forms.end(), [watched](const Made& each) {
+            return each.form->frame() == watched;
+        });
         if (found != m_forms.end())
             Q_EMIT visibilityChanged(found->id, isShown);
     }
@@ -91,35 +182,7 @@ bool FormTable::eventFilter(QObject* watched, QEvent* event)
 void FormTable::hideAll()
 {
     for (const Made& each : m_forms)
-        each.form->hide();
-}
-
-QPoint formPosition(const QRect& mainFrame, const QSize& form, const QSize& desktop, FormSide side)
-{
-    QPoint corner = mainFrame.topLeft();
-    switch (side) {
-    case FormSide::Left:
-        corner.setX(mainFrame.left() - form.width());
-        break;
-    case FormSide::Right:
-        corner.setX(mainFrame.left() + mainFrame.width());
-        break;
-    case FormSide::Above:
-        corner.setY(mainFrame.top() - form.height());
-        break;
-    case FormSide::Below:
-        corner.setY(mainFrame.top() + mainFrame.height());
-        break;
-    }
-    corner.setX(std::max(0, std::min(corner.x(), desktop.width() - form.width())));
-    corner.setY(std::max(0, std::min(corner.y(), desktop.height() - form.height())));
-    return corner;
-}
-
-QPoint firstWindowPosition(const QSize& desktop, int side)
-{
-    const int width = desktop.width() > 2 * desktop.height() ? desktop.width() / 2 : desktop.width();
-    return {(width - side) / 2, (desktop.height() - side) / 2};
+        each.form->setShown(false);
 }
 
 } // namespace tirn

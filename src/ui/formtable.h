@@ -1,50 +1,39 @@
 #pragma once
 
-#include <functional>
-#include <memory>
+#include <optional>
 #include <vector>
 
-#include <QRect>
-#include <QString>
-#include <QWidget>
+#include <QDockWidget>
+#include <QMainWindow>
+#include <QPointer>
+
+#include "ui/formlist.h"
+
+class QSettings;
 
 namespace tirn {
 
-/// The tool forms. Adding one means adding its id here and its row to the application's table.
-enum class FormId { About, ImportStack, Manager, Preferences, SequenceTiff, Stack };
-
-/// Where a form is placed beside the main window.
-enum class FormSide { Left = 0, Right = 1, Above = 2, Below = 3 };
-
-/// One tool form: the name that it is given, what a failed allocation calls it, how it is made, and what it
-/// is connected to when it is made.
-struct FormRow
-{
-    FormId id;
-    const char* name;
-    const char* failureName;
-    std::function<QWidget*(QWidget* parent)> create;
-    std::function<void(QWidget* form)> connect;
-    /// Forms that must exist before this one.
-    std::vector<FormId> needs;
-};
-
-/// Makes forms on first use, in the order of their rows, and shows or hides them. The main window owns them.
+/// Makes forms on first use and shows or hides them. The main window owns them; tool forms are docks of it,
+/// which float until the user docks them.
 class FormTable : public QObject
 {
     Q_OBJECT
 
 public:
-    void setRows(std::vector<FormRow> rows) { m_rows = std::move(rows); }
-    void setMainWindow(QWidget* window) { m_mainWindow = window; }
+    /// Both outlive the table.
+    FormTable(QMainWindow& mainWindow, const FormServices& services);
 
-    bool has(FormId id) const { return row(id) != nullptr; }
     /// Makes the form if need be and shows or hides it. Null, with a warning, when it cannot be made.
-    QWidget* create(FormId id, bool show);
+    ToolForm* create(FormId id, bool show);
     /// The form, null while it was not made.
-    QWidget* form(FormId id) const;
+    ToolForm* form(FormId id) const;
     void createAllHidden();
     void hideAll();
+    /// Keeps which forms are shown and docked, and where, and brings that back.
+    void save(QSettings& store) const;
+    void restore(QSettings& store);
+    /// Shows a form where it was, for instance in an earlier run of the program.
+    void moveTo(ToolForm& form, QPoint corner);
 
 Q_SIGNALS:
     /// A form came up or went away, whoever asked for it.
@@ -57,22 +46,19 @@ private:
     struct Made
     {
         FormId id;
-        QWidget* form;
+        ToolForm* form;
+        /// It was never shown, so that its place is still to be found.
+        bool isUnplaced = true;
     };
-    const FormRow* row(FormId id) const;
-    QWidget* make(const FormRow& row);
+    ToolForm* make(const FormRow& row);
+    void putIntoDock(const FormRow& row, ToolForm& form);
+    void place(Made& made);
+    std::vector<QRect> takenPlaces(const Made& except) const;
+    Made* made(FormId id);
 
-    QWidget* m_mainWindow = nullptr;
-    std::vector<FormRow> m_rows;
+    QMainWindow& m_mainWindow;
+    FormServices m_services;
     std::vector<Made> m_forms;
 };
-
-/// Top left corner of a form beside the main window's frame: never left of or above 0, and moved back where
-/// it would leave the desktop.
-QPoint formPosition(const QRect& mainFrame, const QSize& form, const QSize& desktop, FormSide side);
-
-/// Top left corner of the first window, `side` pixels square: centred, on the left half of a twin-monitor
-/// desktop.
-QPoint firstWindowPosition(const QSize& desktop, int side);
 
 } // namespace tirn

@@ -1,6 +1,7 @@
 #include "volume/voxelarray.h"
 
 #include <algorithm>
+#include <atomic>
 
 #include <QDir>
 #include <QFileInfo>
@@ -18,9 +19,15 @@ namespace {
 
 const char* const kNoTime = "00:00:00";
 
+StackId nextStackId()
+{
+    static std::atomic<std::uint64_t> last = 0;
+    return StackId{++last};
+}
+
 } // namespace
 
-VoxelArray::VoxelArray(const VolumeOptions& options) : m_options(options) {}
+VoxelArray::VoxelArray(const VolumeOptions& options) : m_id(nextStackId()), m_options(options) {}
 
 VoxelArray::VoxelArray(int x, int y, int z, const VolumeOptions& options) : VoxelArray(options)
 {

@@ -18,6 +18,7 @@
 #include "volume/channel.h"
 #include "volume/slicefiller.h"
 #include "volume/stackgeometry.h"
+#include "volume/stackid.h"
 
 namespace tirn {
 
@@ -106,6 +107,7 @@ public:
     VoxelArray(const VoxelArray&) = delete;
     VoxelArray& operator=(const VoxelArray&) = delete;
 
+    StackId id() const { return m_id; }
     /// The stack description: sizes, voxel sizes in microns, channels, depth, largest value.
     ImageAttributes& stack() { return m_stack; }
     const ImageAttributes& stack() const { return m_stack; }
@@ -209,8 +211,6 @@ public:
     int sliceLast = 0;
     int sliceStep = 0;
     int subsample = 1;
-    /// Palette indices handed from the load to the stack manager.
-    std::vector<int> palettesOfChannel;
 
 private:
     struct EncodeJob;
@@ -234,6 +234,7 @@ private:
     void sumStatistics(int channel, bool channelsInOneFile);
     void raiseMaximum(int value);
 
+    const StackId m_id;
     ImageAttributes m_stack;
     int m_minValue = -1;
     std::vector<Channel> m_channels;

@@ -8,7 +8,7 @@
 #include <QSpinBox>
 #include <QStatusBar>
 
-#include "ui/jobprogressform.h"
+#include "ui/edits/jobprogressform.h"
 #include "uisupport/apptest.h"
 #include "uisupport/modalanswers.h"
 
@@ -21,8 +21,8 @@ protected:
     void trigger(const char* action) { app().mainForm().action(action)->trigger(); }
     void finishJob()
     {
-        app().filterThread().wait();
-        app().saveThread().wait();
+        app().jobs().filterThread().wait();
+        app().jobs().saveThread().wait();
         settle();
     }
     QByteArray voxels()
@@ -47,9 +47,9 @@ TEST_F(Jobs, NeedAStack)
     EXPECT_TRUE(app().mainForm().action("filterMeanAction")->isEnabled());
     app().closeStack();
     EXPECT_FALSE(app().mainForm().action("filterMeanAction")->isEnabled());
-    app().filter(FilterOperation::Mean);
-    app().exportStack(ExportMode::Core);
-    EXPECT_FALSE(app().filterThread().isBusy());
+    app().jobs().filter(FilterOperation::Mean);
+    app().jobs().exportStack(ExportMode::Core);
+    EXPECT_FALSE(app().jobs().filterThread().isBusy());
 }
 
 TEST_F(Jobs, AFlipGoesThroughTheThread)
@@ -93,7 +93,7 @@ TEST_F(Jobs, ADialogThatIsLeftChangesNothing)
     ModalAnswers answers;
     trigger("filterMeanAction");
     EXPECT_EQ(answers.shown(), QStringList("Event"));
-    EXPECT_FALSE(app().filterThread().isBusy());
+    EXPECT_FALSE(app().jobs().filterThread().isBusy());
     EXPECT_EQ(voxels(), before);
 }
 
@@ -114,7 +114,7 @@ TEST_F(Jobs, ClosingTheStackEndsItsFilter)
     app().closeStack();
     settle();
     EXPECT_EQ(app().arrayCount(), 0);
-    EXPECT_FALSE(app().filterThread().isBusy());
+    EXPECT_FALSE(app().jobs().filterThread().isBusy());
     EXPECT_FALSE(progressShown("filterstuff"));
 }
 
@@ -146,7 +146,7 @@ TEST_F(Jobs, AnExportThatFailsSaysWhy)
 {
     load({picFile("a.pic")});
     ExportJob job = exportJob(*app().scene().current(), ExportMode::Core, path("no/such/folder.pic"));
-    ASSERT_TRUE(app().saveThread().save(std::move(job)));
+    app().jobs().write(std::move(job));
     finishJob();
     EXPECT_TRUE(takeBox().startsWith("Export stack: "));
     EXPECT_FALSE(QFileInfo::exists(path("no")));
@@ -162,11 +162,11 @@ TEST_F(Jobs, TheWindowStaysOpenWhileAStackIsWritten)
     job.isOnDisk = true;
     ASSERT_TRUE(QFile::remove(path("pipe.pic")));
     ASSERT_EQ(mkfifo(pipe.constData(), 0600), 0);
-    ASSERT_TRUE(app().saveThread().save(std::move(job)));
+    app().jobs().write(std::move(job));
     EXPECT_FALSE(app().mainForm().close());
     EXPECT_EQ(message(), "A stack is still being written.");
-    app().filter(FilterOperation::FlipX);
-    EXPECT_FALSE(app().filterThread().isBusy());
+    app().jobs().filter(FilterOperation::FlipX);
+    EXPECT_FALSE(app().jobs().filterThread().isBusy());
     // A pipe without data ends the job.
     const int writer = open(pipe.constData(), O_WRONLY);
     ASSERT_GE(writer, 0);

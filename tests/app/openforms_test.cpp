@@ -10,9 +10,9 @@
 
 #include "support/picfile.h"
 #include "support/tifffile.h"
-#include "ui/importstackform.h"
-#include "ui/sequencetiffform.h"
-#include "ui/stackopenform.h"
+#include "ui/open/importstackform.h"
+#include "ui/open/sequencetiffform.h"
+#include "ui/open/stackopenform.h"
 #include "ui/widgets/filechooser.h"
 #include "uisupport/apptest.h"
 #include "uisupport/modalanswers.h"
@@ -42,7 +42,7 @@ protected:
     }
     void waitForLoad()
     {
-        app().fileThread().wait();
+        app().loads().fileThread().wait();
         settle();
     }
     const VoxelArray& array() { return *app().scene().arrays.back(); }

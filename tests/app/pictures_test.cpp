@@ -22,15 +22,15 @@ protected:
     }
     QImage taken(QSize size, double scale = 1)
     {
-        EXPECT_TRUE(app().capture({size, scale}));
-        return std::exchange(app().image(), {});
+        EXPECT_TRUE(app().pictures().capture({size, scale}));
+        return std::exchange(app().pictures().image(), {});
     }
 };
 
 TEST_F(WindowPictures, AreTheWindowToTheLastBit)
 {
     for (const double angle : {0.0, 35.0}) {
-        widget().changeView([&](ViewState& view) {
+        changeView([&](ViewState& view) {
             view.rotX = angle;
             view.rotY = 2 * angle;
             view.showBoundingBox = true;
@@ -53,7 +53,7 @@ TEST_F(WindowPictures, HaveTheirOwnSizeAndLeaveTheWindowAlone)
 
 TEST_F(WindowPictures, StopASpin)
 {
-    widget().changeView([](ViewState& view) { view.spinX = 5; });
+    changeView([](ViewState& view) { view.spinX = 5; });
     EXPECT_FALSE(taken({64, 64}).isNull());
     settle();
     EXPECT_FALSE(widget().renderThread().isRunning());
@@ -72,16 +72,16 @@ TEST_F(WindowPictures, AreGrabbedWhereNothingIsDrawnOffScreen)
 TEST_F(WindowPictures, NeedAStack)
 {
     app().closeAll();
-    EXPECT_FALSE(app().capture({{64, 64}}));
-    EXPECT_TRUE(app().image().isNull());
+    EXPECT_FALSE(app().pictures().capture({{64, 64}}));
+    EXPECT_TRUE(app().pictures().image().isNull());
 }
 
 TEST_F(WindowPictures, CompositesAreTakenAndTheViewIsAsBefore)
 {
-    widget().changeView([](ViewState& view) { view.rotY = 30; });
+    changeView([](ViewState& view) { view.rotY = 30; });
     settle();
     const QImage before = grabbed();
-    const SnapshotSource source = app().snapshotSource({60, 40});
+    const SnapshotSource source = app().pictures().snapshotSource({60, 40});
     const QImage grid = channelGrid(source, {3, 1}, {0, 1, 2});
     EXPECT_EQ(grid.size(), QSize(180, 40));
     EXPECT_EQ(grid.copy(120, 0, 60, 40), taken({60, 40}));
@@ -95,17 +95,17 @@ TEST_F(WindowPictures, CompositesAreTakenAndTheViewIsAsBefore)
 TEST_F(WindowPictures, AWriterTakesThePictureAway)
 {
     for (int format = 0; format < 3; ++format) {
-        ASSERT_TRUE(app().capture({{32, 20}}));
+        ASSERT_TRUE(app().pictures().capture({{32, 20}}));
         const QString name = path(QString("picture%1").arg(format));
-        EXPECT_EQ(format == 0   ? app().savePng(name, 300)
-                  : format == 1 ? app().saveRaw(name)
-                                : app().saveTiff(name, 300),
+        EXPECT_EQ(format == 0   ? app().pictures().savePng(name, 300)
+                  : format == 1 ? app().pictures().saveRaw(name)
+                                : app().pictures().saveTiff(name, 300),
                   "");
-        EXPECT_TRUE(app().image().isNull());
+        EXPECT_TRUE(app().pictures().image().isNull());
         EXPECT_TRUE(QFileInfo::exists(name));
     }
     EXPECT_EQ(QImage(path("picture0")).size(), QSize(32, 20));
-    EXPECT_EQ(app().savePng(path("again"), 300), "No picture to write");
+    EXPECT_EQ(app().pictures().savePng(path("again"), 300), "No picture to write");
 }
 
 } // namespace

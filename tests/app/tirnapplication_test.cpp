@@ -195,11 +195,11 @@ TEST_F(Application, CloseAllEmptiesEverythingAndResetsTheView)
     load({picFile("a.pic"), mapFile("red.map")});
     load({picFile("b.pic")});
     widget().rotate(30, 0);
-    app().shaders().zCorrection = true;
+    changeView([](ViewState& view) { view.zCorrection = true; });
     app().closeAll();
     EXPECT_EQ(app().arrayCount(), 0);
     EXPECT_TRUE(app().scene().palettes.empty());
-    EXPECT_FALSE(app().shaders().zCorrection);
+    EXPECT_FALSE(view().zCorrection);
     EXPECT_EQ(view().rotX, 0);
     EXPECT_TRUE(log.contains("Everything closed"));
     load({picFile("again.pic")});
@@ -210,7 +210,7 @@ TEST_F(Application, PalettesClosedDuringALoadLeaveTheFirst)
 {
     app().loadFromCommandLine(
         {"tirn", picFile("c00.pic"), picFile("c01.pic"), mapFile("a.map"), mapFile("b.map")});
-    app().fileThread().wait();
+    app().loads().fileThread().wait();
     app().closeAll();
     settle();
     ASSERT_EQ(app().arrayCount(), 1);
@@ -221,11 +221,11 @@ TEST_F(Application, PalettesClosedDuringALoadLeaveTheFirst)
 TEST_F(Application, BatchModeClosesNothing)
 {
     load({picFile("a.pic")});
-    app().scene().batchMode = true;
+    app().model().edit({}, [](Scene& scene) { scene.batchMode = true; });
     app().closeAll();
     app().closeStack();
     EXPECT_EQ(app().arrayCount(), 1);
-    app().scene().batchMode = false;
+    app().model().edit({}, [](Scene& scene) { scene.batchMode = false; });
 }
 
 TEST_F(Application, ASecondProgressEventAddsTheStoredBase)
@@ -275,7 +275,7 @@ TEST_F(Application, StretchToUsedBitsRebuildsTheProgram)
     settle();
     // The largest value is 14421, which rounds to 14 bits.
     EXPECT_TRUE(log.contains("Compile shader for 14 bit data"));
-    EXPECT_TRUE(app().shaders().autoBitDepth);
+    EXPECT_TRUE(view().autoBitDepth);
 }
 
 TEST_F(Application, CopyPutsThePictureOnTheClipboard)
@@ -324,7 +324,7 @@ TEST_F(Application, StoredBlendingIsTheFirst)
     }
     restart();
     EXPECT_EQ(view().blendMode, static_cast<GLenum>(GL_MAX));
-    EXPECT_EQ(app().renderSettings().texLimit2D, 64);
+    EXPECT_EQ(app().scene().settings.texLimit2D, 64);
 }
 
 TEST_F(Application, AnIdleProgramDoesNotWakeUp)
@@ -379,7 +379,7 @@ TEST_F(Application, TwoHundredCyclesOfLoadingSpinningAndClosingLeaveNothingBehin
                            : 200;
     for (int cycle = 0; cycle < cycles; ++cycle) {
         app().loadFromCommandLine(QStringList{"tirn"} + files);
-        app().fileThread().wait();
+        app().loads().fileThread().wait();
         QCoreApplication::sendPostedEvents();
         ASSERT_EQ(app().arrayCount(), 1);
         if (cycle % 2 == 0) {
@@ -387,9 +387,10 @@ TEST_F(Application, TwoHundredCyclesOfLoadingSpinningAndClosingLeaveNothingBehin
             moveTo({120, 110}, Qt::LeftButton);
             release({120, 110}, Qt::LeftButton);
         } else {
-            const std::scoped_lock lock(app().scene().mutex);
-            app().scene().current()->channels()[0].display.state = ChannelState::FlashOn;
-            widget().renderThread().animating = true;
+            app().model().edit(Change::Channels | Change::Playback, [](Scene& scene) {
+                scene.current()->channels()[0].display.state = ChannelState::FlashOn;
+                scene.view.playing = scene.currentId();
+            });
         }
         widget().requestFrame();
         if (cycle % 3 == 0)
@@ -414,13 +415,13 @@ TEST_F(Application, ASurfaceIsDrawnInTheVolume)
     writeText(mesh,
               "solid m\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\n"
               "endfacet\nendsolid\n");
-    app().loadSegmentation(mesh);
+    app().loads().loadSegmentation(mesh);
     EXPECT_EQ(takeBox(), "Segmentation: " + mesh + " loaded.");
     EXPECT_TRUE(log.contains("Segmentation " + mesh + " loaded."));
     settle();
     EXPECT_NE(widget().renderThread().grabNextFrame(), before);
     writeText(mesh, "solid m\nnothing of the kind\n");
-    app().loadSegmentation(mesh);
+    app().loads().loadSegmentation(mesh);
     EXPECT_EQ(takeBox(), "Load Error: Failed to load " + mesh);
     EXPECT_EQ(app().scene().segmentations.size(), 1U);
     EXPECT_NE(app().mainForm().action("segmentationOpenAction"), nullptr);

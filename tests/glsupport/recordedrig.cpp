@@ -7,7 +7,7 @@ namespace tirn::test {
 RecordedRig::RecordedRig(RenderThreadKind kind, QSize size)
     : m_kind(kind), m_shaders(std::make_unique<Shaders>()), m_tables(kind, nullptr), m_surface(size)
 {
-    m_thread = makeRenderThread({scene, view, settings, *m_shaders, renderLock, m_surface, events, kind});
+    m_thread = makeRenderThread({scene, *m_shaders, renderLock, m_surface, events, kind});
 }
 
 RecordedRig::~RecordedRig()

@@ -38,7 +38,7 @@ public:
     VoxelArray& show(const std::vector<PlainStack>& timePoints, VolumeSpec spec = {});
     /// That many palettes; channel c gets palette c.
     void makePalettes(int count, int depth = 8);
-    FrameState frame() const { return takeFrameState(scene, view); }
+    FrameState frame() const { return takeFrameState(scene); }
     /// Draws one frame and returns its calls.
     std::vector<std::string> draw(const std::vector<std::string>& names = {});
     /// Calls a frame's list-building step for an orientation and returns the calls.
@@ -46,8 +46,6 @@ public:
 
     GlRecorder gl{GlRecorder::Mode::StandAlone};
     Scene scene;
-    ViewState view;
-    RenderSettings settings;
     RenderLock renderLock;
     CountingEvents events;
 

@@ -103,7 +103,7 @@ RenderRig::RenderRig(QSize size, RenderThreadKind kind)
     m_shaders = std::make_unique<Shaders>();
     m_paletteTables = std::make_unique<GlPaletteTables>(kind, m_hidden.get());
     m_surface = std::make_unique<OffscreenSurface>(size, *m_hidden);
-    const RenderHost host{scene, view, settings, *m_shaders, renderLock, *m_surface, events, kind};
+    const RenderHost host{scene, *m_shaders, renderLock, *m_surface, events, kind};
     m_thread = makeRenderThread(host);
 }
 
@@ -125,7 +125,6 @@ VoxelArray& RenderRig::show(const std::vector<PlainStack>& timePoints, const Vol
     m_hidden->makeCurrent();
     scene.arrays.push_back(makeVolume(timePoints, withKind));
     scene.currentIndex = static_cast<int>(scene.arrays.size()) - 1;
-    m_thread->rebuildShader = true;
     m_thread->forceRebuild = true;
     return *scene.arrays.back();
 }

@@ -95,8 +95,6 @@ public:
     HiddenContext& hidden() { return *m_hidden; }
 
     Scene scene;
-    ViewState view;
-    RenderSettings settings;
     RenderLock renderLock;
     CountingEvents events;
 

@@ -103,10 +103,10 @@ protected:
         VoxelArray& array = rig.show({shown}, spec);
         array.scale = {view.scale[0], view.scale[1], view.scale[2]};
         rig.setTables(tables(GetParam()));
-        rig.view.blendMode = view.blending == Blending::Alpha ? GL_FUNC_ADD : GL_MAX;
-        rig.view.rotX = view.rotation[0];
-        rig.view.rotY = view.rotation[1];
-        rig.view.rotZ = view.rotation[2];
+        rig.scene.view.blendMode = view.blending == Blending::Alpha ? GL_FUNC_ADD : GL_MAX;
+        rig.scene.view.rotX = view.rotation[0];
+        rig.scene.view.rotY = view.rotation[1];
+        rig.scene.view.rotZ = view.rotation[2];
         return pictureOf(rig.draw());
     }
 };

@@ -68,10 +68,10 @@ Picture drawn(const Shown& shown)
     rig.setTables(shown.tables);
     for (std::size_t c = 0; c < view.hidden.size(); ++c)
         array.channels()[c].display.state = view.hidden[c] ? ChannelState::Hidden : ChannelState::Shown;
-    rig.view.blendMode = view.blending == Blending::Alpha ? GL_FUNC_ADD : GL_MAX;
-    rig.view.rotX = view.rotation[0];
-    rig.view.rotY = view.rotation[1];
-    rig.view.rotZ = view.rotation[2];
+    rig.scene.view.blendMode = view.blending == Blending::Alpha ? GL_FUNC_ADD : GL_MAX;
+    rig.scene.view.rotX = view.rotation[0];
+    rig.scene.view.rotY = view.rotation[1];
+    rig.scene.view.rotZ = view.rotation[2];
     return pictureOf(rig.draw());
 }
 
@@ -235,7 +235,7 @@ TEST(OtherPictures, ABackgroundShinesThrough)
     RenderRig rig({kSize, kSize});
     rig.show(shown.timePoints).scale = {0.5, 0.5, 0.5};
     rig.setTables(shown.tables);
-    rig.view.backgroundColor = QColor(40, 80, 120);
+    rig.scene.view.backgroundColor = QColor(40, 80, 120);
     const Picture seen = pictureOf(rig.draw());
     expectMatch(predicted(shown), seen, shown.view, 1000);
     EXPECT_EQ(seen.pixel(2, 2), (std::array<int, 3>{40, 80, 120}));

@@ -39,8 +39,8 @@ TEST_P(MeshPlaces, AreThoseOfTheirVoxels)
     RenderRig rig({16, 16});
     VoxelArray& array = rig.show({stack});
     rig.setTables({rampTable(256, {0, 1, 0}, 1)});
-    rig.view.rotX = 25;
-    rig.view.rotY = 35;
+    rig.scene.view.rotX = 25;
+    rig.scene.view.rotY = 35;
     PictureMaker maker(rig.thread());
     const QPointF voxel = middleOf(maker.draw({{kSide, kSide}}), qGreen);
     ASSERT_GT(voxel.x(), 0);
@@ -105,14 +105,13 @@ TEST(DepthCurves, AreDrawnLikeAStackThatWasMultiplied)
         VoxelArray& array = rig.show({stack}, spec);
         array.scale = {1.1, 1.1, 2.2};
         rig.setTables(tables);
-        rig.view.rotX = rotation[0];
-        rig.view.rotY = rotation[1];
+        rig.scene.view.rotX = rotation[0];
+        rig.scene.view.rotY = rotation[1];
         array.resetCurves();
         ZCurve& shown = array.channels()[0].zCurve;
         *shown.curve() = curve;
         shown.generateTexture();
-        rig.shaders().zCorrection = true;
-        rig.thread().rebuildShader = true;
+        rig.scene.view.zCorrection = true;
         rig.thread().forceRebuild = true;
         const Picture seen = pictureOf(rig.draw());
         const PictureDifference difference = compare(compose(multiplied, tables, view), seen);

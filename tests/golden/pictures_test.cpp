@@ -35,8 +35,8 @@ TEST_P(PictureSizes, LookAsPredicted)
     RenderRig rig({16, 16});
     rig.show({stack}).scale = {1.1, 1.1, 2.2};
     rig.setTables(tables);
-    rig.view.rotX = 90;
-    rig.view.rotZ = 270;
+    rig.scene.view.rotX = 90;
+    rig.scene.view.rotZ = 270;
     PictureMaker maker(rig.thread(), {GetParam().tile, GetParam().viewport});
     const Picture seen = pictureOf(maker.draw({{view.size, view.size}}));
     const PictureDifference difference = compare(compose(stack, tables, view), seen);
@@ -123,9 +123,9 @@ TEST_P(ScaleBars, AreAsLongAsTheySay)
     array.stack().dimZ = ruler.voxel[2];
     array.scale = {ruler.voxel[0] / largest, ruler.voxel[1] / largest, ruler.voxel[2] / largest};
     rig.setTables({rampTable(256, {0, 1, 0}, 1)});
-    rig.view.rotX = ruler.axis == 2 ? 90 : 0;
-    rig.view.showScaleBar = true;
-    rig.view.scaleBarSize = 0.4;
+    rig.scene.view.rotX = ruler.axis == 2 ? 90 : 0;
+    rig.scene.view.showScaleBar = true;
+    rig.scene.view.scaleBarSize = 0.4;
     const QImage picture = PictureMaker(rig.thread()).draw({{kSide, kSide}});
     const std::vector<int> line = middleLine(picture, ruler.axis != 0);
     const double pixels = brightest(line, kSide / 2, kSide) - brightest(line, 0, kSide / 2);

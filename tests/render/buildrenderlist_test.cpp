@@ -145,7 +145,7 @@ TEST_P(ProgramRenderList, BindsTheDepthCurveOnUnitTwo)
     RecordedRig rig(GetParam());
     const VoxelArray& array = rig.show({denseStack(2, 2, 2, 2)});
     rig.makePalettes(2);
-    rig.shaders().zCorrection = true;
+    rig.scene.view.zCorrection = true;
     const GLuint curve = array.channels()[1].zCurve.textureName();
     ASSERT_NE(curve, 0U);
     const Calls calls = recorded(rig.build(Orientation::XYForward));

@@ -92,23 +92,23 @@ TEST_P(DrawFrame, AppliesRotationTranslationAndScaleInThisOrder)
 {
     VoxelArray& array = showVolume();
     array.scale = {1, 2, 3};
-    rig.view.rotY = 180;
-    rig.view.transX = 0.5;
-    rig.view.transZ = -0.25;
-    rig.view.yRotation = 30;
+    rig.scene.view.rotY = 180;
+    rig.scene.view.transX = 0.5;
+    rig.scene.view.transZ = -0.25;
+    rig.scene.view.yRotation = 30;
     EXPECT_EQ(
         rig.draw({"MultMatrixf", "Translated", "Scaled", "Rotated"}),
         (Calls{"MultMatrixf(data)", "Translated(0.5, 0, -0.25)", "Scaled(1, 2, 3)", "Rotated(30, 0, 1, 0)"}));
     EXPECT_EQ(matrices("MultMatrixf").front(),
               (std::vector<double>{-1, 0, 0, 0, 0, 1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1}));
-    rig.view.yRotation = 0;
+    rig.scene.view.yRotation = 0;
     EXPECT_TRUE(rig.draw({"Rotated"}).empty());
 }
 
 TEST_P(DrawFrame, ProjectsTheBoundsWithDepthForTheScaledVolume)
 {
     VoxelArray& array = showVolume();
-    rig.view.ortho = {-2, 2, -1, 1, -3, 3};
+    rig.scene.view.ortho = {-2, 2, -1, 1, -3, 3};
     EXPECT_EQ(rig.draw({"Ortho"}).front(), "Ortho(-2, 2, -1, 1, -3, 3)");
     array.scale = {10, 10, 10};
     const GlCall ortho = (rig.draw(), rig.gl.callsOf("Ortho").front());
@@ -135,15 +135,15 @@ TEST_P(DrawFrame, ClipsOnlyWhileTheVolumeIsDrawn)
 TEST_P(DrawFrame, DrawsBoxesAroundTheVolumeOnlyWhenAsked)
 {
     const VoxelArray& array = showVolume();
-    rig.thread().drawCutBoxFlag = true;
+    rig.scene.view.drawCutBox = true;
     rig.draw();
     EXPECT_EQ(rig.draw({"CallList"}), Calls{call(list())});
-    rig.view.showBoundingBox = true;
+    rig.scene.view.showBoundingBox = true;
     const auto face = [&](VoxelArray::BoxList which) { return call(array.boxList(which)); };
     EXPECT_EQ(rig.draw({"CallList"}),
               (Calls{face(VoxelArray::WholeBox), call(list()), face(VoxelArray::RightFace),
                      face(VoxelArray::TopFace), face(VoxelArray::FrontFace)}));
-    rig.view.rotY = 180;
+    rig.scene.view.rotY = 180;
     rig.draw();
     EXPECT_EQ(rig.draw({"CallList"}),
               (Calls{face(VoxelArray::WholeBox), call(list()), face(VoxelArray::RightFace),
@@ -169,8 +169,8 @@ TEST_P(DrawFrame, TheCutBoxFollowsTheBounds)
     VoxelArray& array = rig.show({denseStack(16, 8, 4)});
     rig.makePalettes(1);
     array.cut = {3, 12, 2, 5, 1, 2};
-    rig.view.showBoundingBox = true;
-    rig.thread().drawCutBoxFlag = true;
+    rig.scene.view.showBoundingBox = true;
+    rig.scene.view.drawCutBox = true;
     rig.draw();
     rig.draw();
     const auto extent = lineExtent(rig.gl.callsOf("Vertex3f"));
@@ -186,12 +186,12 @@ TEST_P(DrawFrame, TheCutBoxFollowsTheBounds)
 TEST_P(DrawFrame, AnAnaglyphMasksEachEyeAndResetsTheMask)
 {
     showVolume();
-    rig.view.renderMode = RenderMode::Anaglyph;
+    rig.scene.view.renderMode = RenderMode::Anaglyph;
     const std::pair<const char*, const char*> masks[] = {
         {"1, 0, 0, 1", "0, 0, 1, 1"}, {"1, 0, 0, 1", "0, 1, 1, 1"}, {"1, 0, 0, 1", "0, 1, 0, 1"},
         {"0, 0, 1, 1", "1, 0, 0, 1"}, {"0, 1, 1, 1", "1, 0, 0, 1"}, {"0, 1, 0, 1", "1, 0, 0, 1"}};
     for (int pair = 0; pair < 6; ++pair) {
-        rig.view.filterColors = pair;
+        rig.scene.view.filterColors = pair;
         rig.draw();
         const auto mask = [](const char* channels) { return "ColorMask(" + std::string(channels) + ")"; };
         EXPECT_EQ(rig.draw({"ColorMask", "CallList"}),
@@ -199,14 +199,14 @@ TEST_P(DrawFrame, AnAnaglyphMasksEachEyeAndResetsTheMask)
                          "ColorMask(1, 1, 1, 1)"}))
             << pair;
     }
-    rig.view.renderMode = RenderMode::Normal;
+    rig.scene.view.renderMode = RenderMode::Normal;
     EXPECT_TRUE(rig.draw({"ColorMask"}).empty());
 }
 
 TEST_P(DrawFrame, TheEyesOfAnAnaglyphStandApart)
 {
     showVolume();
-    rig.view.renderMode = RenderMode::Anaglyph;
+    rig.scene.view.renderMode = RenderMode::Anaglyph;
     rig.draw();
     const auto loaded = matrices("LoadMatrixd");
     ASSERT_EQ(loaded.size(), 3U);
@@ -223,8 +223,8 @@ TEST_P(DrawFrame, TheEyesOfAnAnaglyphStandApart)
 TEST_P(DrawFrame, WithoutEyeSeparationBothEyesSeeTheSame)
 {
     showVolume();
-    rig.view.renderMode = RenderMode::Anaglyph;
-    rig.view.camera.eyesep = 0;
+    rig.scene.view.renderMode = RenderMode::Anaglyph;
+    rig.scene.view.camera.eyesep = 0;
     rig.draw();
     EXPECT_EQ(matrices("LoadMatrixd")[1], matrices("LoadMatrixd")[2]);
 }
@@ -232,7 +232,7 @@ TEST_P(DrawFrame, WithoutEyeSeparationBothEyesSeeTheSame)
 TEST_P(DrawFrame, EachEyeClearsItsDepth)
 {
     showVolume();
-    rig.view.renderMode = RenderMode::Anaglyph;
+    rig.scene.view.renderMode = RenderMode::Anaglyph;
     const Calls cleared = rig.draw({"Clear"});
     EXPECT_EQ(std::count(cleared.begin(), cleared.end(), "Clear(256)"), 2);
 }
@@ -240,7 +240,7 @@ TEST_P(DrawFrame, EachEyeClearsItsDepth)
 TEST_P(DrawFrame, FullScreenStereoIsReadyOnlyWithPrograms)
 {
     showVolume();
-    rig.view.renderMode = RenderMode::FullscreenStereo;
+    rig.scene.view.renderMode = RenderMode::FullscreenStereo;
     rig.draw();
     const Calls calls = rig.draw({"DrawBuffer", "CallList"});
     if (usesPrograms()) {
@@ -256,7 +256,7 @@ TEST_P(DrawFrame, FullScreenStereoIsReadyOnlyWithPrograms)
 TEST_P(DrawFrame, StereoInAWindowIsOnlyAText)
 {
     showVolume();
-    rig.view.renderMode = RenderMode::Stereo;
+    rig.scene.view.renderMode = RenderMode::Stereo;
     rig.draw();
     EXPECT_EQ(rig.draw({"CallList", "DrawPixels"}).size(), 1U);
     EXPECT_EQ(rig.gl.count("DrawPixels"), 1);
@@ -266,8 +266,8 @@ TEST_P(DrawFrame, FourViewsShowThreeFlatOnesAndTheTurnedOne)
 {
     VoxelArray& array = showVolume();
     array.scale = {1, 1, 2};
-    rig.view.renderMode = RenderMode::FourViews;
-    rig.view.rotY = 270;
+    rig.scene.view.renderMode = RenderMode::FourViews;
+    rig.scene.view.rotY = 270;
     rig.draw();
     const RenderListCache& lists = rig.thread().lists();
     const Calls calls = rig.draw({"Translated", "Rotated", "Scaled", "CallList"});
@@ -308,14 +308,14 @@ TEST_P(DrawFrame, WithoutAStackThereIsOneLineOfText)
 
 TEST_P(DrawFrame, ClearsWithTheBackground)
 {
-    rig.view.backgroundColor = QColor(255, 0, 51);
+    rig.scene.view.backgroundColor = QColor(255, 0, 51);
     EXPECT_EQ(rig.draw({"ClearColor"}), Calls{"ClearColor(1, 0, 0.2, 0)"});
 }
 
 TEST_P(DrawFrame, BlendsAsTheViewSaysAndOverlaysPlainly)
 {
     showVolume();
-    rig.view.blendMode = GL_MAX;
+    rig.scene.view.blendMode = GL_MAX;
     EXPECT_EQ(rig.draw({"BlendEquationEXT"}),
               (Calls{"BlendEquationEXT(32776)", "BlendEquationEXT(32774)", "BlendEquationEXT(32776)"}));
     EXPECT_EQ(rig.draw({"BlendFunc", "AlphaFunc"}), (Calls{"BlendFunc(770, 771)", "AlphaFunc(516, 0)"}));
@@ -372,7 +372,7 @@ TEST_P(DrawFrame, DrawsTheFirstSurfaceInItsLightAfterTheVolume)
 TEST_P(DrawFrame, ASurfaceIsDrawnOnceInEachEye)
 {
     showVolume();
-    rig.view.renderMode = RenderMode::Anaglyph;
+    rig.scene.view.renderMode = RenderMode::Anaglyph;
     rig.scene.segmentations.push_back(std::make_unique<Segmentation>());
     rig.scene.segmentations.front()->facets = {facet(1)};
     rig.draw();
@@ -427,8 +427,8 @@ TEST_P(DrawFrame, RecordsKeyFramesWhileAsked)
 {
     VoxelArray& array = showVolume();
     rig.scene.recording = true;
-    rig.view.rotX = 12;
-    rig.view.transY = 0.5;
+    rig.scene.view.rotX = 12;
+    rig.scene.view.transY = 0.5;
     array.scale = {1, 2, 3};
     array.cut = {0, 1, 1, 2, 2, 3};
     array.channels()[0].display.alternatePalette = 5;
@@ -449,16 +449,6 @@ TEST_P(DrawFrame, RecordsKeyFramesWhileAsked)
     expected.zmin = 2;
     expected.zmax = 3;
     EXPECT_EQ(rig.scene.keyFrames[1], expected);
-}
-
-TEST_P(DrawFrame, AKeyFrameWithoutForceHoldsNoPalettes)
-{
-    KeyFrame key;
-    EXPECT_FALSE(rig.thread().getKeyFrame(rig.frame(), true, key));
-    showVolume();
-    EXPECT_TRUE(rig.thread().getKeyFrame(rig.frame(), false, key));
-    EXPECT_TRUE(key.palettes.empty());
-    EXPECT_EQ(key.channels.size(), 1U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, DrawFrame,
@@ -497,19 +487,36 @@ TEST_F(ProgramFrame, MakesItsProgramOnceAndBindsItAfterwards)
     EXPECT_TRUE(log.contains(QString("shaderID %1").arg(program)));
     EXPECT_EQ(rig.draw({"GenProgramsARB", "BindProgramARB"}),
               Calls{"BindProgramARB(34820, " + std::to_string(program) + ")"});
-    rig.thread().rebuildShader = true;
-    EXPECT_EQ(rig.draw({"DeleteProgramsARB", "GenProgramsARB"}).size(), 2U);
 }
 
-TEST_F(ProgramFrame, CompilesTheStoredTextAgain)
+TEST_F(ProgramFrame, MakesAnotherProgramWhenItsTextDiffersAndOnlyThen)
 {
     rig.draw();
-    rig.shaders().compile("of the editor");
-    rig.thread().recompileShader = true;
+    rig.scene.view.autoBitDepth = true;
+    EXPECT_EQ(rig.draw({"DeleteProgramsARB", "GenProgramsARB"}), Calls{});
+    rig.scene.current()->stack().bitDepth = 12;
+    EXPECT_EQ(rig.draw({"DeleteProgramsARB", "GenProgramsARB"}).size(), 2U);
+    // What the data use decides about the factor.
+    rig.scene.current()->stack().maxValue = 4000;
+    EXPECT_EQ(rig.draw({"DeleteProgramsARB", "GenProgramsARB"}).size(), 2U);
+    EXPECT_EQ(rig.draw({"DeleteProgramsARB", "GenProgramsARB"}), Calls{});
+}
+
+TEST_F(ProgramFrame, DrawsWithATypedTextUntilThereIsNone)
+{
+    const auto sent = [this] {
+        const auto calls = rig.gl.callsOf("ProgramStringARB");
+        return calls.size() == 1 ? std::string(calls[0].bytes.begin(), calls[0].bytes.end()) : std::string();
+    };
     rig.draw();
-    const auto sent = rig.gl.callsOf("ProgramStringARB");
-    ASSERT_EQ(sent.size(), 1U);
-    EXPECT_EQ(std::string(sent[0].bytes.begin(), sent[0].bytes.end()), "of the editor");
+    const std::string generated = sent();
+    rig.scene.view.programText = "of the editor";
+    rig.draw();
+    EXPECT_EQ(sent(), "of the editor");
+    EXPECT_EQ(rig.draw({"ProgramStringARB"}), Calls{});
+    rig.scene.view.programText.clear();
+    rig.draw();
+    EXPECT_EQ(sent(), generated);
 }
 
 TEST_F(ProgramFrame, AProgramThatDoesNotCompileShowsTheErrorUntilAnotherDoes)
@@ -517,9 +524,9 @@ TEST_F(ProgramFrame, AProgramThatDoesNotCompileShowsTheErrorUntilAnotherDoes)
     rig.gl.queueErrors({0x502});
     EXPECT_EQ(rig.draw({"CallList"}), Calls{});
     EXPECT_EQ(rig.gl.count("DrawPixels"), 1);
-    EXPECT_EQ(rig.draw({"CallList"}), Calls{});
+    EXPECT_EQ(rig.draw({"CallList", "ProgramStringARB"}), Calls{});
     EXPECT_EQ(rig.gl.count("DrawPixels"), 1);
-    rig.thread().rebuildShader = true;
+    rig.scene.view.programText = "another";
     rig.draw();
     EXPECT_EQ(rig.gl.count("DrawPixels"), 0);
     EXPECT_EQ(rig.draw({"CallList"}).size(), 1U);
@@ -527,7 +534,7 @@ TEST_F(ProgramFrame, AProgramThatDoesNotCompileShowsTheErrorUntilAnotherDoes)
 
 TEST_F(ProgramFrame, BoxesAreDrawnWithoutTheProgram)
 {
-    rig.view.showBoundingBox = true;
+    rig.scene.view.showBoundingBox = true;
     rig.draw();
     const Calls calls = rig.draw({"Enable", "Disable", "CallList"});
     const std::string box = call(rig.scene.current()->boxList(VoxelArray::WholeBox));

@@ -7,6 +7,7 @@
 
 #include "glsupport/glrecorder.h"
 #include "glsupport/renderrig.h"
+#include "scene/keyframeview.h"
 #include "support/logcapture.h"
 
 namespace tirn::test {
@@ -30,7 +31,7 @@ protected:
     void setSpin(int rate)
     {
         const std::scoped_lock lock(rig.scene.mutex);
-        rig.view.spinX = rate;
+        rig.scene.view.spinX = rate;
     }
     void drawOne()
     {
@@ -60,7 +61,7 @@ TEST_F(RenderThread, TheLastOfManyRequestsIsDrawn)
     for (int i = 1; i <= 100; ++i) {
         {
             const std::scoped_lock lock(rig.scene.mutex);
-            rig.view.rotY = i;
+            rig.scene.view.rotY = i;
         }
         rig.thread().requestFrame();
     }
@@ -79,17 +80,17 @@ TEST_F(RenderThread, ASpinGoesOnUntilItIsStopped)
     setSpin(0);
     rig.thread().wait();
     // 8 pixels a frame in a window 64 wide: -22.5 degrees each.
-    EXPECT_DOUBLE_EQ(std::fmod(rig.view.rotY / 22.5, 1.0), 0.0);
+    EXPECT_DOUBLE_EQ(std::fmod(rig.scene.view.rotY / 22.5, 1.0), 0.0);
 }
 
 TEST_F(RenderThread, ASpinStandsStillWhileTheMouseDrags)
 {
     show();
     setSpin(8);
-    rig.view.dragging = true;
+    rig.scene.view.dragging = true;
     drawOne();
     EXPECT_EQ(rig.thread().framesDrawn(), 1);
-    EXPECT_EQ(rig.view.rotY, 0);
+    EXPECT_EQ(rig.scene.view.rotY, 0);
 }
 
 TEST_F(RenderThread, StopAndWaitEndsASpinAndDropsRequests)
@@ -117,7 +118,7 @@ TEST_F(RenderThread, ARequestAfterAStopIsDrawnAllTheSame)
         setSpin(0);
         {
             const std::scoped_lock lock(rig.scene.mutex);
-            rig.view.rotZ = round;
+            rig.scene.view.rotZ = round;
         }
         rig.thread().requestFrame();
         rig.thread().wait();
@@ -128,13 +129,13 @@ TEST_F(RenderThread, ARequestAfterAStopIsDrawnAllTheSame)
 TEST_F(RenderThread, PlayingTimePointsKeepsItRunningAndWraps)
 {
     show(1, 3);
-    rig.settings.flashRate = 100000;
-    rig.thread().timeRate = 100;
-    rig.thread().animating = true;
+    rig.scene.settings.flashRate = 100000;
+    rig.scene.view.timeRate = 100;
+    rig.scene.view.playing = rig.scene.currentId();
     rig.thread().requestFrame();
     rig.surface().waitForFrames(8);
     EXPECT_TRUE(rig.thread().isRunning());
-    rig.thread().animating = false;
+    rig.scene.view.playing = StackId::None;
     rig.thread().requestFrame();
     rig.thread().wait();
     EXPECT_GE(rig.events.timePoints, 4);
@@ -145,9 +146,9 @@ TEST_F(RenderThread, BatchModePlaysAndFlashesNothing)
 {
     VoxelArray& array = show(1, 3);
     array.channels()[0].display.state = ChannelState::FlashOn;
-    rig.thread().animating = true;
-    rig.thread().timeRate = 1000;
-    rig.settings.flashRate = 0;
+    rig.scene.view.playing = rig.scene.currentId();
+    rig.scene.view.timeRate = 1000;
+    rig.scene.settings.flashRate = 0;
     rig.scene.batchMode = true;
     drawOne();
     EXPECT_EQ(rig.events.timePoints, 0);
@@ -158,7 +159,7 @@ TEST_F(RenderThread, AFlashingChannelKeepsItAliveButAsleep)
 {
     VoxelArray& array = show(2);
     array.channels()[0].display.state = ChannelState::FlashOn;
-    rig.settings.flashRate = 40;
+    rig.scene.settings.flashRate = 40;
     rig.thread().requestFrame();
     rig.surface().waitForFrames(4);
     EXPECT_TRUE(rig.thread().isRunning());
@@ -176,7 +177,7 @@ TEST_F(RenderThread, TheThreadSleepsThroughALongFlashPeriod)
 {
     VoxelArray& array = show();
     array.channels()[0].display.state = ChannelState::PaletteSwap;
-    rig.settings.flashRate = 1000000;
+    rig.scene.settings.flashRate = 1000000;
     rig.thread().requestFrame();
     rig.surface().waitForFrames(1);
     rig.renderLock.lock();
@@ -207,7 +208,7 @@ TEST_F(RenderThread, RecordedFramesBecomeKeyFrames)
     array.channels()[1].display = {ChannelState::Hidden, 1, 0};
     array.scale = {1, 2, 3};
     rig.scene.recording = true;
-    rig.view.rotX = 90;
+    rig.scene.view.rotX = 90;
     drawOne();
     drawOne();
     ASSERT_EQ(rig.scene.keyFrames.size(), 2U);
@@ -221,13 +222,11 @@ TEST_F(RenderThread, RecordedFramesBecomeKeyFrames)
     EXPECT_EQ(frame.channels[1], (ChannelDisplay{ChannelState::Hidden, 1, 0}));
 }
 
-TEST_F(RenderThread, AKeyFrameNeedsAStackAndLeavesPalettesOutUnlessAsked)
+TEST_F(RenderThread, AKeyFrameLeavesPalettesOutUnlessAsked)
 {
-    KeyFrame frame;
-    EXPECT_FALSE(rig.thread().getKeyFrame(takeFrameState(rig.scene, rig.view), true, frame));
     show();
-    EXPECT_TRUE(rig.thread().getKeyFrame(takeFrameState(rig.scene, rig.view), false, frame));
-    EXPECT_TRUE(frame.palettes.empty());
+    EXPECT_TRUE(shownKeyFrame(rig.scene, false).palettes.empty());
+    EXPECT_EQ(shownKeyFrame(rig.scene, true).palettes.size(), rig.scene.palettes.size());
 }
 
 TEST_F(RenderThread, AGrabbedFrameIsWhatWasDrawnAndHasNoAlpha)
@@ -252,8 +251,8 @@ TEST_F(RenderThread, WithoutAStackThereIsAMessageAndNoLoop)
 TEST_F(RenderThread, TwoHundredStopsWhileSpinningLeaveNothingBehind)
 {
     show(2, 2);
-    rig.thread().animating = true;
-    rig.thread().timeRate = 1000;
+    rig.scene.view.playing = rig.scene.currentId();
+    rig.scene.view.timeRate = 1000;
     for (int cycle = 0; cycle < 200; ++cycle) {
         setSpin(3);
         rig.thread().requestFrame();

@@ -36,13 +36,13 @@ TEST(OffscreenStage, DrawsWhatAWindowsContextDraws)
         RenderRig rig({160, 120});
         rig.show({stack});
         rig.setTables(tables);
-        rig.view.rotX = 25;
-        rig.view.rotY = 40;
+        rig.scene.view.rotX = 25;
+        rig.scene.view.rotY = 40;
         expected = rig.draw();
     }
     const auto stage = stageWith(stack, tables);
-    stage->view.rotX = 25;
-    stage->view.rotY = 40;
+    stage->scene.view.rotX = 25;
+    stage->scene.view.rotY = 40;
     const QImage seen = PictureMaker(stage->thread()).draw({{160, 120}});
     EXPECT_EQ(seen, expected.convertToFormat(QImage::Format_RGB32));
     EXPECT_FALSE(stage->rendererName().isEmpty());
@@ -63,11 +63,11 @@ TEST(OffscreenStage, TimesEachFrameOfATurn)
 {
     LogCapture log;
     const auto stage = stageWith(denseStack(8, 8, 8), {rampTable(256, {1, 1, 1}, 0.5)});
-    stage->view.rotY = 10;
+    stage->scene.view.rotY = 10;
     const TurnTimes times = timeTurn(*stage, {32, 32}, 5);
     EXPECT_EQ(times.frameMilliseconds.size(), 5U);
     EXPECT_EQ(times.error, "");
-    EXPECT_EQ(stage->view.rotY, 10);
+    EXPECT_EQ(stage->scene.view.rotY, 10);
     EXPECT_EQ((TurnTimes{{5, 1, 9, 2, 3}, {}}.median()), 3);
     EXPECT_EQ((TurnTimes{{5, 1, 9, 2, 3}, {}}.maximum()), 9);
     EXPECT_EQ(TurnTimes{}.median(), 0);

@@ -55,7 +55,7 @@ TEST_F(RecordedOverlays, TheFrameRateStandsInTheLowerLeft)
 {
     showVolume();
     rig.draw();
-    rig.view.showFrameRate = true;
+    rig.scene.view.showFrameRate = true;
     const auto positions = textPositions();
     ASSERT_EQ(positions.size(), 1U);
     EXPECT_EQ(positions[0][0], 10);
@@ -68,7 +68,7 @@ TEST_F(RecordedOverlays, TheOrientationStandsAHundredPixelsFromTheRight)
 {
     showVolume();
     rig.draw();
-    rig.thread().drawOrientation = true;
+    rig.scene.view.drawOrientation = true;
     const auto positions = textPositions();
     ASSERT_EQ(positions.size(), 1U);
     EXPECT_EQ(positions[0][0], kSide - 100);
@@ -78,7 +78,7 @@ TEST_F(RecordedOverlays, TheTimeLabelIsRightAligned)
 {
     VoxelArray& array = showVolume();
     rig.draw();
-    rig.thread().drawChannelTime = true;
+    rig.scene.view.drawChannelTime = true;
     EXPECT_EQ(textPositions()[0][0], kSide - (8 * 11 + 10));
     array.timeLabels()[0] = QString(40, 'x');
     EXPECT_EQ(textPositions()[0][0], 10);
@@ -88,7 +88,7 @@ TEST_F(RecordedOverlays, TheFileLabelIsCentredAndNeedsAWatermark)
 {
     showVolume();
     rig.draw();
-    rig.thread().drawFileLabelFlag = true;
+    rig.scene.view.drawFileLabel = true;
     EXPECT_TRUE(textPositions().empty());
     rig.scene.watermark = "seven77";
     EXPECT_EQ(textPositions()[0][0], kSide / 2 - 7 * 7 / 2);
@@ -100,11 +100,11 @@ TEST_F(RecordedOverlays, TheFontScaleMakesTextLarger)
 {
     showVolume();
     rig.draw();
-    rig.thread().drawOrientation = true;
+    rig.scene.view.drawOrientation = true;
     textPositions();
     const int width = textWidth();
     const int height = textHeight();
-    rig.thread().fontScale = 2;
+    rig.scene.view.fontScale = 2;
     textPositions();
     EXPECT_GT(textWidth(), width * 3 / 2);
     EXPECT_GT(textHeight(), height * 3 / 2);
@@ -114,9 +114,9 @@ TEST_F(RecordedOverlays, TheScaleBarStandsInEachCorner)
 {
     showVolume().stack().dimX = 0.1;
     rig.draw();
-    rig.view.showScaleBar = true;
+    rig.scene.view.showScaleBar = true;
     const auto at = [&](ScaleBarLocation location) {
-        rig.view.scaleBarLocation = location;
+        rig.scene.view.scaleBarLocation = location;
         return scaleBar();
     };
     EXPECT_EQ(at(ScaleBarLocation::TopLeft),
@@ -125,8 +125,8 @@ TEST_F(RecordedOverlays, TheScaleBarStandsInEachCorner)
     EXPECT_EQ(at(ScaleBarLocation::TopRight)[1], "Vertex3f(0.6, 0.9, -1.9)");
     EXPECT_EQ(at(ScaleBarLocation::BottomLeft)[1], "Vertex3f(-0.8, -0.8, -1.9)");
     EXPECT_EQ(at(ScaleBarLocation::BottomRight)[2], "Vertex3f(0.9, -0.8, -1.9)");
-    rig.view.ortho.zNear = -5;
-    rig.view.scaleBarSize = 0.5;
+    rig.scene.view.ortho.zNear = -5;
+    rig.scene.view.scaleBarSize = 0.5;
     EXPECT_EQ(at(ScaleBarLocation::TopRight)[1], "Vertex3f(0.4, 0.9, -4.9)");
     EXPECT_EQ(rig.gl.count("DrawPixels"), 1);
 }
@@ -134,12 +134,12 @@ TEST_F(RecordedOverlays, TheScaleBarStandsInEachCorner)
 TEST_F(RecordedOverlays, TheScaleBarOfFourViewsHasTwiceTheAnchorAndHalfTheFont)
 {
     showVolume().stack().dimX = 0.1;
-    rig.view.showScaleBar = true;
+    rig.scene.view.showScaleBar = true;
     rig.draw();
     scaleBar();
     const int height = textHeight();
-    rig.view.renderMode = RenderMode::FourViews;
-    rig.view.ortho = {-2, 2, -2, 2, -2, 2};
+    rig.scene.view.renderMode = RenderMode::FourViews;
+    rig.scene.view.ortho = {-2, 2, -2, 2, -2, 2};
     rig.draw();
     EXPECT_EQ(scaleBar()[1], "Vertex3f(-1.6, -1.6, -1.9)");
     EXPECT_LT(textHeight(), height * 3 / 4);
@@ -149,7 +149,7 @@ TEST_F(RecordedOverlays, AnUnknownVoxelSizeHasATextAndNoBar)
 {
     showVolume();
     rig.draw();
-    rig.view.showScaleBar = true;
+    rig.scene.view.showScaleBar = true;
     EXPECT_TRUE(scaleBar().empty());
     EXPECT_EQ(rig.gl.count("DrawPixels"), 1);
 }
@@ -161,7 +161,7 @@ TEST_F(RecordedOverlays, TheScaleBarMeasuresTheLongestPaddedSide)
         RecordedRig other(RenderThreadKind::FragmentProgram, {kSide, kSide});
         other.show({stack}).stack().dimX = dimX;
         other.makePalettes(1);
-        other.view.showScaleBar = true;
+        other.scene.view.showScaleBar = true;
         other.draw();
         return other.gl.callsOf("DrawPixels").front().bytes;
     };
@@ -175,7 +175,7 @@ TEST_F(RecordedOverlays, AreDrawnWithoutTexturesAndProgram)
 {
     showVolume();
     rig.draw();
-    rig.thread().drawOrientation = true;
+    rig.scene.view.drawOrientation = true;
     const std::vector<std::string> calls = rig.draw({"Enable", "Disable", "DrawPixels"});
     const auto text = std::find_if(calls.begin(), calls.end(),
                                    [](const std::string& each) { return each.starts_with("DrawPixels"); });
@@ -274,29 +274,27 @@ TEST_F(DrawnOverlays, ABrokenProgramIsToldInRed)
     VoxelArray& array = showNothing();
     EXPECT_EQ(inkIn(rig->draw()).pixels, 0);
     array.stack().bitDepth = 20;
-    rig->thread().rebuildShader = true;
     const Ink ink = inkIn(rig->draw());
     EXPECT_GT(ink.pixels, 50);
     EXPECT_EQ(ink.red, 255);
     EXPECT_EQ(ink.green + ink.blue, 0);
     array.stack().bitDepth = 8;
-    rig->thread().rebuildShader = true;
     EXPECT_EQ(inkIn(rig->draw()).pixels, 0);
 }
 
 TEST_F(DrawnOverlays, LabelsStandInTheLowerCorners)
 {
     showNothing();
-    rig->view.showFrameRate = true;
+    rig->scene.view.showFrameRate = true;
     EXPECT_TRUE(onlyIn(rig->draw(), kLowerLeft));
-    rig->view.showFrameRate = false;
-    rig->thread().drawOrientation = true;
+    rig->scene.view.showFrameRate = false;
+    rig->scene.view.drawOrientation = true;
     EXPECT_TRUE(onlyIn(rig->draw(), kLowerRight));
-    rig->thread().drawOrientation = false;
-    rig->thread().drawChannelTime = true;
+    rig->scene.view.drawOrientation = false;
+    rig->scene.view.drawChannelTime = true;
     EXPECT_TRUE(onlyIn(rig->draw(), kLowerRight));
-    rig->thread().drawChannelTime = false;
-    rig->thread().drawFileLabelFlag = true;
+    rig->scene.view.drawChannelTime = false;
+    rig->scene.view.drawFileLabel = true;
     rig->scene.watermark = "a file";
     EXPECT_TRUE(onlyIn(rig->draw(), QRect(kSide / 4, kSide / 2, kSide / 2, kSide / 2)));
 }
@@ -304,21 +302,21 @@ TEST_F(DrawnOverlays, LabelsStandInTheLowerCorners)
 TEST_F(DrawnOverlays, TheScaleBarHasItsCornerAndColour)
 {
     showNothing().stack().dimX = 0.1;
-    rig->view.showScaleBar = true;
-    rig->view.scaleBarColor = Qt::green;
+    rig->scene.view.showScaleBar = true;
+    rig->scene.view.scaleBarColor = Qt::green;
     const std::pair<ScaleBarLocation, QRect> corners[] = {{ScaleBarLocation::TopLeft, kUpperLeft},
                                                           {ScaleBarLocation::TopRight, kUpperRight},
                                                           {ScaleBarLocation::BottomLeft, kLowerLeft},
                                                           {ScaleBarLocation::BottomRight, kLowerRight}};
     for (const auto& [location, corner] : corners) {
-        rig->view.scaleBarLocation = location;
+        rig->scene.view.scaleBarLocation = location;
         const QImage picture = rig->draw();
         EXPECT_TRUE(onlyIn(picture, corner)) << static_cast<int>(location);
         EXPECT_EQ(inkIn(picture).green, 255);
         EXPECT_EQ(inkIn(picture).red, 0);
     }
     // The bar spans 0.3 of 2 units: 45 pixels, from -0.8 on.
-    rig->view.scaleBarLocation = ScaleBarLocation::BottomLeft;
+    rig->scene.view.scaleBarLocation = ScaleBarLocation::BottomLeft;
     const QImage picture = rig->draw();
     const int row = static_cast<int>(kSide * 0.9);
     EXPECT_GE(inkIn(picture, QRect(28, row - 1, 50, 3)).pixels, 44);
@@ -328,18 +326,18 @@ TEST_F(DrawnOverlays, TheScaleBarHasItsCornerAndColour)
 TEST_F(DrawnOverlays, LabelsKeepTheirColourWhateverTheBlending)
 {
     showNothing();
-    rig->thread().drawOrientation = true;
+    rig->scene.view.drawOrientation = true;
     const QImage added = rig->draw();
-    rig->view.blendMode = GL_MAX;
+    rig->scene.view.blendMode = GL_MAX;
     EXPECT_EQ(rig->draw(), added);
 }
 
 TEST_F(DrawnOverlays, TheBoundingBoxIsBlue)
 {
     showNothing();
-    rig->view.showBoundingBox = true;
-    rig->view.rotX = 30;
-    rig->view.rotY = 40;
+    rig->scene.view.showBoundingBox = true;
+    rig->scene.view.rotX = 30;
+    rig->scene.view.rotY = 40;
     const Ink ink = inkIn(rig->draw());
     EXPECT_GT(ink.pixels, 500);
     EXPECT_EQ(ink.blue, 255);
@@ -351,13 +349,13 @@ TEST_F(DrawnOverlays, AnAnaglyphFrameLeavesAllColoursToTheNext)
     rig->show({denseStack(8, 8, 8)});
     rig->setTables({test::rampTable(256, {1, 1, 1}, 1)});
     const QImage before = rig->draw();
-    rig->view.renderMode = RenderMode::Anaglyph;
-    rig->view.filterColors = 0;
+    rig->scene.view.renderMode = RenderMode::Anaglyph;
+    rig->scene.view.filterColors = 0;
     const Ink anaglyph = inkIn(rig->draw());
     EXPECT_GT(anaglyph.red, 100);
     EXPECT_GT(anaglyph.blue, 100);
     EXPECT_EQ(anaglyph.green, 0);
-    rig->view.renderMode = RenderMode::Normal;
+    rig->scene.view.renderMode = RenderMode::Normal;
     EXPECT_EQ(rig->draw(), before);
 }
 
@@ -367,8 +365,8 @@ TEST_F(DrawnOverlays, AnAnaglyphShowsAllChannelsOfASlice)
     std::fill(stack.voxels.begin(), stack.voxels.end(), 255);
     rig->show({stack});
     rig->setTables({test::rampTable(256, {1, 0, 0}, 0.5), test::rampTable(256, {0, 0, 1}, 0.5)});
-    rig->view.renderMode = RenderMode::Anaglyph;
-    rig->view.filterColors = 0;
+    rig->scene.view.renderMode = RenderMode::Anaglyph;
+    rig->scene.view.filterColors = 0;
     const Ink ink = inkIn(rig->draw());
     EXPECT_GT(ink.red, 50);
     EXPECT_GT(ink.blue, 50);
@@ -378,8 +376,8 @@ TEST_F(DrawnOverlays, FourViewsFillAllFourQuarters)
 {
     rig->show({denseStack(8, 8, 8)});
     rig->setTables({test::rampTable(256, {1, 1, 1}, 1)});
-    rig->view.renderMode = RenderMode::FourViews;
-    rig->view.ortho = {-2, 2, -2, 2, -2, 2};
+    rig->scene.view.renderMode = RenderMode::FourViews;
+    rig->scene.view.ortho = {-2, 2, -2, 2, -2, 2};
     const QImage picture = rig->draw();
     for (const QRect& quarter : {kUpperLeft, kUpperRight, kLowerLeft})
         EXPECT_GT(inkIn(picture, quarter).pixels, kSide * kSide / 4 * 9 / 10);

@@ -19,8 +19,8 @@ protected:
         VoxelArray& array = rig.show({denseStack(20, 24, 16, 2)});
         array.stack().dimX = 0.5;
         rig.setTables({rampTable(256, {1.0, 0.6, 0.2}, 0.3), rampTable(256, {0.2, 0.5, 1.0}, 0.2)});
-        rig.view.rotX = 20;
-        rig.view.rotY = 30;
+        rig.scene.view.rotX = 20;
+        rig.scene.view.rotY = 30;
     }
     QImage take(const PictureRequest& request, const PictureMaker::Limits& limits = {})
     {
@@ -32,13 +32,13 @@ protected:
     }
     void showOverlays()
     {
-        rig.view.showBoundingBox = true;
-        rig.view.showScaleBar = true;
-        rig.view.showFrameRate = false;
+        rig.scene.view.showBoundingBox = true;
+        rig.scene.view.showScaleBar = true;
+        rig.scene.view.showFrameRate = false;
         rig.scene.watermark = "A watermark that is long";
-        rig.thread().drawFileLabelFlag = true;
-        rig.thread().drawOrientation = true;
-        rig.thread().drawChannelTime = true;
+        rig.scene.view.drawFileLabel = true;
+        rig.scene.view.drawOrientation = true;
+        rig.scene.view.drawChannelTime = true;
     }
 
     LogCapture log;
@@ -76,9 +76,9 @@ class TiledPictures : public Pictures, public ::testing::WithParamInterface<Tile
 TEST_P(TiledPictures, JoinWithoutASeam)
 {
     showOverlays();
-    rig.view.renderMode = GetParam().mode;
-    rig.view.blendMode = GetParam().blend;
-    rig.thread().drawCutBoxFlag = true;
+    rig.scene.view.renderMode = GetParam().mode;
+    rig.scene.view.blendMode = GetParam().blend;
+    rig.scene.view.drawCutBox = true;
     const PictureRequest request{GetParam().size, 2.5};
     const QImage whole = take(request);
     const QImage tiled = take(request, {300});
@@ -101,10 +101,10 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(Pictures, JoinPastTheLargestViewport)
 {
     showOverlays();
-    rig.view.showBoundingBox = false;
-    rig.view.showScaleBar = false;
+    rig.scene.view.showBoundingBox = false;
+    rig.scene.view.showScaleBar = false;
     for (const RenderMode mode : {RenderMode::Normal, RenderMode::Anaglyph, RenderMode::FourViews}) {
-        rig.view.renderMode = mode;
+        rig.scene.view.renderMode = mode;
         EXPECT_LE(largestDifference(take({{900, 701}, 2}), take({{900, 701}, 2}, {300, 300})), 2);
     }
 }
@@ -135,12 +135,12 @@ TEST_F(Pictures, TilesReportStepsAndStopWhenAsked)
 
 TEST_F(Pictures, NothingMovesOnWhileOneIsTaken)
 {
-    rig.view.spinX = 8;
+    rig.scene.view.spinX = 8;
     rig.scene.recording = true;
-    rig.thread().animating = true;
-    const double before = rig.view.rotY;
+    rig.scene.view.playing = rig.scene.currentId();
+    const double before = rig.scene.view.rotY;
     take({{64, 64}});
-    EXPECT_EQ(rig.view.rotY, before);
+    EXPECT_EQ(rig.scene.view.rotY, before);
     EXPECT_TRUE(rig.scene.keyFrames.empty());
     EXPECT_EQ(rig.events.rotations, 0);
 }
@@ -173,7 +173,7 @@ TEST_F(Pictures, WithoutABufferThereIsAWarning)
 TEST_F(Pictures, OfNothingBehindTheVolumeTheBackgroundShows)
 {
     // Over black the straight colours times their opacity are the opaque picture.
-    rig.view.showBoundingBox = true;
+    rig.scene.view.showBoundingBox = true;
     const QImage opaque = take({{120, 120}});
     const QImage clear = take({{120, 120}, 1, true});
     ASSERT_EQ(clear.format(), QImage::Format_ARGB32);
@@ -207,7 +207,7 @@ TEST_F(Pictures, TextKeepsItsShareOfTheHeight)
         rig.scene.current()->channels()[0].display.state = ChannelState::Hidden;
         rig.scene.current()->channels()[1].display.state = ChannelState::Hidden;
         rig.scene.watermark = "HHHH";
-        rig.thread().drawFileLabelFlag = true;
+        rig.scene.view.drawFileLabel = true;
         const QImage picture = take({size, scale});
         int first = -1;
         int last = -1;

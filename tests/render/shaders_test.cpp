@@ -170,8 +170,8 @@ TEST(ShaderEntries, ThatAreThereAreNotLogged)
     const LogCapture log;
     const Shaders shaders;
     EXPECT_EQ(log.lines(), QStringList{});
-    EXPECT_FALSE(shaders.autoBitDepth);
-    EXPECT_FALSE(shaders.zCorrection);
+    EXPECT_FALSE(ViewState().autoBitDepth);
+    EXPECT_FALSE(ViewState().zCorrection);
     EXPECT_FALSE(shaders.trickFlagA);
     EXPECT_FALSE(shaders.trickFlagB);
 }
@@ -224,28 +224,32 @@ TEST(ShaderCompile, NeedsAVolume)
 {
     const GlRecorder gl(GlRecorder::Mode::StandAlone);
     Shaders shaders;
-    EXPECT_FALSE(shaders.makeProgram(nullptr));
-    EXPECT_EQ(shaders.channelSlots(nullptr), 0);
+    FrameState frame;
+    EXPECT_FALSE(shaders.makeProgram(frame));
+    EXPECT_EQ(channelSlots(frame), 0);
     VoxelArray array(4, 4, 4, {});
-    array.setChannelCount(3);
+    frame.array = &array;
+    frame.channels.resize(3);
     array.stack().bitDepth = 8;
-    EXPECT_TRUE(shaders.makeProgram(&array));
+    EXPECT_TRUE(shaders.makeProgram(frame));
     EXPECT_EQ(shaders.programText(), text8("t1,t2,t3", "2D"));
-    shaders.zCorrection = true;
-    EXPECT_EQ(shaders.channelSlots(&array), 4);
+    frame.view.zCorrection = true;
+    EXPECT_EQ(channelSlots(frame), 4);
     array.stack().bitDepth = 20;
-    EXPECT_FALSE(shaders.makeProgram(&array));
+    EXPECT_FALSE(shaders.makeProgram(frame));
 }
 
 TEST(ShaderCompile, TakesItsBitsFromTheVolume)
 {
     const GlRecorder gl(GlRecorder::Mode::StandAlone);
     Shaders shaders;
-    shaders.autoBitDepth = true;
     VoxelArray array(4, 4, 4, {});
     array.stack().bitDepth = 16;
     array.stack().maxValue = 255;
-    EXPECT_TRUE(shaders.makeProgram(&array));
+    FrameState frame;
+    frame.array = &array;
+    frame.view.autoBitDepth = true;
+    EXPECT_TRUE(shaders.makeProgram(frame));
     EXPECT_EQ(shaders.programText(), text16("t1", "256.000000", "2D", kScale));
 }
 

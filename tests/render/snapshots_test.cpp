@@ -39,7 +39,8 @@ protected:
     /// Pictures of plain colours: the n-th is (n, 2n, 3n) * 10.
     QImage take()
     {
-        seen.push_back({states(), rig.view.rotX, rig.view.rotY, rig.view.rotZ, rig.view.yRotation});
+        seen.push_back({states(), rig.scene.view.rotX, rig.scene.view.rotY, rig.scene.view.rotZ,
+                        rig.scene.view.yRotation});
         const int n = static_cast<int>(seen.size());
         if (n == failAt)
             return {};
@@ -50,11 +51,11 @@ protected:
     static QRgb colour(int n) { return qRgb(10 * n, 20 * n, 30 * n); }
     SnapshotSource source()
     {
-        return {rig.scene, rig.view, frame, [this] { return take(); },
+        return {rig.scene, frame, [this] { return take(); },
                 [this](double x, double y, double z) {
-                    rig.view.rotX = x;
-                    rig.view.rotY = y;
-                    rig.view.rotZ = z;
+                    rig.scene.view.rotX = x;
+                    rig.scene.view.rotY = y;
+                    rig.scene.view.rotZ = z;
                 }};
     }
 
@@ -100,13 +101,13 @@ TEST_F(Snapshots, AGridOfOffIsBlack)
 
 TEST_F(Snapshots, AStereoPairTurnsByHalfTheAngleToBothSides)
 {
-    rig.view.rotY = 33;
+    rig.scene.view.rotY = 33;
     const QImage right = stereoPair(source(), 8, true);
     ASSERT_EQ(seen.size(), 2U);
     EXPECT_EQ(seen[0].yRotation, -4);
     EXPECT_EQ(seen[1].yRotation, 4);
     EXPECT_EQ(seen[0].rotY, 33);
-    EXPECT_EQ(rig.view.yRotation, 0);
+    EXPECT_EQ(rig.scene.view.yRotation, 0);
     ASSERT_EQ(right.size(), QSize(12, 4));
     EXPECT_EQ(right.pixel(0, 0), colour(1));
     EXPECT_EQ(right.pixel(6, 3), colour(2));
@@ -121,9 +122,9 @@ TEST_F(Snapshots, TheLeftEyeSwapsThePair)
 
 TEST_F(Snapshots, ACrossTurnsAbsolutelyAndBackToWholeDegrees)
 {
-    rig.view.rotX = 12.7;
-    rig.view.rotY = 200.9;
-    rig.view.rotZ = 5.5;
+    rig.scene.view.rotX = 12.7;
+    rig.scene.view.rotY = 200.9;
+    rig.scene.view.rotZ = 5.5;
     frame = {100, 80};
     const QImage cross = orthographicCross(source(), {});
     ASSERT_EQ(seen.size(), 5U);
@@ -133,9 +134,9 @@ TEST_F(Snapshots, ACrossTurnsAbsolutelyAndBackToWholeDegrees)
         EXPECT_EQ(seen[i].rotY, turns[i].second) << i;
         EXPECT_EQ(seen[i].rotZ, 0) << i;
     }
-    EXPECT_EQ(rig.view.rotX, 12);
-    EXPECT_EQ(rig.view.rotY, 200);
-    EXPECT_EQ(rig.view.rotZ, 5);
+    EXPECT_EQ(rig.scene.view.rotX, 12);
+    EXPECT_EQ(rig.scene.view.rotY, 200);
+    EXPECT_EQ(rig.scene.view.rotZ, 5);
     // A stack 4 x 2 x 2: half as deep as wide. zthick 60, ythick 40.
     EXPECT_TRUE(log.contains("zthick 60 zoffset 20"));
     ASSERT_EQ(cross.size(), QSize(100 + 2 * 65, 80 + 2 * 55));
@@ -155,17 +156,17 @@ TEST_F(Snapshots, ACrossTurnsAbsolutelyAndBackToWholeDegrees)
 
 TEST_F(Snapshots, AFailedPictureEndsTheCompositeAndRestoresTheView)
 {
-    rig.view.rotX = 45;
+    rig.scene.view.rotX = 45;
     failAt = 2;
     EXPECT_TRUE(channelGrid(source(), {2, 2}, {0, 1, 2, 3}).isNull());
     EXPECT_EQ(seen.size(), 2U);
     EXPECT_EQ(states(), (std::vector<int>{0, 0, 0}));
     seen.clear();
     EXPECT_TRUE(stereoPair(source(), 10, true).isNull());
-    EXPECT_EQ(rig.view.yRotation, 0);
+    EXPECT_EQ(rig.scene.view.yRotation, 0);
     seen.clear();
     EXPECT_TRUE(orthographicCross(source(), {}).isNull());
-    EXPECT_EQ(rig.view.rotX, 45);
+    EXPECT_EQ(rig.scene.view.rotX, 45);
 }
 
 TEST_F(Snapshots, WithoutAStackThereIsNothingToTake)

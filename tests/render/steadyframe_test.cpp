@@ -49,7 +49,7 @@ TEST_P(SteadyFrame, CostsOneListCall)
     rig.draw();
     const GlRecorder gl(GlRecorder::Mode::Forward);
     for (int frame = 1; frame <= 3; ++frame) {
-        rig.view.rotZ += 5;
+        rig.scene.view.rotZ += 5;
         rig.draw();
         EXPECT_EQ(gl.count("CallList"), frame);
     }
@@ -80,8 +80,8 @@ TEST_P(SteadyFrame, ChangesListsWithoutBuildingOnASecondTurnOrTimeStep)
         for (int t = 0; t < 2; ++t) {
             array.setTimePoint(t);
             for (const auto& rotation : test::axisRotations()) {
-                rig.view.rotX = rotation[0];
-                rig.view.rotY = rotation[1];
+                rig.scene.view.rotX = rotation[0];
+                rig.scene.view.rotY = rotation[1];
                 rig.draw();
             }
         }

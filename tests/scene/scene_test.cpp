@@ -12,7 +12,6 @@ class SceneState : public ::testing::Test
 protected:
     test::LogCapture log;
     Scene scene;
-    ViewState view;
 };
 
 TEST_F(SceneState, HasNoCurrentVolumeOutsideItsList)
@@ -32,8 +31,8 @@ TEST_F(SceneState, WithoutAVolumeIsTheViewAlone)
 {
     scene.watermark = "mark";
     scene.batchMode = true;
-    view.rotY = 90;
-    const FrameState frame = takeFrameState(scene, view);
+    scene.view.rotY = 90;
+    const FrameState frame = takeFrameState(scene);
     EXPECT_EQ(frame.array, nullptr);
     EXPECT_EQ(frame.watermark, "mark");
     EXPECT_TRUE(frame.batchMode);
@@ -52,7 +51,7 @@ TEST_F(SceneState, IsCopiedAtTheBeginningOfAFrame)
     array.setTimePoint(2);
     array.scale = {1, 2, 3};
     array.channels()[1].display = {ChannelState::FlashOff, 4, 5};
-    const FrameState frame = takeFrameState(scene, view);
+    const FrameState frame = takeFrameState(scene);
     array.scale = {};
     array.setTimePoint(0);
     EXPECT_EQ(frame.array, &array);

@@ -51,14 +51,14 @@ protected:
     /// Describes time points of one file each.
     void describe(int timePoints, const QString& name)
     {
-        LoadDescription& description = thread->description();
+        description = LoadDescription();
         description.filesToLoad.assign(static_cast<std::size_t>(timePoints), {name});
         description.timePoints = timePoints;
         description.fileType = ImageType::BioRad;
     }
     bool load()
     {
-        if (!thread->startLoad({}))
+        if (!thread->startLoad(description, {}))
             return false;
         thread->wait();
         return loaded.has_value();
@@ -73,6 +73,7 @@ protected:
 
     LogCapture log;
     ReportList reports;
+    LoadDescription description;
     std::optional<LoadedStack> loaded;
 
 private:
@@ -99,20 +100,13 @@ TEST_F(FileThreadTest, TexturesMadeThereAreThereForTheOtherContexts)
     EXPECT_FALSE(thread->isLoading());
 }
 
-TEST_F(FileThreadTest, ALoadTakesItsDescriptionAndLeavesAFreshOne)
+TEST_F(FileThreadTest, ALoadIsThatOfItsDescriptionAndSurroundings)
 {
     describe(1, savePic(path("a.pic"), 16, 12, 8));
-    thread->description().setVoxelDimensions(1, 2, 3);
-    thread->description().setCrop({1, 2, 3, 4, 5, 6});
+    description.setVoxelDimensions(1, 2, 3);
     LoadSurroundings surroundings;
     surroundings.defaultEncode = 1;
-    ASSERT_TRUE(thread->startLoad(std::move(surroundings)));
-    const LoadDescription& next = thread->description();
-    EXPECT_TRUE(next.filesToLoad.empty());
-    EXPECT_EQ(next.fileType, ImageType::Unknown);
-    EXPECT_EQ(next.textureTarget, static_cast<GLenum>(GL_TEXTURE_3D));
-    EXPECT_EQ(next.dimZ, -1);
-    EXPECT_EQ(next.crop, CropLimits());
+    ASSERT_TRUE(thread->startLoad(description, std::move(surroundings)));
     EXPECT_TRUE(log.contains("defaultEncode 1"));
     thread->wait();
     ASSERT_TRUE(loaded);
@@ -131,12 +125,10 @@ TEST_F(FileThreadTest, ASecondLoadIsRefusedWhileOneIsUnderWay)
     };
     const QString name = savePic(path("a.pic"), 16, 12, 8);
     describe(1, name);
-    ASSERT_TRUE(thread->startLoad({}));
+    ASSERT_TRUE(thread->startLoad(description, {}));
     describe(3, name);
     EXPECT_TRUE(thread->isLoading());
-    EXPECT_FALSE(thread->startLoad({}));
-    EXPECT_FALSE(thread->load({{name}, {}, 0, 1, {}}));
-    EXPECT_EQ(thread->description().filesToLoad.size(), 3U);
+    EXPECT_FALSE(thread->startLoad(description, {}));
     {
         const std::scoped_lock lock(mutex);
         mayGoOn = true;
@@ -155,7 +147,7 @@ TEST_F(FileThreadTest, ALoadMayFollowAtOnceWhenTheLastOneIsThere)
     const QString name = savePic(path("a.pic"), 16, 12, 8);
     for (int i = 0; i < 20; ++i) {
         describe(1, name);
-        ASSERT_TRUE(thread->startLoad({}));
+        ASSERT_TRUE(thread->startLoad(description, {}));
         while (thread->isLoading())
             QThread::yieldCurrentThread();
     }
@@ -207,7 +199,7 @@ TEST_F(FileThreadTest, ConservedMemoryHoldsTwoTimePointsAtMost)
     const QString name = savePic(path("a.pic"), 256, 256, 96);
     for (const GLenum target : {GL_TEXTURE_2D, GL_TEXTURE_3D}) {
         describe(10, name);
-        thread->description().setRange(0, 95, 1, 0, target, false, 0, true);
+        description.setRange(0, 95, 1, 0, target, false, 0, true);
         const std::int64_t before = VoxelBuffer::liveBytes();
         peakBytes = 0;
         setVoxelAllocator(watchedBuffer);
@@ -228,11 +220,11 @@ TEST_F(FileThreadTest, ConservedMemoryOfMergedChannelsHoldsTwoTimePointsAtMost)
     const QString name = savePic(stack, 256, 256, 96);
     describe(3, name);
     // Told to be of a format that reads one file, two names are merged.
-    for (QStringList& names : thread->description().filesToLoad)
+    for (QStringList& names : description.filesToLoad)
         names = QStringList{name, name};
-    thread->description().fileType = ImageType::Zeiss;
-    thread->description().channels = 2;
-    thread->description().setRange(0, 95, 1, 0, GL_TEXTURE_2D, false, 0, true);
+    description.fileType = ImageType::Zeiss;
+    description.channels = 2;
+    description.setRange(0, 95, 1, 0, GL_TEXTURE_2D, false, 0, true);
     peakBytes = 0;
     setVoxelAllocator(watchedBuffer);
     const bool good = load();
@@ -252,7 +244,7 @@ TEST_F(FileThreadTest, TenLoadsCancelsAndFailuresInARowLeaveNothingBehind)
         };
         describe(4, name);
         if (i % 3 == 2)
-            thread->description().filesToLoad[2] = QStringList(path("gone.pic"));
+            description.filesToLoad[2] = QStringList(path("gone.pic"));
         EXPECT_EQ(load(), i % 3 == 0) << i;
         discard();
     };
@@ -291,18 +283,19 @@ TEST_F(FileThreadTest, FilesInADirectoryWithoutPermissionAreNamed)
 class LoadInProgram : public AppTest
 {
 protected:
-    LoadDescription& description() { return app().fileThread().description(); }
+    LoadDescription description;
     void describe(const std::vector<QStringList>& files, int channels = 1)
     {
-        description().filesToLoad = files;
-        description().timePoints = static_cast<int>(files.size());
-        description().channels = channels;
-        description().fileType = ImageType::BioRad;
+        description = LoadDescription(app().preferences().defaultEncode);
+        description.filesToLoad = files;
+        description.timePoints = static_cast<int>(files.size());
+        description.channels = channels;
+        description.fileType = ImageType::BioRad;
     }
     void load()
     {
-        ASSERT_TRUE(app().startLoad());
-        app().fileThread().wait();
+        ASSERT_TRUE(app().loads().startLoad(description));
+        app().loads().fileThread().wait();
         settle();
     }
     std::vector<int> palettesOfCurrent()
@@ -340,8 +333,8 @@ TEST_F(LoadInProgram, PalettesThatWentMeanwhileLeaveTheFirst)
     describe({{picFile("c0.pic")}});
     load();
     describe({{picFile("d0.pic"), picFile("d1.pic")}}, 2);
-    ASSERT_TRUE(app().startLoad());
-    app().fileThread().wait();
+    ASSERT_TRUE(app().loads().startLoad(description));
+    app().loads().fileThread().wait();
     app().closeAll();
     settle();
     ASSERT_EQ(app().arrayCount(), 1);
@@ -381,13 +374,13 @@ TEST_F(LoadInProgram, TheCancelButtonEndsASeriesWithoutABox)
 {
     const QString name = picFile("a.pic", 64, 64, 32);
     describe(std::vector<QStringList>(200, {name}));
-    ASSERT_TRUE(app().startLoad());
+    ASSERT_TRUE(app().loads().startLoad(description));
     while (dialog() == nullptr || dialog()->value() < 1)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     EXPECT_EQ(dialog()->maximum(), 200 * 200);
     EXPECT_EQ(dialog()->labelText().contains(name), true);
     dialog()->findChild<QPushButton*>()->click();
-    app().fileThread().wait();
+    app().loads().fileThread().wait();
     settle();
     EXPECT_EQ(app().arrayCount(), 0);
     EXPECT_FALSE(dialog()->isVisible());
@@ -406,11 +399,11 @@ TEST_F(LoadInProgram, InterfaceEventsAreServedAllTheWay)
     std::map<QString, int> served;
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, &app(), [&] {
-        if (app().fileThread().isLoading() && dialog() != nullptr)
+        if (app().loads().fileThread().isLoading() && dialog() != nullptr)
             ++served[dialog()->labelText().section(' ', 0, 0)];
     });
     timer.start(0);
-    ASSERT_TRUE(app().startLoad());
+    ASSERT_TRUE(app().loads().startLoad(description));
     while (app().arrayCount() == 0)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     EXPECT_GT(served["Encoding"], 0);
@@ -421,7 +414,7 @@ TEST_F(LoadInProgram, InterfaceEventsAreServedAllTheWay)
 TEST_F(LoadInProgram, ALoadThatIsUnderWayAtTheEndIsGivenUp)
 {
     describe(std::vector<QStringList>(50, {picFile("a.pic", 64, 64, 32)}));
-    ASSERT_TRUE(app().startLoad());
+    ASSERT_TRUE(app().loads().startLoad(description));
     quit();
     EXPECT_EQ(liveGlNames(), LiveGlNames());
     restart();
@@ -430,8 +423,8 @@ TEST_F(LoadInProgram, ALoadThatIsUnderWayAtTheEndIsGivenUp)
 TEST_F(LoadInProgram, AStackThatArrivesAtTheEndIsGivenUpWithItsPalettes)
 {
     describe({{picFile("a.pic"), picFile("b.pic")}}, 2);
-    ASSERT_TRUE(app().startLoad());
-    app().fileThread().wait();
+    ASSERT_TRUE(app().loads().startLoad(description));
+    app().loads().fileThread().wait();
     quit();
     EXPECT_EQ(liveGlNames(), LiveGlNames());
     restart();

@@ -16,11 +16,6 @@ TEST(LoadDescription, ThePreferenceDecidesAboutTheTarget)
     EXPECT_EQ(LoadDescription(0).textureTarget, k2D);
     EXPECT_EQ(LoadDescription(1).textureTarget, k3D);
     EXPECT_EQ(LoadDescription(7).textureTarget, k2D);
-    LoadDescription description(1);
-    description.setDefaultEncode(7);
-    EXPECT_EQ(description.textureTarget, k3D);
-    description.setDefaultEncode(0);
-    EXPECT_EQ(description.textureTarget, k2D);
 }
 
 TEST(LoadDescription, TheWholeStackTakesBackTheRange)

@@ -25,7 +25,7 @@ TEST(LoadWhileDrawing, BothGoOnSideBySideAndTheNewStackIsDrawnAfterwards)
     VoxelArray& shown = rig.show({denseStack(24, 20, 16)});
     rig.setTables({ColourTable(1024, 200)});
     shown.channels()[0].display.state = ChannelState::FlashOn;
-    rig.settings.flashRate = 1;
+    rig.scene.settings.flashRate = 1;
     rig.makeCurrent();
     rig.hidden().context().doneCurrent();
 
@@ -45,18 +45,19 @@ TEST(LoadWhileDrawing, BothGoOnSideBySideAndTheNewStackIsDrawnAfterwards)
     file.z = 20;
     const QString pic = file.save(directory.filePath("a.pic"));
 
-    rig.thread().animating = true;
+    rig.scene.view.playing = rig.scene.currentId();
     rig.thread().requestFrame();
     for (int round = 0; round < 3; ++round) {
         rig.surface().waitForFrames(rig.surface().frames() + 2);
-        thread.description().filesToLoad = {{pic, pic}, {pic, pic}, {pic, pic}};
-        thread.description().timePoints = 3;
-        thread.description().channels = 2;
-        thread.description().fileType = ImageType::BioRad;
+        LoadDescription description;
+        description.filesToLoad = {{pic, pic}, {pic, pic}, {pic, pic}};
+        description.timePoints = 3;
+        description.channels = 2;
+        description.fileType = ImageType::BioRad;
         LoadSurroundings surroundings;
         surroundings.paletteCount = 1;
         surroundings.paletteTables = &rig.paletteTables();
-        ASSERT_TRUE(thread.startLoad(std::move(surroundings)));
+        ASSERT_TRUE(thread.startLoad(description, std::move(surroundings)));
         rig.surface().waitForFrames(rig.surface().frames() + 2);
         thread.wait();
         std::optional<LoadedStack> loaded;
@@ -71,11 +72,9 @@ TEST(LoadWhileDrawing, BothGoOnSideBySideAndTheNewStackIsDrawnAfterwards)
             rig.scene.palettes.push_back(std::move(palette));
         rig.scene.arrays.push_back(std::move(loaded->array));
         rig.hidden().context().doneCurrent();
-        rig.thread().rebuildShader = true;
-        rig.thread().forceRebuild = true;
         rig.scene.currentIndex = static_cast<int>(rig.scene.arrays.size()) - 1;
         rig.scene.current()->channels()[0].display.state = ChannelState::FlashOn;
-        rig.thread().animating = true;
+        rig.scene.view.playing = rig.scene.currentId();
         rig.thread().requestFrame();
         rig.surface().waitForFrames(rig.surface().frames() + 2);
     }

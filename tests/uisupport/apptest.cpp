@@ -59,7 +59,7 @@ void AppTest::settle()
 void AppTest::load(const QStringList& names)
 {
     app().loadFromCommandLine(QStringList{"tirn"} + names);
-    app().fileThread().wait();
+    app().loads().fileThread().wait();
     settle();
 }
 

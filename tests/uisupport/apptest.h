@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include <QTemporaryDir>
@@ -20,7 +21,12 @@ protected:
 
     TirnApplication& app() { return *m_app; }
     TirnWidget& widget() { return *m_app->currentWidget(); }
-    ViewState view() { return widget().view(); }
+    ViewState view() { return app().model().view(); }
+
+    void changeView(const std::function<void(ViewState&)>& change)
+    {
+        app().model().edit(Change::Look | Change::Pose, [&](Scene& scene) { change(scene.view); });
+    }
 
     /// Starts again from nothing.
     void restart();

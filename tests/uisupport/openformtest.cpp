@@ -25,15 +25,17 @@ void PrintTo(const SeenBox& box, std::ostream* stream)
 
 OpenFormTest::OpenFormTest() { card.hasTexture3D = true; }
 
-OpenServices OpenFormTest::services()
+FormServices OpenFormTest::services()
 {
-    const auto start = [this] {
-        if (isBusy)
-            return false;
-        m_started.push_back(std::exchange(next, LoadDescription()));
-        return true;
-    };
-    return {[this]() -> LoadDescription& { return next; }, start, settings, card};
+    return {app().model(), *this, app().stacks(), app().jobs(), app().pictures(), settings, card, {}, {}};
+}
+
+bool OpenFormTest::startLoad(LoadDescription load)
+{
+    if (isBusy)
+        return false;
+    m_started.push_back(std::move(load));
+    return true;
 }
 
 SeenBox OpenFormTest::seenBox()

@@ -5,7 +5,7 @@
 
 #include <QMessageBox>
 
-#include "ui/openservices.h"
+#include "ui/toolform.h"
 #include "uisupport/apptest.h"
 #include "uisupport/modalanswers.h"
 
@@ -25,12 +25,14 @@ struct SeenBox
 void PrintTo(const SeenBox& box, std::ostream* stream);
 
 /// A form that opens stacks, with loads that are only recorded.
-class OpenFormTest : public AppTest
+class OpenFormTest : public AppTest, public LoadService
 {
 protected:
     OpenFormTest();
 
-    OpenServices services();
+    FormServices services();
+    bool startLoad(LoadDescription load) override;
+    void chooseStack() override {}
     /// The box on the screen, which is then closed; without a title when there is none.
     SeenBox seenBox();
     /// Answers the next question with the button of this text, or closes it where there is none; the question
@@ -55,7 +57,6 @@ protected:
     const LoadDescription& loaded() const { return m_started.back(); }
     std::size_t loads() const { return m_started.size(); }
 
-    LoadDescription next;
     Settings settings;
     GlCapabilities card;
     /// Another load is under way.

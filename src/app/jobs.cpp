@@ -1,0 +1,137 @@
+#include "app/jobs.h"
+
+#include <QFileInfo>
+#include <QStatusBar>
+
+#include "ui/edits/exportdialog.h"
+#include "ui/edits/filterdialogs.h"
+#include "ui/messages.h"
+
+namespace tirn {
+
+Jobs::Jobs(SceneModel& model, MainForm& mainForm, Settings& settings, QOpenGLContext& share, RenderLock& lock,
+           QObject& receiver)
+    : m_model(model), m_mainForm(mainForm), m_settings(settings),
+      m_filterProgress(new JobProgressForm("filterstuff", &mainForm)),
+      m_saveProgress(new JobProgressForm("exportstuff", &mainForm))
+{
+    JobReport filters;
+    filters.progress = [&receiver](const QString& message, int done, int total) {
+        QCoreApplication::postEvent(&receiver, new ImageProgressEvent(message, done, total));
+    };
+    filters.finished = [&receiver](const JobResult& result) {
+        QCoreApplication::postEvent(&receiver, new ReencodeDoneEvent(result.error));
+    };
+    m_filterThread = std::make_unique<FilterThread>(share, lock, std::move(filters));
+    JobReport others;
+    others.progress = [this](const QString& message, int done, int total) {
+        QMetaObject::invokeMethod(
+            this, [this, message, done, total] { m_saveProgress->setProgress(message, done, total); },
+            Qt::QueuedConnection);
+    };
+    others.finished = [this](const JobResult& result) {
+        const auto tell = [this, result] {
+            m_saveProgress->finish();
+            // What is called may start the next job.
+            if (const auto finished = std::exchange(m_finished, nullptr))
+                finished(result);
+        };
+        QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
+    };
+    m_saveThread = std::make_unique<ExportThread>(std::move(others));
+    connect(m_filterProgress, &JobProgressForm::cancelled, this, [this] { m_filterThread->cancel(); });
+    connect(m_saveProgress, &JobProgressForm::cancelled, this, [this] { m_saveThread->cancel(); });
+}
+
+bool Jobs::canStart()
+{
+    if (m_model.scene().current() == nullptr || m_model.scene().batchMode)
+        return false;
+    if (!m_filterThread->isBusy() && !m_saveThread->isBusy())
+        return true;
+    m_mainForm.showNote("Another job is still at work on a stack.");
+    return false;
+}
+
+bool Jobs::runJob(const QString& caption, const QString& text, Job job,
+                  std::function<void(const JobResult&)> finished)
+{
+    if (!canStart())
+        return false;
+    m_finished = std::move(finished);
+    m_saveProgress->start(caption, text);
+    return m_saveThread->startJob(std::move(job));
+}
+
+void Jobs::filter(FilterOperation operation)
+{
+    if (!canStart())
+        return;
+    const auto parameters = askFilter(operation, m_model.scene().current()->channelCount(), &m_mainForm);
+    // While the dialog stood another job may have begun, or the stack been closed.
+    if (!parameters || !canStart())
+        return;
+    m_filterProgress->start(kFilterCaption, progressText(operation));
+    if (!m_filterThread->filter({m_model.scene().current(), *parameters}))
+        m_filterProgress->finish();
+}
+
+void Jobs::exportStack(ExportMode mode)
+{
+    if (!canStart())
+        return;
+    std::optional<ExportJob> job =
+        askExport(*m_model.scene().current(), mode, m_settings.stackPath, &m_mainForm);
+    if (job)
+        write(std::move(*job));
+}
+
+void Jobs::write(ExportJob job)
+{
+    m_settings.stackPath = QFileInfo(job.fileName).absolutePath();
+    const QString text = "Writing " + QFileInfo(job.fileName).fileName();
+    const auto run = [job = std::move(job)](const Progress& progress) { return runExportJob(job, progress); };
+    runJob("Export stack", text, run, [this](const JobResult& result) {
+        if (result.outcome == JobOutcome::Failed)
+            showMessage(&m_mainForm, QMessageBox::Warning, "Export stack", result.error);
+        else if (result.outcome == JobOutcome::Done)
+            m_mainForm.showNote("The stack was written.");
+    });
+}
+
+bool Jobs::handle(const ImageProgressEvent& event)
+{
+    // A job may have ended while what it said of its progress was still on the way.
+    if (!m_filterProgress->isVisible())
+        return false;
+    m_filterProgress->setProgress(event.message, event.progress, event.total);
+    return true;
+}
+
+void Jobs::handle(const ReencodeDoneEvent& event)
+{
+    m_filterProgress->finish();
+    m_mainForm.statusBar()->clearMessage();
+    m_model.follow(Change::Voxels);
+    m_model.redraw();
+    if (!event.message.isEmpty())
+        showMessage(&m_mainForm, QMessageBox::Warning, kFilterCaption, event.message);
+}
+
+void Jobs::finish()
+{
+    m_filterThread->stopAndWait();
+    m_saveThread->wait();
+}
+
+bool Jobs::mayClose()
+{
+    if (!m_saveThread->isBusy())
+        return true;
+    m_mainForm.statusBar()->showMessage("A stack is still being written.");
+    m_saveProgress->raise();
+    m_saveProgress->activateWindow();
+    return false;
+}
+
+} // namespace tirn

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <memory>
+
+#include <QPointer>
+
+#include "app/events.h"
+#include "threads/exportthread.h"
+#include "threads/filterthread.h"
+#include "ui/edits/jobprogressform.h"
+#include "ui/formservices.h"
+#include "ui/main/mainform.h"
+
+namespace tirn {
+
+/// Jobs on the voxels of stacks: filters, exports, and what forms ask for. One at a time, since an image has
+/// no lock.
+class Jobs : public QObject, public JobService
+{
+    Q_OBJECT
+
+public:
+    /// Reports of filters are posted to `receiver` as events.
+    Jobs(SceneModel& model, MainForm& mainForm, Settings& settings, QOpenGLContext& share, RenderLock& lock,
+         QObject& receiver);
+    ~Jobs() override { finish(); }
+
+    bool runJob(const QString& caption, const QString& text, Job job,
+                std::function<void(const JobResult&)> finished) override;
+    /// Asks for the parameters of a filter and runs it on the current stack.
+    void filter(FilterOperation operation);
+    /// Asks for a name and writes the current stack.
+    void exportStack(ExportMode mode);
+    /// Writes it.
+    void write(ExportJob job);
+    /// Ends what is at work: a filter is cancelled, everything else comes to its end.
+    void finish();
+    /// False, with the progress in front, while something is being written.
+    bool mayClose();
+    FilterThread& filterThread() { return *m_filterThread; }
+    ExportThread& saveThread() { return *m_saveThread; }
+
+    /// False when the progress is none of a filter's.
+    bool handle(const ImageProgressEvent& event);
+    void handle(const ReencodeDoneEvent& event);
+
+private:
+    /// With a stack and no other job; the status bar tells of that one.
+    bool canStart();
+
+    SceneModel& m_model;
+    MainForm& m_mainForm;
+    Settings& m_settings;
+    QPointer<JobProgressForm> m_filterProgress;
+    QPointer<JobProgressForm> m_saveProgress;
+    /// Whom the job on the save thread belongs to.
+    std::function<void(const JobResult&)> m_finished;
+    std::unique_ptr<FilterThread> m_filterThread;
+    std::unique_ptr<ExportThread> m_saveThread;
+};
+
+} // namespace tirn

@@ -1,0 +1,207 @@
+#include "app/loads.h"
+
+#include <QFileDialog>
+#include <QFileInfo>
+
+#include "base/log.h"
+#include "formats/filefilters.h"
+#include "formats/imageio.h"
+#include "palettes/palettefile.h"
+#include "ui/messages.h"
+#include "ui/open/stackopenform.h"
+
+namespace tirn {
+
+Loads::Loads(const LoadNeeds& needs, QObject& receiver) : m_needs(needs)
+{
+    LoadReport report;
+    report.progress = [&receiver](const QString& message, int value, int total, bool done) {
+        QCoreApplication::postEvent(&receiver, new ProgressEvent(message, value, total, done));
+    };
+    report.loaded = [&receiver](LoadedStack stack) {
+        QCoreApplication::postEvent(&receiver, new StackLoadedEvent(std::move(stack)));
+    };
+    m_fileThread = std::make_unique<FileThread>(needs.hidden.context(), std::move(report));
+}
+
+Loads::~Loads() { m_fileThread->stopAndWait(); }
+
+VolumeOptions Loads::volumeOptions() const
+{
+    const RenderSettings& limits = m_needs.model.scene().settings;
+    return {m_needs.kind, limits.texLimit2D, limits.texLimit3D, false, &m_needs.curveTextures};
+}
+
+bool Loads::startLoad(LoadDescription load)
+{
+    LoadSurroundings surroundings;
+    surroundings.options = volumeOptions();
+    surroundings.defaultEncode = m_needs.settings.defaultEncode;
+    surroundings.paletteCount = static_cast<int>(m_needs.model.scene().palettes.size());
+    surroundings.paletteGeneration = static_cast<PaletteGeneration>(m_needs.settings.paletteGeneration);
+    surroundings.paletteTables = &m_needs.paletteTables;
+    return m_fileThread->startLoad(std::move(load), std::move(surroundings));
+}
+
+void Loads::chooseStack()
+{
+    const QString name = QFileDialog::getOpenFileName(&m_needs.mainForm, "Select first stack",
+                                                      m_needs.settings.stackPath, stackFileFilter());
+    if (name.trimmed().isEmpty())
+        return;
+    if (auto* form = static_cast<StackOpenForm*>(m_needs.form(FormId::Stack, false)))
+        form->setup(name);
+}
+
+void Loads::loadFromCommandLine(const QStringList& arguments)
+{
+    if (arguments.size() < 2)
+        return;
+    m_needs.hidden.makeCurrent();
+    const CommandLine line = parseCommandLine(
+        arguments, [](const QString& name) { return ImageIO::probeType(name) != ImageType::Unknown; });
+    if (!line.session.isEmpty()) {
+        Q_EMIT m_needs.mainForm.loadSession(line.session);
+        return;
+    }
+    for (const QString& name : line.missing)
+        showMessage(&m_needs.mainForm, QMessageBox::Warning, "File does not exist", "Cannot find " + name);
+    for (const QString& name : line.unknown) {
+        logDebug("I have no idea what this is! %s", qPrintable(name));
+        m_needs.mainForm.showNote("I have no idea what this is! " + name);
+    }
+    if (arguments.size() == 3 && line.palettes.size() == 1 && line.stacks.isEmpty())
+        logDebug("Usage: %s <stack file> <palette file>\n", qPrintable(arguments.first()));
+    if (!line.palettes.isEmpty() || !line.stacks.isEmpty())
+        loadNamed(line);
+}
+
+void Loads::loadNamed(const CommandLine& line)
+{
+    const auto before = static_cast<int>(m_needs.model.scene().palettes.size());
+    PaletteList palettes = readPalettes(line.palettes);
+    while (before + static_cast<int>(palettes.size()) < line.stacks.size())
+        palettes.push_back(std::make_unique<Palette>("", 8, &m_needs.paletteTables));
+    m_needs.stacks.addPalettes(std::move(palettes));
+    if (line.stacks.isEmpty())
+        return;
+    LoadDescription load(m_needs.settings.defaultEncode);
+    // What is named is encoded the better way, whatever the preference.
+    load.textureTarget = GL_TEXTURE_2D;
+    load.filesToLoad = {line.stacks};
+    NamedLoad named;
+    named.firstPalette = before;
+    named.paletteIds.assign(line.paletteIds.begin(), line.paletteIds.end());
+    if (line.stacks.size() == 1 && line.palettes.size() == 1 && line.paletteIds.empty())
+        named.palette = line.palettes.first();
+    load.named = std::move(named);
+    startLoad(std::move(load));
+}
+
+PaletteList Loads::readPalettes(const QStringList& names)
+{
+    m_needs.hidden.makeCurrent();
+    PaletteList palettes;
+    for (const QString& name : names) {
+        const QFileInfo info(name);
+        PaletteFile file(name);
+        if (file.read()) {
+            palettes.push_back(file.makePalette(&m_needs.paletteTables));
+            palettes.back()->setPath(info.absolutePath());
+            m_needs.mainForm.paletteLoaded(info.absoluteFilePath());
+        } else if (!info.exists()) {
+            showMessage(&m_needs.mainForm, QMessageBox::Warning, "File does not exist",
+                        "Cannot find " + name);
+        } else {
+            showMessage(&m_needs.mainForm, QMessageBox::Warning, "File load error",
+                        "The file " + name + " does not use a known palett file format.");
+        }
+    }
+    return palettes;
+}
+
+void Loads::loadPalettes(const QStringList& names)
+{
+    if (names.isEmpty())
+        return;
+    m_needs.settings.palettePath = QFileInfo(names.first()).absolutePath();
+    m_needs.stacks.addPalettes(readPalettes(names));
+}
+
+void Loads::chooseSegmentation()
+{
+    const QString name =
+        QFileDialog::getOpenFileName(&m_needs.mainForm, "Load Segmentation", m_needs.settings.stackPath,
+                                     "Stereolitho (*.stl *.stla *.stlb);; All Files (*)");
+    if (!name.isEmpty())
+        loadSegmentation(name);
+}
+
+void Loads::loadSegmentation(const QString& fileName)
+{
+    auto mesh = std::make_unique<Segmentation>();
+    if (!mesh->load(fileName)) {
+        showMessage(&m_needs.mainForm, QMessageBox::Warning, "Load Error", "Failed to load " + fileName);
+        return;
+    }
+    logDebug("Segmentation %s loaded.", qPrintable(fileName));
+    m_needs.model.editLists(Change::Look, [&](Scene& scene) {
+        // One surface is drawn: the newest.
+        scene.segmentations.clear();
+        scene.segmentations.push_back(std::move(mesh));
+    });
+    showMessage(&m_needs.mainForm, QMessageBox::Information, "Segmentation", fileName + " loaded.");
+}
+
+void Loads::handle(StackLoadedEvent& event)
+{
+    logDebug("Made it to stack Loaded!!!");
+    const int channels = event.array->channelCount();
+    const int timePoints = event.array->timePointCount();
+    m_needs.stacks.add(std::move(event.array), std::move(event.palettes));
+    m_needs.mainForm.addRecentStack(event.filesToLoad, channels, timePoints);
+}
+
+void Loads::handle(const ProgressEvent& event)
+{
+    if (event.done) {
+        resetProgress();
+        if (!event.message.isEmpty())
+            showMessage(&m_needs.mainForm, QMessageBox::Warning, "File load error", event.message);
+        return;
+    }
+    if (event.total == -1) {
+        showProgress(event.message, event.progress + m_lastBaseProgress, -1);
+        return;
+    }
+    m_lastBaseProgress = event.progress;
+    showProgress(event.message, event.progress, event.total);
+}
+
+void Loads::resetProgress()
+{
+    if (m_progress != nullptr)
+        m_progress->reset();
+}
+
+void Loads::showProgress(const QString& message, int value, int total)
+{
+    if (m_progress == nullptr) {
+        m_progress = new QProgressDialog("Loading...", "Cancel", 0, 0, &m_needs.mainForm);
+        m_progress->setObjectName("progress");
+        m_progress->setWindowTitle("Tirn");
+        m_progress->setAutoReset(true);
+        m_progress->setAutoClose(true);
+        // Loads that take no time leave the dialog unseen.
+        m_progress->setMinimumDuration(400);
+        connect(m_progress, &QProgressDialog::canceled, this, &Loads::stopLoading);
+    }
+    if (!message.isEmpty())
+        m_progress->setLabelText(message);
+    if (total >= 0 && m_progress->maximum() != total)
+        m_progress->setMaximum(total);
+    if (m_progress->value() != value)
+        m_progress->setValue(value);
+}
+
+} // namespace tirn

@@ -1,0 +1,194 @@
+#include "app/menus.h"
+
+#include <QMenu>
+
+namespace tirn {
+
+namespace {
+
+struct FilterAction
+{
+    const char* action;
+    FilterOperation operation;
+};
+
+constexpr FilterAction kFilterActions[] = {
+    {"filterMeanAction", FilterOperation::Mean},
+    {"filterMedianAction", FilterOperation::Median},
+    {"filterMinAction", FilterOperation::Minimum},
+    {"filterMaxAction", FilterOperation::Maximum},
+    {"filterCustomAction", FilterOperation::Custom},
+    {"backgroundAction", FilterOperation::BackgroundSubtract},
+    {"flipXAction", FilterOperation::FlipX},
+    {"flipYAction", FilterOperation::FlipY},
+    {"flipZAction", FilterOperation::FlipZ},
+    {"invertAction", FilterOperation::Invert},
+};
+
+/// By what the entries are called.
+struct ExportAction
+{
+    const char* action;
+    ExportMode mode;
+};
+
+constexpr ExportAction kExportActions[] = {
+    {"fileSaveCoreAction", ExportMode::Core},
+    {"fileSaveZAction", ExportMode::ZCorrected},
+    {"fileSaveAllAction", ExportMode::AllChanges},
+};
+
+/// The context menu in order: forms, actions of the main window under a text of their own, separators, and
+/// the list of volumes.
+struct ContextRow
+{
+    enum class Kind { Form, Action, Volumes, Separator };
+    Kind kind = Kind::Separator;
+    FormId form = FormId::About;
+    const char* text = "";
+    const char* action = "";
+};
+
+constexpr ContextRow formEntry(FormId id) { return {ContextRow::Kind::Form, id, "", ""}; }
+
+constexpr ContextRow actionEntry(const char* text, const char* action)
+{
+    return {ContextRow::Kind::Action, FormId::About, text, action};
+}
+
+constexpr ContextRow kContextMenu[] = {
+    actionEntry("Open Stack", "stackOpenAction"),
+    formEntry(FormId::Manager),
+    formEntry(FormId::Palette),
+    {ContextRow::Kind::Volumes, FormId::About, "Volumes", ""},
+    actionEntry("Close All", "closeAllAction"),
+    {},
+    formEntry(FormId::View),
+    formEntry(FormId::CutPlanes),
+    formEntry(FormId::Renderer),
+    {},
+    formEntry(FormId::SnapShot),
+    formEntry(FormId::MovieMaker),
+    {},
+    actionEntry("Help", "helpContentsAction"),
+    formEntry(FormId::AnalyzeThis),
+    actionEntry("About", "helpAboutAction"),
+    {},
+    actionEntry("", "fileExitAction"),
+};
+
+void connectForms(const MenuTargets& targets)
+{
+    for (const FormRow& row : formRows()) {
+        QAction* action = targets.mainForm.action(row.action);
+        if (action == nullptr)
+            continue;
+        FormTable* forms = &targets.forms;
+        const FormId id = row.id;
+        if (!action->isCheckable()) {
+            QObject::connect(action, &QAction::triggered, forms, [forms, id] { forms->create(id, true); });
+            continue;
+        }
+        QObject::connect(action, &QAction::toggled, forms,
+                         [forms, id](bool show) { forms->create(id, show); });
+        QObject::connect(forms, &FormTable::visibilityChanged, action,
+                         [action, id](FormId changed, bool visible) {
+                             const QSignalBlocker blocker(action);
+                             if (changed == id)
+                                 action->setChecked(visible);
+                         });
+    }
+}
+
+void buildVolumesMenu(QMenu& menu, const MenuTargets& targets)
+{
+    menu.clear();
+    const Scene& scene = targets.model.scene();
+    StackList* stacks = &targets.stacks;
+    for (const auto& array : scene.arrays) {
+        QAction* action = menu.addAction(menuText(array->name()));
+        action->setCheckable(true);
+        action->setChecked(array->id() == scene.currentId());
+        QObject::connect(action, &QAction::triggered, stacks,
+                         [stacks, id = array->id()] { stacks->makeCurrent(id); });
+    }
+    if (menu.isEmpty())
+        menu.addAction(QMenu::tr("none"))->setEnabled(false);
+}
+
+/// An entry whose form is not there stands in its place, disabled.
+void addForm(QMenu& menu, FormId id, FormTable& forms)
+{
+    const FormRow& row = formRow(id);
+    QAction* entry = menu.addAction(QMenu::tr(row.contextText));
+    entry->setEnabled(row.make != nullptr);
+    QObject::connect(entry, &QAction::triggered, &forms, [forms = &forms, id] { forms->create(id, true); });
+}
+
+void addAction(QMenu& menu, const ContextRow& row, QAction* action)
+{
+    if (*row.text == '\0') {
+        menu.addAction(action);
+        return;
+    }
+    QAction* entry = menu.addAction(QMenu::tr(row.text));
+    // Tests find it, and so does who enables it.
+    entry->setObjectName(QString("context_") + row.action);
+    QObject::connect(entry, &QAction::triggered, action, &QAction::trigger);
+}
+
+} // namespace
+
+void connectActions(const MenuTargets& targets)
+{
+    MainForm* mainForm = &targets.mainForm;
+    const auto on = [mainForm](const char* name, auto slot) {
+        QObject::connect(mainForm->action(name), &QAction::triggered, mainForm, slot);
+    };
+    on("stackOpenAction", [loads = &targets.loads] { loads->chooseStack(); });
+    on("sequenceTiffAction", [mainForm] { mainForm->loadSequenceTiff(); });
+    on("segmentationOpenAction", [loads = &targets.loads] { loads->chooseSegmentation(); });
+    on("closeStackAction", [stacks = &targets.stacks] { stacks->close(-1); });
+    on("closeAllAction", [stacks = &targets.stacks] { stacks->closeAll(); });
+    on("printAction", [pictures = &targets.pictures, mainForm] { pictures->printWindow(mainForm); });
+    on("fileExitAction", [mainForm] { mainForm->close(); });
+    on("editCopyAction", [pictures = &targets.pictures] { pictures->copyWindow(); });
+    on("stretchToUsedBitsAction", [model = &targets.model](bool stretches) {
+        model->edit(Change::Look, [=](Scene& scene) { scene.view.autoBitDepth = stretches; });
+    });
+    on("helpContentsAction", [help = targets.help] { help("index.html"); });
+    on("checkForUpdatesAction", [mainForm] { mainForm->checkForUpdates(); });
+    for (const FilterAction& each : kFilterActions)
+        on(each.action, [jobs = &targets.jobs, each] { jobs->filter(each.operation); });
+    for (const ExportAction& each : kExportActions)
+        on(each.action, [jobs = &targets.jobs, each] { jobs->exportStack(each.mode); });
+    connectForms(targets);
+}
+
+void fillContextMenu(QMenu& menu, const MenuTargets& targets)
+{
+    for (const ContextRow& row : kContextMenu) {
+        switch (row.kind) {
+        case ContextRow::Kind::Separator:
+            menu.addSeparator();
+            break;
+        case ContextRow::Kind::Form:
+            addForm(menu, row.form, targets.forms);
+            break;
+        case ContextRow::Kind::Action:
+            addAction(menu, row, targets.mainForm.action(row.action));
+            break;
+        case ContextRow::Kind::Volumes: {
+            QMenu* volumes = menu.addMenu(QMenu::tr(row.text));
+            QObject::connect(volumes, &QMenu::aboutToShow, volumes,
+                             [volumes, targets] { buildVolumesMenu(*volumes, targets); });
+            break;
+        }
+        }
+    }
+    QObject::connect(&menu, &QMenu::aboutToShow, &menu, [&menu, model = &targets.model] {
+        menu.findChild<QAction*>("context_closeAllAction")->setEnabled(!model->scene().batchMode);
+    });
+}
+
+} // namespace tirn

@@ -1,0 +1,58 @@
+#include "scene/sceneedits.h"
+
+namespace tirn {
+
+namespace {
+
+double* axisOf(double& x, double& y, double& z, int axis)
+{
+    double* const axes[] = {&x, &y, &z};
+    return axis >= 0 && axis <= 2 ? axes[axis] : nullptr;
+}
+
+} // namespace
+
+bool rotateView(ViewState& view, double degrees, int axis)
+{
+    double* const angle = axisOf(view.rotX, view.rotY, view.rotZ, axis);
+    if (angle != nullptr)
+        *angle = wrapDegrees(*angle + degrees);
+    return angle != nullptr;
+}
+
+bool translateView(ViewState& view, double offset, int axis)
+{
+    double* const place = axisOf(view.transX, view.transY, view.transZ, axis);
+    if (place != nullptr)
+        *place += offset;
+    return place != nullptr;
+}
+
+void setScale(VoxelArray& array, const AxisScale& scale) { array.scale = scale; }
+
+void setAxisScale(VoxelArray& array, int axis, double value)
+{
+    AxisScale scale = array.scale;
+    scale[axis] = value;
+    for (int k = 0; k < 3 && array.preserveScaleRatio; ++k)
+        scale[k] = value * array.baseScale[k] / array.baseScale[axis];
+    setScale(array, scale);
+}
+
+void setCurrentStack(Scene& scene, int index)
+{
+    scene.currentIndex = index;
+    if (!scene.isPlaying())
+        scene.view.playing = StackId::None;
+}
+
+void resetView(Scene& scene)
+{
+    ViewState& view = scene.view;
+    view.rotX = view.rotY = view.rotZ = 0;
+    view.transX = view.transY = view.transZ = 0;
+    if (VoxelArray* array = scene.current())
+        array->scale = {};
+}
+
+} // namespace tirn

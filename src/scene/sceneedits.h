@@ -1,0 +1,25 @@
+#pragma once
+
+#include "scene/scene.h"
+
+namespace tirn {
+
+// Changes of a scene as plain functions, for SceneModel::edit and for whoever holds the scene's lock.
+
+/// Adds to the angle about an axis, in degrees; false where there is no such axis.
+bool rotateView(ViewState& view, double degrees, int axis);
+/// Moves along an axis, in drawing units; false where there is no such axis.
+bool translateView(ViewState& view, double offset, int axis);
+
+/// Gives one axis a scale; a volume that keeps its ratio has the others follow.
+void setAxisScale(VoxelArray& array, int axis, double value);
+/// Gives each axis its scale.
+void setScale(VoxelArray& array, const AxisScale& scale);
+
+/// Makes a volume current; what played stops.
+void setCurrentStack(Scene& scene, int index);
+
+/// Rotation and translation as at the start, and every scale of the current volume 1.
+void resetView(Scene& scene);
+
+} // namespace tirn

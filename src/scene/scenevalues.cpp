@@ -1,0 +1,98 @@
+#include "scene/scenevalues.h"
+
+#include <algorithm>
+
+namespace tirn {
+
+namespace {
+
+StackValues valuesOf(const VoxelArray& array)
+{
+    StackValues values;
+    values.id = array.id();
+    values.scale = array.scale;
+    values.baseScale = array.baseScale;
+    values.voxelSize = {array.stack().dimX, array.stack().dimY, array.stack().dimZ};
+    values.preserveScaleRatio = array.preserveScaleRatio;
+    values.cut = array.cut;
+    for (const Channel& channel : array.channels())
+        values.channels.push_back(channel.display);
+    return values;
+}
+
+void restore(VoxelArray& array, const StackValues& values, Changes which)
+{
+    if (which & Change::Scale) {
+        array.scale = values.scale;
+        array.baseScale = values.baseScale;
+        array.preserveScaleRatio = values.preserveScaleRatio;
+        array.stack().dimX = values.voxelSize.x;
+        array.stack().dimY = values.voxelSize.y;
+        array.stack().dimZ = values.voxelSize.z;
+    }
+    if (which & Change::Cut)
+        array.cut = values.cut;
+    if (which & Change::Channels) {
+        for (std::size_t c = 0; c < std::min(values.channels.size(), array.channels().size()); ++c)
+            array.channels()[c].display = values.channels[c];
+    }
+}
+
+struct Pose
+{
+    double rotX, rotY, rotZ, transX, transY, transZ;
+};
+
+Pose poseOf(const ViewState& view)
+{
+    return {view.rotX, view.rotY, view.rotZ, view.transX, view.transY, view.transZ};
+}
+
+void setPose(ViewState& view, const Pose& pose)
+{
+    view.rotX = pose.rotX;
+    view.rotY = pose.rotY;
+    view.rotZ = pose.rotZ;
+    view.transX = pose.transX;
+    view.transY = pose.transY;
+    view.transZ = pose.transZ;
+}
+
+/// All of a view but its pose and what moves by itself.
+void setLook(ViewState& view, const ViewState& look)
+{
+    const ViewState before = view;
+    view = look;
+    setPose(view, poseOf(before));
+    view.spinX = before.spinX;
+    view.spinY = before.spinY;
+    view.spinZ = before.spinZ;
+    view.dragging = before.dragging;
+    view.playing = before.playing;
+    view.timeRate = before.timeRate;
+}
+
+} // namespace
+
+SceneValues valuesOf(const Scene& scene)
+{
+    SceneValues values;
+    values.view = scene.view;
+    for (const auto& array : scene.arrays)
+        values.stacks.push_back(valuesOf(*array));
+    return values;
+}
+
+void restoreValues(Scene& scene, const SceneValues& values, Changes which)
+{
+    if (which & Change::Look)
+        setLook(scene.view, values.view);
+    if (which & Change::Pose)
+        setPose(scene.view, poseOf(values.view));
+    for (const StackValues& stack : values.stacks) {
+        if (VoxelArray* array = scene.find(stack.id))
+            restore(*array, stack, which);
+    }
+}
+
+} // namespace tirn

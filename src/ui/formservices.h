@@ -1,0 +1,78 @@
+#pragma once
+
+#include <functional>
+
+#include <QImage>
+
+#include "base/jobresult.h"
+#include "base/progress.h"
+#include "gl/glinfo.h"
+#include "scene/scenemodel.h"
+#include "session/settings.h"
+#include "threads/loaddescription.h"
+#include "ui/formid.h"
+
+namespace tirn {
+
+class ToolForm;
+
+/// Loads, whoever asks for them.
+class LoadService
+{
+public:
+    virtual ~LoadService() = default;
+    /// False, with nothing changed, when another load is under way.
+    virtual bool startLoad(LoadDescription load) = 0;
+    /// Asks for the first file of a stack, and opens the form that loads it.
+    virtual void chooseStack() = 0;
+};
+
+/// The list of loaded volumes.
+class StackService
+{
+public:
+    virtual ~StackService() = default;
+    /// False when there is no such volume.
+    virtual bool makeCurrent(StackId id) = 0;
+    virtual void closeStack(StackId id) = 0;
+};
+
+/// Long work on the voxels of a stack; one job at a time.
+class JobService
+{
+public:
+    using Job = std::function<JobResult(const Progress&)>;
+
+    virtual ~JobService() = default;
+    /// Runs a job on another thread, with its progress in front, and calls `finished` on the interface thread
+    /// afterwards. False, with a note in the status bar, while another job is at work.
+    virtual bool runJob(const QString& caption, const QString& text, Job job,
+                        std::function<void(const JobResult&)> finished) = 0;
+};
+
+/// Pictures of what is shown.
+class PictureService
+{
+public:
+    virtual ~PictureService() = default;
+    /// What the window shows; null without a stack.
+    virtual QImage grabWindow() = 0;
+};
+
+/// What forms share with the program around them. All of it outlives the forms.
+struct FormServices
+{
+    SceneModel& model;
+    LoadService& loads;
+    StackService& stacks;
+    JobService& jobs;
+    PictureService& pictures;
+    /// Holds the directories that all file dialogs share, and the preferences.
+    Settings& settings;
+    const GlCapabilities& card;
+    std::function<void(const Settings&)> storePreferences;
+    /// Another form, made if need be, and shown or left as it is. Null when it cannot be made.
+    std::function<ToolForm*(FormId, bool show)> form;
+};
+
+} // namespace tirn
