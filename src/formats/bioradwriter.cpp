@@ -1,11 +1,13 @@
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <vector>
 
 #include "base/checkedsize.h"
 #include "base/log.h"
 #include "formats/bioradio.h"
 #include "formats/bioradlayout.h"
+#include "formats/fileending.h"
 #include "formats/outputfile.h"
 #include "image/voxelallocation.h"
 
@@ -35,11 +37,13 @@ std::int64_t layerBytes(const ImageAttributes& attributes)
     return std::int64_t{attributes.x} * attributes.y * attributes.bytesPerSample();
 }
 
+/// The bits of the whole part: -1, which stands for an unknown magnification, has all of them set.
 std::uint32_t truncated(float magnification)
 {
-    if (!(magnification > 0))
+    if (std::isnan(magnification))
         return 0;
-    return static_cast<std::uint32_t>(std::min<double>(static_cast<double>(magnification), UINT32_MAX));
+    const double whole = std::clamp<double>(static_cast<double>(magnification), INT32_MIN, UINT32_MAX);
+    return static_cast<std::uint32_t>(static_cast<std::int64_t>(whole));
 }
 
 /// One name a channel, made from a pattern where only that is given.
@@ -49,7 +53,7 @@ QStringList channelNames(const QStringList& names, int channels)
         return names;
     QString pattern = names.first();
     log(LogLevel::Debug, QLatin1String("Pattern ") + pattern);
-    if (pattern.endsWith(QLatin1String(".pic")))
+    if (hasEnding(pattern, ".pic"))
         pattern.chop(4);
     QStringList made;
     for (int c = 0; c < channels; ++c)
@@ -79,7 +83,7 @@ QString refusal(const QStringList& names, const ImageAttributes& attributes, con
 QString writeChannel(QString name, const ImageAttributes& attributes, const std::uint8_t* data, int first,
                      int last, int step, bool overwrite)
 {
-    if (!name.endsWith(QLatin1String(".pic")))
+    if (!hasEnding(name, ".pic"))
         name += QLatin1String(".pic");
     log(LogLevel::Debug, QLatin1String("opening file: ") + name);
     if (!overwrite && ImageIO::exists(name))

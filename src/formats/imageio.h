@@ -61,6 +61,7 @@ public:
 
 protected:
     ImageFile& owner() { return m_owner; }
+    const ImageFile& owner() const { return m_owner; }
     /// The owner's attributes, to read and to change.
     ImageAttributes& attributes();
     QFile& file(int index) { return *m_files[static_cast<std::size_t>(index)]; }

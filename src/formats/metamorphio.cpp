@@ -52,11 +52,13 @@ ImageAttributes MetaMorphIO::readAttributes()
     ImageAttributes record;
     m_directory = {};
     if (fileCount() > 0) {
-        const QString name = file(0).fileName();
         if (!file(0).open(QIODevice::ReadOnly))
-            fail(QLatin1String("Unable to open file: ") + name);
-        else if (readDirectory(record) && describe(record))
+            fail(QLatin1String("Unable to open file: ") + file(0).fileName());
+        else if (readDirectory(record)) {
+            // A file with a directory is of this format, whatever else is wrong with it.
             record.type = ImageType::MetaMorph;
+            describe(record);
+        }
         file(0).close();
     }
     logDebug("exit readAttributes\n");
@@ -81,7 +83,8 @@ bool MetaMorphIO::readDirectory(ImageAttributes& record)
     DirectoryReader reader(window, ByteOrder::Little);
     std::int64_t position = header.firstOffset;
     std::vector<IFDEntry> entries;
-    for (std::uint32_t next = 1; next != 0;) {
+    std::uint32_t next = 1;
+    for (int count = 0; next != 0 && count < metamorph::kMostDirectories; ++count) {
         auto directory = reader.read(position);
         if (!directory)
             break;
@@ -163,6 +166,7 @@ bool MetaMorphIO::readCalibration(WindowedFile& window, ImageAttributes& record)
         ByteReader pair(window.at(pairs->valueOffset + 8 * i, 8));
         const std::uint32_t id = pair.u32();
         const std::uint32_t value = pair.u32();
+        logDebug("%u %u", id, value);
         if (id == metamorph::kXCalibration) {
             takeRational("x", value, record.dimX);
         } else if (id == metamorph::kYCalibration) {
@@ -214,7 +218,7 @@ bool MetaMorphIO::readLayers(int first, int last, int step)
         logDebug("Ok idiot, why do you want to load 0 layers?");
         return true;
     }
-    if (!hasStrips(m_directory))
+    if (!hasLayerStrips(m_directory))
         return false;
     const auto layerBytes =
         checkedProduct({stack.fileX, stack.fileY, stack.channels, stack.bytesPerSample()});
@@ -314,6 +318,8 @@ bool MetaMorphIO::readPlanes(int first, int step, int count, std::int64_t bytes)
                 readFailed = true;
             if (!plan.read(positioned, voxels.data() + place))
                 readFailed = true;
+            if (planes.bytes == planes.layerBytes)
+                interleavePlanes(m_directory, voxels.data() + place, planes.bytes);
         }
     });
     // Reported, but reading goes on: what is missing is 0.

@@ -2,6 +2,7 @@
 
 #include "base/checkedsize.h"
 #include "base/log.h"
+#include "base/parallel.h"
 #include "formats/tiffdirectory.h"
 #include "formats/tifftags.h"
 #include "image/imagefile.h"
@@ -86,7 +87,10 @@ bool MTiffIO::readPages(ImageAttributes& record)
         return true;
     };
     // A chain that runs in a circle keeps the pages before it closes.
-    if (walkDirectories(window, *header.order, header.firstOffset, keep) == WalkEnd::Stopped)
+    const WalkEnd end = walkDirectories(window, *header.order, header.firstOffset, keep);
+    if (end == WalkEnd::TooMany)
+        return failForDirectories();
+    if (end == WalkEnd::Stopped)
         return false;
     if (pages.empty())
         return fail(QStringLiteral("Unable to seek to first ifd"));
@@ -146,17 +150,18 @@ bool MTiffIO::readLayers(int first, int last, int step)
     const auto bytes = samples ? checkedProduct({*samples, stack.bytesPerSample()}) : std::nullopt;
     if (!bytes)
         return fail(QStringLiteral("Read error"));
-    const std::int64_t layerBytes = *samples / count * (stack.bitDepth / 8);
+    std::vector<const IFD*> layers;
     SegmentPlan plan(*bytes);
     for (int k = 0; k < count; ++k) {
         const IFD& page = m_stkIFD.front()[static_cast<std::size_t>(first + std::int64_t{k} * step)];
-        if (!hasStrips(page))
+        if (!hasLayerStrips(page))
             return false;
-        appendStrips(page, layerBytes, plan);
+        appendStrips(page, *bytes / count, stack.channels, plan);
+        layers.push_back(&page);
     }
     if (!file(0).open(QIODevice::ReadOnly))
         return fail(QStringLiteral("Unable to open file"));
-    const bool done = readPlanned(plan, *bytes, count);
+    const bool done = readPlanned(plan, layers);
     file(0).close();
     if (!done)
         return false;
@@ -165,9 +170,12 @@ bool MTiffIO::readLayers(int first, int last, int step)
     return true;
 }
 
-bool MTiffIO::readPlanned(const SegmentPlan& plan, std::int64_t bytes, int count)
+bool MTiffIO::readPlanned(const SegmentPlan& plan, const std::vector<const IFD*>& layers)
 {
     ImageAttributes& stack = attributes();
+    const std::int64_t bytes = plan.bufferBytes();
+    const int count = static_cast<int>(layers.size());
+    const std::int64_t layerBytes = bytes / count;
     const PositionedFile positioned(file(0));
     if (plan.startsOutside(positioned.size()))
         return fail(QStringLiteral("File seek error"));
@@ -176,7 +184,7 @@ bool MTiffIO::readPlanned(const SegmentPlan& plan, std::int64_t bytes, int count
         logDebug("file read error");
         return fail(QStringLiteral("Read error"));
     }
-    if (held < bytes && !earlyEnd(held, bytes, static_cast<int>(held / (bytes / count)), count))
+    if (held < bytes && !earlyEnd(held, bytes, static_cast<int>(held / layerBytes), count))
         return false;
     releaseStack();
     VoxelBuffer voxels = allocateVoxels(bytes, "Could not allocate memory for MTiff stack");
@@ -187,8 +195,13 @@ bool MTiffIO::readPlanned(const SegmentPlan& plan, std::int64_t bytes, int count
         logDebug("file read error");
         return fail(QStringLiteral("Read error"));
     }
-    if (!littleEndian() && stack.bitDepth > 8)
-        swapEndian(voxels.data(), bytes / stack.bytesPerSample(), stack.bitDepth / 8);
+    parallelFor(0, count, 1, [&](std::int64_t begin, std::int64_t end) {
+        for (std::int64_t k = begin; k < end; ++k)
+            interleavePlanes(*layers[static_cast<std::size_t>(k)], voxels.data() + k * layerBytes,
+                             layerBytes);
+    });
+    if (!littleEndian() && stack.hasWords())
+        swapEndian(voxels.data(), bytes / stack.bytesPerSample(), stack.bytesPerSample());
     setStack(std::move(voxels), stack.fileX, stack.fileY, count);
     return true;
 }

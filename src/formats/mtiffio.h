@@ -27,7 +27,7 @@ public:
 private:
     bool readPages(ImageAttributes& record);
     bool fits(const IFD& page);
-    bool readPlanned(const SegmentPlan& plan, std::int64_t bytes, int count);
+    bool readPlanned(const SegmentPlan& plan, const std::vector<const IFD*>& layers);
 };
 
 } // namespace tirn

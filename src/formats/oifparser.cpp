@@ -101,6 +101,9 @@ bool OifParser::takeSection(Kind kind, const Section& section)
         if (!date.isNull()) {
             const QString text = QString(date).remove('\'').remove('"').trimmed().replace(' ', 'T');
             m_attributes.timestamp = QDateTime::fromString(text, Qt::ISODate);
+            // No reason to refuse the voxels.
+            if (!m_attributes.timestamp.isValid())
+                logDebug("problem with common paramters");
         }
         return true;
     }
@@ -151,18 +154,20 @@ bool OifParser::takeAxis(const Section& section)
 bool OifParser::takeDepthAxis(const Section& section)
 {
     const int maxSize = valueOf(section, "MaxSize").toInt();
-    const double interval = valueOf(section, "Interval").toDouble();
-    const QString unit = valueOf(section, "PixUnit");
-    if (maxSize < 1 || maxSize > kMost || !(interval > 0))
+    if (maxSize < 1 || maxSize > kMost)
         return false;
     m_attributes.fileZ = maxSize;
-    if (isQuoted(unit, "nm"))
-        m_attributes.dimZ = interval / 1000.0;
-    else if (isQuoted(unit, "um"))
-        m_attributes.dimZ = interval;
-    else
+    const QString unit = valueOf(section, "PixUnit");
+    const bool nanometres = isQuoted(unit, "nm");
+    if (!unit.isNull() && !nanometres && !isQuoted(unit, "um"))
         return false;
-    return true;
+    // Without an interval the size is unknown.
+    const QString text = valueOf(section, "Interval");
+    if (text.isNull())
+        return true;
+    const double interval = text.toDouble();
+    m_attributes.dimZ = nanometres ? interval / 1000.0 : interval;
+    return interval > 0;
 }
 
 bool OifParser::takeChannel(const Section& section)

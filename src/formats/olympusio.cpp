@@ -74,7 +74,7 @@ bool OlympusIO::readPlane(Plane& plane, std::byte* buffer) const
     if (!plane.error.isEmpty())
         return false;
     SegmentPlan plan(plane.bytes);
-    appendStrips(pages.front(), plane.bytes, plan);
+    appendStrips(pages.front(), plane.bytes, 1, plan);
     const PositionedFile positioned(file);
     plane.held = plan.held(positioned.size());
     if (!plan.read(positioned, buffer)) {

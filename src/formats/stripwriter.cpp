@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <climits>
+#include <cmath>
+#include <numeric>
 
 #include "base/checkedsize.h"
 #include "base/log.h"
@@ -13,6 +15,20 @@ namespace tirn {
 namespace {
 constexpr int kLargestShort = 65535;
 constexpr double kMicronsPerCentimetre = 10000.0;
+
+/// A positive number as a fraction of two numbers of 32 bits, to three decimals where there is room for them.
+std::vector<std::uint32_t> wideFraction(double value)
+{
+    constexpr double most = UINT_MAX;
+    if (value < 1)
+        return {1, static_cast<std::uint32_t>(std::min(std::round(1 / value), most))};
+    const double scale = std::clamp(std::floor(most / value), 1.0, 1000.0);
+    const auto numerator = static_cast<std::uint32_t>(std::min(std::round(value * scale), most));
+    const auto denominator = static_cast<std::uint32_t>(scale);
+    const std::uint32_t common = std::gcd(numerator, denominator);
+    return {numerator / common, denominator / common};
+}
+
 } // namespace
 
 QStringList writeRefusal(const WriteRequest& request, const ImageAttributes& attributes,
@@ -85,6 +101,9 @@ void DirectoryLayout::write(ByteWriter& head) const
 std::vector<std::uint32_t> pixelsPerCentimetre(double microns)
 {
     const auto [numerator, denominator] = TiffIFDIO::toRational(microns / kMicronsPerCentimetre);
+    // Voxels below 0.153 microns are more pixels per centimetre than 16 bits count, and huge ones are none.
+    if (numerator == 0 || denominator == 0)
+        return wideFraction(kMicronsPerCentimetre / microns);
     return {denominator, numerator};
 }
 

@@ -74,8 +74,9 @@ QString TextLines::decoded(const QByteArray& bytes) const
 
 bool TextLines::next(QString& line)
 {
-    if (m_ended)
+    if (m_ended || m_lines == kMostLines)
         return false;
+    ++m_lines;
     const int end = newline();
     const int length = end - m_position;
     m_ended = true;

@@ -9,8 +9,8 @@
 namespace tirn {
 
 /// Lines of a text file that may be no text at all: they end at the first line of more than 64 KB, at a zero
-/// byte (outside of UTF-16), and at 4 MB. A byte-order mark says UTF-16 or UTF-8; without one the text is
-/// UTF-8, or Latin 1 where it is not valid.
+/// byte (outside of UTF-16), and at 4 MB or 65536 lines. A byte-order mark says UTF-16 or UTF-8; without one
+/// the text is UTF-8, or Latin 1 where it is not valid.
 class TextLines
 {
 public:
@@ -23,6 +23,7 @@ public:
 private:
     static constexpr int kLongestLine = 65536;
     static constexpr std::int64_t kLongestText = std::int64_t{4} << 20;
+    static constexpr int kMostLines = 65536;
 
     enum class Encoding { Bytes, Utf16Little, Utf16Big };
 
@@ -36,6 +37,7 @@ private:
     QByteArray m_buffer;
     int m_position = 0;
     std::int64_t m_taken = 0;
+    int m_lines = 0;
     bool m_ended = false;
 };
 

@@ -89,6 +89,10 @@ WalkEnd walkDirectories(WindowedFile& file, ByteOrder order, std::uint32_t first
     std::unordered_set<std::uint32_t> visited;
     std::uint32_t offset = firstOffset;
     while (offset >= lowestOffset && offset <= file.size()) {
+        if (visited.size() == kMostDirectories) {
+            logDebug("more than %d directories", kMostDirectories);
+            return WalkEnd::TooMany;
+        }
         std::optional<DirectoryReader::Directory> directory;
         if (visited.insert(offset).second)
             directory = reader.read(offset);

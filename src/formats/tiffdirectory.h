@@ -61,10 +61,14 @@ private:
     std::int64_t m_valueBytes;
 };
 
+/// The directories of one file that are walked: more than the layers of any stack that can be drawn.
+constexpr int kMostDirectories = 1 << 17;
+
 /// How a walk along the chain of directories ended.
 enum class WalkEnd {
     Last,    ///< a next offset of 0, or one that cannot be sought
     Loop,    ///< a next offset that was walked already
+    TooMany, ///< directories
     Stopped, ///< by the visitor
 };
 

@@ -3,10 +3,13 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <cstring>
 
 #include "base/log.h"
+#include "formats/tiffdirectory.h"
 #include "formats/tifftags.h"
 #include "image/imagefile.h"
+#include "image/interleave.h"
 
 namespace tirn {
 
@@ -147,6 +150,11 @@ std::pair<std::uint32_t, std::uint32_t> TiffIFDIO::toRational(double value)
     return {static_cast<std::uint32_t>(numerator), static_cast<std::uint32_t>(denominator)};
 }
 
+bool TiffIFDIO::failForDirectories()
+{
+    return fail(QStringLiteral("More than %1 directories").arg(kMostDirectories));
+}
+
 bool TiffIFDIO::depthSupported()
 {
     const int bits = attributes().bitDepth;
@@ -162,18 +170,61 @@ bool TiffIFDIO::hasStrips(const IFD& page)
     return true;
 }
 
-void TiffIFDIO::appendStrips(const IFD& page, std::int64_t layerBytes, SegmentPlan& plan)
+bool TiffIFDIO::isPlanar(const IFD& page, int channels)
+{
+    constexpr std::uint32_t planar = 2;
+    return channels > 1 && page.value(tiff::PlanarConfiguration) == planar;
+}
+
+bool TiffIFDIO::hasLayerStrips(const IFD& page)
+{
+    if (!hasStrips(page))
+        return false;
+    const int channels = attributes().channels;
+    if (isPlanar(page, channels) &&
+        page.find(tiff::StripOffsets)->values.size() % static_cast<std::size_t>(channels) != 0)
+        return fail(QStringLiteral("The strips of the image do not fit its channels"));
+    return true;
+}
+
+void TiffIFDIO::appendStrips(const IFD& page, std::int64_t layerBytes, int channels, SegmentPlan& plan)
 {
     const IFDEntry* offsets = page.find(tiff::StripOffsets);
     const IFDEntry* counts = page.find(tiff::StripByteCounts);
     if (offsets == nullptr)
         return;
-    std::int64_t bytes = layerBytes;
+    const int planes = isPlanar(page, channels) ? channels : 1;
+    const std::size_t stripsPerPlane = offsets->values.size() / static_cast<std::size_t>(planes);
+    const std::int64_t planeBytes = layerBytes / planes;
+    const std::int64_t start = plan.place();
+    std::int64_t bytes = planeBytes;
     for (std::size_t i = 0; i < offsets->values.size(); ++i) {
         if (counts != nullptr && i < counts->values.size())
             bytes = counts->values[i];
-        plan.append(offsets->values[i], bytes);
+        if (planes == 1) {
+            plan.append(offsets->values[i], bytes);
+            continue;
+        }
+        const std::int64_t plane = static_cast<std::int64_t>(i / stripsPerPlane);
+        if (i % stripsPerPlane == 0)
+            plan.moveTo(start + plane * planeBytes);
+        // A strip that is longer than its plane must not reach into the next one.
+        plan.append(offsets->values[i], std::min(bytes, start + (plane + 1) * planeBytes - plan.place()));
     }
+}
+
+void TiffIFDIO::interleavePlanes(const IFD& page, std::byte* layer, std::int64_t layerBytes) const
+{
+    const ImageAttributes& stack = owner().attributes();
+    if (!isPlanar(page, stack.channels))
+        return;
+    VoxelBuffer planes(layerBytes);
+    std::memcpy(planes.data(), layer, static_cast<std::size_t>(layerBytes));
+    const std::int64_t planeBytes = layerBytes / stack.channels;
+    std::vector<const std::byte*> parts;
+    for (int c = 0; c < stack.channels; ++c)
+        parts.push_back(planes.data() + c * planeBytes);
+    interleave(parts, planeBytes / stack.bytesPerSample(), stack.bytesPerSample(), layer);
 }
 
 bool TiffIFDIO::earlyEnd(std::int64_t held, std::int64_t wanted, int completeLayers, int layers)
@@ -189,10 +240,9 @@ int TiffIFDIO::toSize(std::uint32_t value) { return value <= INT_MAX ? static_ca
 
 void TiffIFDIO::takeMaximumAndTime(const IFD& page, ImageAttributes& record)
 {
-    // A maximum that the samples cannot reach says nothing.
-    const auto maximum = page.value(tiff::MaxSampleValue);
-    if (maximum && record.bitDepth <= 16 && *maximum < (1U << std::max(record.bitDepth, 0)))
-        record.maxValue = static_cast<int>(*maximum);
+    // Taken as it stands, also where the samples cannot reach it.
+    if (const auto maximum = page.value(tiff::MaxSampleValue))
+        record.maxValue = toSize(*maximum);
     if (const IFDEntry* time = page.find(tiff::DateTime)) {
         record.timestamp = dateTime(asciiText(*time));
         logDebug("date %s", asciiText(*time).toUtf8().constData());

@@ -47,13 +47,21 @@ protected:
     ByteOrder order() const { return m_littleEndian ? ByteOrder::Little : ByteOrder::Big; }
     void setOrder(ByteOrder order) { m_littleEndian = order == ByteOrder::Little; }
 
+    /// False, with a text, for a file of which not all directories are walked.
+    bool failForDirectories();
     /// False, with a text, for sample depths that are not read: only 8 to 16 bits are.
     bool depthSupported();
     /// False, with a text, for a page without strips (a tiled one, for instance).
     bool hasStrips(const IFD& page);
-    /// Appends a page's strips to the plan, one after the other. A strip without a byte count is as long as
-    /// the one before, the first as long as a layer.
-    static void appendStrips(const IFD& page, std::int64_t layerBytes, SegmentPlan& plan);
+    /// True for a page whose channels lie in planes of their own, one behind the other.
+    static bool isPlanar(const IFD& page, int channels);
+    /// hasStrips for a page of the owner's stack; false, with a text, where its planes share strips, too.
+    bool hasLayerStrips(const IFD& page);
+    /// Appends a page's strips to the plan, one after the other; those of a planar page begin a plane each. A
+    /// strip without a byte count is as long as the one before, the first as long as a layer or a plane.
+    static void appendStrips(const IFD& page, std::int64_t layerBytes, int channels, SegmentPlan& plan);
+    /// Interleaves the channels of a layer that was read from a planar page; another one stays as it is.
+    void interleavePlanes(const IFD& page, std::byte* layer, std::int64_t layerBytes) const;
     /// Reports a stack of which the files hold only `held` of `wanted` bytes. True when it may be read all
     /// the same, zeros standing for what is missing; false where the memory for it is not justified, and for
     /// depths of 9 to 15 bits, which are packed then.

@@ -35,7 +35,7 @@ bool readTiffDirectories(QFile& file, std::vector<IFD>& pages, ByteOrder& order)
     pages.clear();
     walkDirectories(window, order, header.firstOffset, [&](IFD&& page) {
         pages.push_back(std::move(page));
-        return true;
+        return pages.size() < 2;
     });
     return !pages.empty();
 }
@@ -146,12 +146,12 @@ bool TiffSeriesIO::readLayers(int first, int last, int step)
     std::vector<StripLayer> layers;
     for (int k = 0; k < count; ++k) {
         const std::vector<IFD>& pages = m_stkIFD[static_cast<std::size_t>(first + std::int64_t{k} * step)];
-        if (pages.empty() || !hasStrips(pages.front()))
+        if (pages.empty() || !hasLayerStrips(pages.front()))
             return false;
         if (pages.size() > 1)
             logDebug("This file has more than 1 IFD, watch out");
         layers.push_back({file(first + k * step).fileName(), SegmentPlan(*layerBytes)});
-        appendStrips(pages.front(), *layerBytes, layers.back().plan);
+        appendStrips(pages.front(), *layerBytes, stack.channels, layers.back().plan);
     }
     const StripHoldings there = stripHoldings(layers);
     if (there.bytes < *bytes && !earlyEnd(there.bytes, *bytes, there.completeLayers, count))
@@ -161,8 +161,12 @@ bool TiffSeriesIO::readLayers(int first, int last, int step)
     logDebug("Allocating %lld", static_cast<long long>(*bytes));
     VoxelBuffer voxels = allocateVoxels(bytes, "Could not allocate memory for sequence of tiffs");
     parallelFor(0, count, 1, [&](std::int64_t begin, std::int64_t end) {
-        for (std::int64_t k = begin; k < end; ++k)
-            readStripLayer(layers[static_cast<std::size_t>(k)], voxels.data() + k * *layerBytes);
+        for (std::int64_t k = begin; k < end; ++k) {
+            std::byte* layer = voxels.data() + k * *layerBytes;
+            if (readStripLayer(layers[static_cast<std::size_t>(k)], layer))
+                interleavePlanes(m_stkIFD[static_cast<std::size_t>(first + k * step)].front(), layer,
+                                 *layerBytes);
+        }
     });
     for (const StripLayer& layer : layers) {
         if (!layer.error.isEmpty())
@@ -170,8 +174,8 @@ bool TiffSeriesIO::readLayers(int first, int last, int step)
     }
     // The statistics find it from the data.
     stack.maxValue = -1;
-    if (!littleEndian() && stack.bitDepth > 8)
-        swapEndian(voxels.data(), *bytes / stack.bytesPerSample(), stack.bitDepth / 8);
+    if (!littleEndian() && stack.hasWords())
+        swapEndian(voxels.data(), *bytes / stack.bytesPerSample(), stack.bytesPerSample());
     setStack(std::move(voxels), stack.fileX, stack.fileY, count);
     setSteppedRange(first, last, step);
     return true;

@@ -30,8 +30,8 @@ private:
     int firstDepth(const IFD& page);
 };
 
-/// Reads the directories of an open TIFF file, in its own byte order; false when it is no TIFF. `order` takes
-/// the byte order.
+/// Reads the first directory of an open TIFF file, in its own byte order, and a second one where there is
+/// one; false when it is no TIFF. `order` takes the byte order.
 bool readTiffDirectories(QFile& file, std::vector<IFD>& pages, ByteOrder& order);
 
 } // namespace tirn

@@ -2,6 +2,7 @@
 
 #include "base/checkedsize.h"
 #include "base/log.h"
+#include "formats/fileending.h"
 #include "formats/outputfile.h"
 #include "formats/stripwriter.h"
 #include "formats/tiffseriesio.h"
@@ -124,7 +125,7 @@ QStringList layerNames(const QStringList& names, int layers)
     if (names.size() > 1 || layers < 2)
         return names;
     QString pattern = names.first();
-    if (pattern.endsWith(QLatin1String(".tif")))
+    if (hasEnding(pattern, ".tif"))
         pattern.chop(4);
     QStringList made;
     for (int layer = 0; layer < layers; ++layer)
@@ -172,7 +173,7 @@ QStringList TiffSeriesIO::write(const QStringList& names, const ImageAttributes&
     QStringList targets = layerNames(names, layers);
     // Only the first name is looked at, as it was given and as it will be.
     const QString given = targets.first();
-    if (!given.endsWith(QLatin1String(".tif")))
+    if (!hasEnding(given, ".tif"))
         targets.first() += QLatin1String(".tif");
     if (!overwrite && (exists(given) || exists(targets.first())))
         return {QLatin1String("File ") + given + QLatin1String(" exists")};

@@ -28,6 +28,7 @@ enum Tag : std::uint16_t {
     MaxSampleValue = 281,
     XResolution = 282,
     YResolution = 283,
+    PlanarConfiguration = 284,
     ResolutionUnit = 296,
     DateTime = 306,
     TileWidth = 322,

@@ -71,8 +71,11 @@ bool ZeissIO::parseFile(int index)
         pages.push_back(std::move(page));
         return true;
     };
-    if (walkDirectories(window, ByteOrder::Little, header.firstOffset, keep, tiff::kHeaderBytes) ==
-        WalkEnd::Loop)
+    const WalkEnd end =
+        walkDirectories(window, ByteOrder::Little, header.firstOffset, keep, tiff::kHeaderBytes);
+    if (end == WalkEnd::TooMany)
+        return failForDirectories();
+    if (end == WalkEnd::Loop)
         return false;
     const IFDEntry* entry = pages.empty() ? nullptr : pages.front().find(tiff::LsmInfo);
     if (entry == nullptr || entry->valueOffset > window.size())

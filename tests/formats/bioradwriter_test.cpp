@@ -1,5 +1,6 @@
 #include <QDir>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -7,6 +8,7 @@
 #include "image/imagefile.h"
 #include "support/logcapture.h"
 #include "support/picfile.h"
+#include "support/smalldisk.h"
 #include "support/stacks.h"
 
 namespace tirn {
@@ -41,6 +43,21 @@ TEST_F(BioradWriter, TheBytesOfAFileAreThoseOfTheFormat)
     EXPECT_TRUE(write({at("a.pic")}, *stack).isEmpty());
     EXPECT_EQ(fileContent(at("a.pic")), (PicFile{.lens = 40, .magnification = 2}.bytes()));
     EXPECT_EQ(files(), QStringList{QStringLiteral("a.pic")});
+}
+
+TEST_F(BioradWriter, AMagnificationIsCutToItsWholePart)
+{
+    const std::pair<float, std::uint32_t> cases[] = {
+        {-1.0F, 0xFFFFFFFFU}, {-2.75F, 0xFFFFFFFEU}, {0.9F, 0},         {3e9F, 3000000000U},
+        {1e20F, 0xFFFFFFFFU}, {-1e20F, 0x80000000U}, {std::nanf(""), 0}};
+    for (const auto& [magnification, expected] : cases) {
+        const auto stack =
+            test::makeStack({4, 3, 2, 1, 8}, [](int x, int y, int z, int) { return x + 10 * y + 100 * z; });
+        stack->attributes().lens = 0;
+        stack->attributes().magFactor = magnification;
+        EXPECT_TRUE(write({at("a.pic")}, *stack).isEmpty());
+        EXPECT_EQ(fileContent(at("a.pic")), (PicFile{.magnification = expected}.bytes())) << magnification;
+    }
 }
 
 TEST_F(BioradWriter, WordsAreMarkedByAZeroByteFormat)
@@ -155,8 +172,15 @@ TEST_F(BioradWriter, AMissingEndingIsAdded)
 {
     const auto stack = test::constantStack({2, 2, 1, 1, 8}, 1);
     EXPECT_TRUE(write({at("name")}, *stack).isEmpty());
-    EXPECT_TRUE(write({at("upper.PIC")}, *stack).isEmpty());
-    EXPECT_EQ(files(), (QStringList{QStringLiteral("name.pic"), QStringLiteral("upper.PIC.pic")}));
+    EXPECT_EQ(files(), QStringList{QStringLiteral("name.pic")});
+}
+
+TEST_F(BioradWriter, AnEndingInCapitalsIsAnEnding)
+{
+    EXPECT_TRUE(write({at("UPPER.PIC")}, *test::constantStack({2, 2, 1, 1, 8}, 1)).isEmpty());
+    EXPECT_TRUE(write({at("Two.Pic")}, *test::constantStack({2, 2, 1, 2, 8}, 1)).isEmpty());
+    EXPECT_EQ(files(), (QStringList{QStringLiteral("Two_c00.pic"), QStringLiteral("Two_c01.pic"),
+                                    QStringLiteral("UPPER.PIC")}));
 }
 
 TEST_F(BioradWriter, ArgumentsThatMakeNoFileAreRefused)
@@ -211,6 +235,28 @@ TEST_F(BioradWriter, AFullDiskLeavesTheOldFile)
     const auto stack = test::constantStack({2, 2, 1, 1, 8}, 1);
     ASSERT_TRUE(QFile::link(QStringLiteral("/dev/full"), at("full.pic")));
     EXPECT_EQ(write({at("full.pic")}, *stack), QStringList{QStringLiteral("Failed to write head")});
+}
+
+TEST_F(BioradWriter, APlaceThatFillsUpIsNamedByThePartThatFoundNone)
+{
+    const auto stack = test::constantStack({4, 4, 1, 1, 8}, 1);
+    stack->attributes().dimX = stack->attributes().dimY = stack->attributes().dimZ = 1;
+    for (const auto& [bytes, text] : {std::pair{40, "Failed to write head"},
+                                      {76, "Failed to write body"},
+                                      {92, "Failed to write notes"}}) {
+        const test::SmallDisk disk(bytes);
+        EXPECT_EQ(write({at("a.pic")}, *stack), QStringList{text});
+    }
+    EXPECT_TRUE(files().isEmpty());
+}
+
+TEST_F(BioradWriter, WhatIsWrittenIsLogged)
+{
+    const LogCapture log;
+    EXPECT_TRUE(write({at("a.pic")}, *test::constantStack({2, 2, 1, 1, 8}, 1)).isEmpty());
+    EXPECT_EQ(log.lines().filter(QRegularExpression("^(?!file|x:)")),
+              (QStringList{"enter BioradIO:write\n", "opening file: " + at("a.pic"), "about to write",
+                           "written with step support", "Done writing biorad"}));
 }
 
 TEST_F(BioradWriter, ALinkKeepsPointingAtItsFile)

@@ -103,10 +103,11 @@ TEST_F(MetaMorphIoTest, TheNameMustEndInStkAndTheTagBeThere)
 TEST_F(MetaMorphIoTest, OtherFilesAreRefusedWithATextEach)
 {
     const QByteArray good = StkFile().bytes();
+    ImageType type = ImageType::MetaMorph;
     const auto textOf = [&](const QByteArray& bytes) {
         ImageFile owner;
         const MetaMorphIO reader(owner, {test::saveBytes(path(), bytes)});
-        EXPECT_EQ(owner.attributes().type, ImageType::Unknown);
+        type = owner.attributes().type;
         return owner.errorList();
     };
     StkFile big;
@@ -115,9 +116,11 @@ TEST_F(MetaMorphIoTest, OtherFilesAreRefusedWithATextEach)
     EXPECT_EQ(textOf(QByteArray(good).replace(2, 1, "+")), QStringList{"Wrong answer"});
     EXPECT_EQ(textOf(QByteArray(good).replace(4, 4, QByteArray("\7\0\0\0", 4))), QStringList{"Bad offset"});
     EXPECT_EQ(textOf(""), QStringList{"Wrong Endian"});
+    EXPECT_EQ(type, ImageType::Unknown);
     StkFile mixed;
     mixed.fields = {{258, 3, {16, 8}, {}}};
     EXPECT_EQ(textOf(mixed.bytes()), QStringList{"Bitdepth per color channel must be equal"});
+    EXPECT_EQ(type, ImageType::MetaMorph) << "what has a directory keeps its type";
     StkFile noDepth;
     noDepth.fields = {{258, 3, {}, {}, 0}};
     EXPECT_EQ(textOf(noDepth.bytes()), QStringList{"BitsPerSample is missing"});
@@ -268,6 +271,38 @@ TEST_F(MetaMorphIoTest, PlanesThatNoFileHoldsAreRefused)
     EXPECT_EQ(file.attributes().fileZ, 0x7fffffff);
     EXPECT_FALSE(file.read());
     EXPECT_EQ(file.errorList(), QStringList{"Read error"});
+}
+
+TEST_F(MetaMorphIoTest, PlanesOfChannelsBecomeChannels)
+{
+    StkFile stk;
+    stk.channels = 2;
+    stk.fields = {{284, 3, {2}, {}}, {273, 4, {8, 32}, {}}, {279, 4, {24, 24}, {}}};
+    // What stands at a place of the file belongs to the channel whose plane holds the place.
+    stk.value = [](int x, int y, int z, int c) {
+        const int place = 2 * (4 * y + x) + c;
+        return place % 12 + 50 * (place / 12) + 100 * z;
+    };
+    ImageFile file({stk.save(path())});
+    ASSERT_TRUE(file.read());
+    for (const auto& [x, y, z, c] : {std::array{0, 0, 0, 0}, std::array{3, 2, 1, 0}, std::array{1, 1, 4, 1}})
+        EXPECT_EQ(*file.voxel16(x, y, z, c), 4 * y + x + 50 * c + 100 * z);
+}
+
+TEST_F(MetaMorphIoTest, VoxelsThatLookLikeDirectoriesEndSoon)
+{
+    // Empty directories with a next one each, as far as the file goes.
+    StkFile stk;
+    stk.calibration[1] = 0;
+    // Without the offset of no next directory and the 22 bytes of calibration behind it.
+    QByteArray bytes = stk.bytes().chopped(26) + QByteArray("\1\0\0\0", 4);
+    for (int i = 0; i < 1000000; ++i)
+        bytes.append(QByteArray("\0\0\1\0\0\0", 6));
+    const LogCapture capture;
+    ImageFile owner;
+    const MetaMorphIO reader(owner, {test::saveBytes(path(), bytes)});
+    EXPECT_EQ(owner.attributes().type, ImageType::MetaMorph);
+    EXPECT_EQ(capture.lines().filter("numIFD: ").size(), 1024);
 }
 
 TEST_F(MetaMorphIoTest, AFileCutAnywhereDoesNoHarm)

@@ -137,11 +137,16 @@ TEST_F(MTiffIoTest, MaximumAndTimeComeFromTheirTags)
     EXPECT_EQ(file.attributes().timestamp, QDateTime(QDate(2004, 5, 6), QTime(7, 8, 9)));
 }
 
-TEST_F(MTiffIoTest, AMaximumThatTheSamplesCannotReachCountsAsUnknown)
+TEST_F(MTiffIoTest, AMaximumThatTheSamplesCannotReachIsTakenAsItStands)
 {
-    TiffFile tiff = countingFile(2, 1, 8);
-    tiff.pages[0].fields = {{281, 4, {0x7fffffff}, {}}};
-    EXPECT_EQ(ImageFile({save(tiff)}).attributes().maxValue, -1);
+    for (const auto& [stated, taken] :
+         {std::pair{4095U, 4095}, std::pair{0x7fffffffU, 0x7fffffff}, std::pair{0x80000000U, -1}}) {
+        TiffFile tiff = countingFile(2, 1, 8);
+        tiff.pages[0].fields = {{281, 4, {stated}, {}}};
+        ImageFile file({save(tiff)});
+        EXPECT_EQ(file.attributes().maxValue, taken);
+        EXPECT_TRUE(file.read());
+    }
 }
 
 TEST_F(MTiffIoTest, WithoutSamplesPerPixelTheCountOfDepthsIsTheChannels)
@@ -180,6 +185,35 @@ TEST_F(MTiffIoTest, PagesThatDifferAreRefused)
         EXPECT_EQ(file.attributes().type, ImageType::Unknown);
         EXPECT_EQ(file.errorList(), QStringList{text});
     }
+}
+
+TEST_F(MTiffIoTest, AChainWithoutEndIsRefused)
+{
+    QByteArray bytes("II*\0\x08\0\0\0", 8);
+    const auto append = [&bytes](std::uint32_t value, int size) {
+        for (int i = 0; i < size; ++i)
+            bytes.append(static_cast<char>(value >> 8 * i & 0xff));
+    };
+    // Directories without entries, each pointing at the next.
+    for (std::uint32_t i = 1; i <= 140000; ++i) {
+        append(0, 2);
+        append(8 + 6 * i, 4);
+    }
+    append(0, 6);
+    const QString name = test::saveBytes(path(), bytes);
+    EXPECT_TRUE(MTiffIO::isMTiff(name));
+    const ImageFile file({name});
+    EXPECT_EQ(file.attributes().type, ImageType::Unknown);
+    EXPECT_EQ(file.errorList(), QStringList{"More than 131072 directories"});
+}
+
+TEST_F(MTiffIoTest, AChainWithoutAFirstDirectoryIsRefused)
+{
+    // More entries than the file has room for.
+    QByteArray bytes("II*\0\x08\0\0\0\xff\xff", 10);
+    ImageFile owner;
+    const MTiffIO reader(owner, {test::saveBytes(path(), bytes + QByteArray(20, '\0'))});
+    EXPECT_FALSE(owner.errorList().isEmpty());
 }
 
 TEST_F(MTiffIoTest, AMissingDepthIsRefused)
@@ -227,6 +261,72 @@ TEST_F(MTiffIoTest, TwelveBitsInWordsRead)
     ImageFile file({save(tiff)});
     ASSERT_TRUE(file.read());
     EXPECT_EQ(samples(file), countingSamples({0, 1}, 1));
+}
+
+TEST_F(MTiffIoTest, NineToFifteenBitsInBigEndianWordsRead)
+{
+    for (const int bits : {9, 12, 15}) {
+        TiffFile tiff = countingFile(2, 1, 16);
+        tiff.bigEndian = true;
+        for (TiffPage& page : tiff.pages)
+            page.fields = {{258, 3, {static_cast<std::uint32_t>(bits)}, {}}};
+        ImageFile file({save(tiff)});
+        ASSERT_TRUE(file.read());
+        EXPECT_EQ(samples(file), countingSamples({0, 1}, 1)) << bits;
+    }
+}
+
+TEST_F(MTiffIoTest, PlanesBecomeChannels)
+{
+    for (const int channels : {1, 2, 3, 4}) {
+        for (const int rows : {0, 1, 2}) {
+            for (const bool bigEndian : {false, true}) {
+                TiffFile tiff = countingFile(3, channels, 16, rows);
+                tiff.bigEndian = bigEndian;
+                // The second page has its channels side by side, as each page may.
+                tiff.pages[0].planar = tiff.pages[2].planar = true;
+                ImageFile file({save(tiff)});
+                ASSERT_TRUE(file.read());
+                EXPECT_EQ(samples(file), countingSamples({0, 1, 2}, channels)) << channels << rows;
+            }
+        }
+    }
+}
+
+TEST_F(MTiffIoTest, AStripThatIsLongerThanItsPlaneDoesNotMoveTheNext)
+{
+    TiffFile tiff = countingFile(2, 2, 16);
+    for (TiffPage& page : tiff.pages) {
+        page.planar = true;
+        page.fields = {{279, 4, {28, 28}, {}}};
+    }
+    ImageFile file({save(tiff)});
+    ASSERT_TRUE(file.read());
+    EXPECT_EQ(samples(file), countingSamples({0, 1}, 2));
+}
+
+TEST_F(MTiffIoTest, PlanesThatShareAStripAreRefused)
+{
+    TiffFile tiff = countingFile(2, 3, 8);
+    tiff.pages[1].planar = true;
+    tiff.pages[1].fields = {{273, 4, {8, 20}, {}}};
+    ImageFile file({save(tiff)});
+    EXPECT_FALSE(file.read());
+    EXPECT_EQ(file.errorList(), QStringList{"The strips of the image do not fit its channels"});
+}
+
+TEST_F(MTiffIoTest, PlanesThatAnotherProgramWroteRead)
+{
+    ASSERT_TRUE(test::haveForeignTiff()) << "tiffcp and Python's tifffile are not installed";
+    for (const bool bigEndian : {false, true}) {
+        TiffFile tiff = countingFile(2, 3, 8, 2);
+        tiff.bigEndian = bigEndian;
+        ASSERT_TRUE(test::copyToPlanes(save(tiff), path("planes.tif")));
+        ASSERT_TRUE(test::tiffInfo(path("planes.tif")).contains("separate image planes"));
+        ImageFile file({path("planes.tif")});
+        ASSERT_TRUE(file.read());
+        EXPECT_EQ(samples(file), countingSamples({0, 1}, 3));
+    }
 }
 
 TEST_F(MTiffIoTest, TiledPagesAreRefusedAtRead)

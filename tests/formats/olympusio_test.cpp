@@ -209,6 +209,26 @@ TEST_F(OlympusIoTest, OnlyTheProbeSeesTheChannels)
     EXPECT_EQ(reader.attributes().excitationWavelengths, (QList<double>{0, 0}));
 }
 
+TEST_F(OlympusIoTest, ADepthWithoutAnIntervalIsOfUnknownSize)
+{
+    OifSet set;
+    set.changes = {{"Interval=500\r\n", ""}};
+    const QString name = set.save(m_directory);
+    EXPECT_TRUE(OlympusIO::isOlympus(name));
+    ImageFile file({name});
+    EXPECT_EQ(file.attributes().type, ImageType::Olympus);
+    EXPECT_EQ(file.attributes().fileZ, 10);
+    EXPECT_EQ(file.attributes().dimZ, -1.0);
+    EXPECT_TRUE(file.read());
+}
+
+TEST_F(OlympusIoTest, ADateThatIsNoneIsLoggedAndDoesNotMatter)
+{
+    const LogCapture capture;
+    EXPECT_TRUE(acceptedWith("2004-05-06", "once upon a time"));
+    EXPECT_TRUE(capture.contains("problem with common paramters"));
+}
+
 TEST_F(OlympusIoTest, BadValuesFailWithALogEach)
 {
     const std::vector<std::array<QString, 3>> cases = {

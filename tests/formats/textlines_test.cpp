@@ -37,6 +37,13 @@ TEST(TextLines, EndWithOrWithoutANewline)
     EXPECT_EQ(linesOf("\n"), QStringList{""});
 }
 
+TEST(TextLines, EndAfter65536)
+{
+    EXPECT_EQ(linesOf(QByteArray(4 << 20, '\n')).size(), 65536);
+    EXPECT_EQ(linesOf(QByteArray(70000, '\n')).size(), 65536);
+    EXPECT_EQ(linesOf(QByteArray(65536, '\n')).size(), 65536);
+}
+
 TEST(TextLines, AByteOrderMarkSaysHowToRead)
 {
     const QString text = QString::fromUtf8("[\xc2\xb5m]\r\nx=1\n");

@@ -90,6 +90,38 @@ TEST_F(TiffSeriesIoTest, EveryDepthByteOrderAndStripHeightReads)
     }
 }
 
+TEST_F(TiffSeriesIoTest, PlanesBecomeChannels)
+{
+    for (const int rows : {0, 2}) {
+        TiffPage page = pageOf(3, 16, rows);
+        page.planar = true;
+        ImageFile file(saveLayers(3, page, true));
+        ASSERT_TRUE(file.read());
+        EXPECT_EQ(samples(file), layerSamples({0, 1, 2}, 3, 16));
+    }
+}
+
+TEST_F(TiffSeriesIoTest, PlanesThatShareAStripAreRefused)
+{
+    TiffPage page = pageOf(2, 8);
+    page.planar = true;
+    page.fields = {{273, 4, {8}, {}}};
+    ImageFile file(saveLayers(1, page));
+    EXPECT_FALSE(file.read());
+    EXPECT_EQ(file.errorList(), QStringList{"The strips of the image do not fit its channels"});
+}
+
+TEST_F(TiffSeriesIoTest, NineToFifteenBitsInBigEndianWordsRead)
+{
+    for (const std::uint32_t bits : {9U, 12U, 15U}) {
+        TiffPage page = pageOf(1, 16);
+        page.fields = {{258, 3, {bits}, {}}};
+        ImageFile file(saveLayers(2, page, true));
+        ASSERT_TRUE(file.read());
+        EXPECT_EQ(samples(file), layerSamples({0, 1}, 1, 16)) << bits;
+    }
+}
+
 TEST_F(TiffSeriesIoTest, ARangeWithAStepStopsAfterCountLayersAndScalesZ)
 {
     ImageFile file(saveLayers(8, pageOf(1, 16)));
@@ -357,6 +389,34 @@ TEST_F(TiffSeriesIoTest, AnExistingFirstFileIsReported)
     EXPECT_EQ(TiffSeriesIO::write({path("s")}, stack->attributes(), stack->stackData(), 0, 1, 1, false),
               QStringList{"File " + path("s_z0000.tif") + " exists"});
     EXPECT_EQ(test::fileContent(path("s_z0000.tif")), "old");
+}
+
+TEST_F(TiffSeriesIoTest, AnEndingInCapitalsIsAnEnding)
+{
+    const auto stack = test::constantStack({3, 2, 2, 1, 8}, 5);
+    ASSERT_TRUE(stack->write({path("S.TIF")}, ImageType::TiffSeries));
+    const auto layer = test::constantStack({3, 2, 1, 1, 8}, 5);
+    ASSERT_TRUE(layer->write({path("ONE.TIF")}, ImageType::TiffSeries));
+    EXPECT_EQ(QDir(m_directory.path()).entryList(QDir::Files),
+              (QStringList{"ONE.TIF", "S_z0000.tif", "S_z0001.tif"}));
+}
+
+TEST_F(TiffSeriesIoTest, VoxelSizesOfAllMagnitudesAreFractionsOfWholeNumbers)
+{
+    // Pixels per centimetre: 10000 divided by the size in microns.
+    const std::pair<double, std::pair<std::uint32_t, std::uint32_t>> cases[] = {
+        {0.2, {50000, 1}},     {0.1, {100000, 1}},     {0.16, {62500, 1}},           {0.13, {76923077, 1000}},
+        {0.0625, {160000, 1}}, {0.001, {10000000, 1}}, {0.000002, {4294967295U, 1}}, {1e9, {1, 100000}},
+        {10000, {1, 1}}};
+    for (const auto& [microns, expected] : cases) {
+        const auto stack = test::constantStack({3, 2, 1, 1, 8}, 5);
+        stack->attributes().dimX = stack->attributes().dimY = microns;
+        ASSERT_TRUE(stack->write({path()}, ImageType::TiffSeries));
+        const QByteArray bytes = test::fileContent(path());
+        // Behind 8 + 2 + 11 * 12 + 4 bytes.
+        for (const int at : {146, 154})
+            EXPECT_EQ(std::pair(numberAt(bytes, at, 4), numberAt(bytes, at + 4, 4)), expected) << microns;
+    }
 }
 
 TEST_F(TiffSeriesIoTest, TheFirstNameGetsAnEnding)
