@@ -51,6 +51,13 @@ TEST_F(LeicaIoTest, TheUnitIsNotLookedAt)
     EXPECT_EQ(read(QByteArray(kText).replace("0.12", "0.12 (at zoom 2)")).dimX, 0.12);
 }
 
+TEST_F(LeicaIoTest, TheLengthMayBeMisspelt)
+{
+    for (const char* spelling : {"Image Length", "Iamge Length", "Immge Length"})
+        EXPECT_EQ(read(QByteArray(kText).replace("Iamge Length", spelling)).fileY, 256) << spelling;
+    EXPECT_EQ(read(QByteArray(kText).replace("Iamge Length", "Inage Length")).fileY, -1);
+}
+
 TEST_F(LeicaIoTest, TheFirstLineNamesTheMaker)
 {
     EXPECT_TRUE(LeicaIO::isLeica(save("leica microsystems")));

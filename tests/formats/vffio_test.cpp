@@ -145,6 +145,20 @@ TEST_F(VffIoTest, TheProbeWantsSizesBitsAndGoodNumbers)
     EXPECT_TRUE(accepted(with("\f", "\fsize=0 0 0;"))) << "behind the form feed there is no header";
 }
 
+TEST_F(VffIoTest, FurtherKeysAreNumbersAndNotes)
+{
+    for (const char* key : {"center_of_rotation", "central_slice", "rfan_y", "rfan_z", "angle_increment",
+                            "water", "boneHU"}) {
+        const QByteArray line = QByteArray(key) + "=1.5;";
+        EXPECT_TRUE(accepted(with("title=a mouse;", line))) << key;
+        EXPECT_FALSE(accepted(with("title=a mouse;", QByteArray(key) + "=much;"))) << key;
+        const ImageFile file({save(with("title=a mouse;", line) + voxels(8))});
+        EXPECT_EQ(file.attributes().notes.last(), QString(line));
+    }
+    const ImageFile file({save(with("title=a mouse;", "reverse_order=NO;") + voxels(8))});
+    EXPECT_EQ(file.attributes().notes.last(), "bands=1;") << "the order is passed by";
+}
+
 TEST_F(VffIoTest, WithoutSpacingAndElementSizeTheVoxelIsOne)
 {
     QByteArray header = with("spacing=1.0 1.0 2.0;\n", "").replace("elementsize=0.5;\n", "");

@@ -178,6 +178,23 @@ TEST_F(ZeissIoTest, FewerDirectoriesThanLayersFail)
     }
 }
 
+TEST_F(ZeissIoTest, StripsThatDoNotFitAreLogged)
+{
+    // The value of the first entry with the tag, a single LONG.
+    const auto withValue = [](char tag, const QByteArray& value) {
+        QByteArray bytes = LsmFile().bytes();
+        const auto entry = bytes.indexOf(QByteArray(1, tag) + QByteArray("\1\4\0\1\0\0\0", 7));
+        return bytes.replace(entry + 8, 4, value);
+    };
+    const LogCapture capture;
+    ImageFile shorter({test::saveBytes(path(), withValue('\x17', QByteArray("\x0b\0\0\0", 4)))});
+    EXPECT_TRUE(shorter.read());
+    EXPECT_TRUE(capture.contains("Layer size mismatch 11 12"));
+    ImageFile outside({test::saveBytes(path(), withValue('\x11', QByteArray("\0\0\0\1", 4)))});
+    EXPECT_FALSE(outside.read());
+    EXPECT_TRUE(capture.contains("Could not read at 16777216"));
+}
+
 TEST_F(ZeissIoTest, ALoopOfDirectoriesIsRefused)
 {
     LsmFile lsm;
