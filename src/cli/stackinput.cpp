@@ -7,13 +7,18 @@
 #include "cli/activity.h"
 #include "cli/console.h"
 #include "cli/toolerror.h"
+#include "formats/imageformats.h"
 
 namespace tirn {
 
 namespace {
 
 /// The formats in which several files make one stack.
-bool takesSeveralFiles(ImageType type) { return type == ImageType::BioRad || type == ImageType::TiffSeries; }
+bool takesSeveralFiles(ImageType type)
+{
+    const StackFiles files = imageFormat(type).files;
+    return files == StackFiles::PerChannel || files == StackFiles::PerLayer;
+}
 
 QStringList reasons(const ImageFile& stack, const QString& otherwise)
 {

@@ -28,6 +28,8 @@ public:
     /// One file a channel; a single name for several channels is a pattern, to which "_cNN.pic" is added.
     static QStringList write(const QStringList& names, const ImageAttributes& attributes,
                              const std::uint8_t* data, int first, int last, int step, bool overwrite);
+    /// The name with the ending of the format, or one for each of several channels.
+    static QStringList writtenFiles(const QString& name, int channels);
     static bool writeHead(OutputFile& file, const ImageAttributes& attributes);
     static bool writeBody(OutputFile& file, const std::uint8_t* data, const ImageAttributes& attributes,
                           int first, int last, int step);

@@ -15,6 +15,8 @@ namespace tirn {
 
 namespace {
 
+constexpr const char* kEnding = ".pic";
+
 void putWord(char* to, unsigned value)
 {
     to[0] = static_cast<char>(value & 0xFF);
@@ -51,14 +53,8 @@ QStringList channelNames(const QStringList& names, int channels)
 {
     if (names.size() > 1 || channels == 1)
         return names;
-    QString pattern = names.first();
-    log(LogLevel::Debug, QLatin1String("Pattern ") + pattern);
-    if (hasEnding(pattern, ".pic"))
-        pattern.chop(4);
-    QStringList made;
-    for (int c = 0; c < channels; ++c)
-        made.append(pattern + QString::asprintf("_c%.2d.pic", c));
-    return made;
+    log(LogLevel::Debug, QLatin1String("Pattern ") + names.first());
+    return BioradIO::writtenFiles(names.first(), channels);
 }
 
 /// What stands in the way of writing; empty when nothing does.
@@ -80,11 +76,10 @@ QString refusal(const QStringList& names, const ImageAttributes& attributes, con
     return {};
 }
 
-QString writeChannel(QString name, const ImageAttributes& attributes, const std::uint8_t* data, int first,
-                     int last, int step, bool overwrite)
+QString writeChannel(const QString& given, const ImageAttributes& attributes, const std::uint8_t* data,
+                     int first, int last, int step, bool overwrite)
 {
-    if (!hasEnding(name, ".pic"))
-        name += QLatin1String(".pic");
+    const QString name = withEnding(given, kEnding);
     log(LogLevel::Debug, QLatin1String("opening file: ") + name);
     if (!overwrite && ImageIO::exists(name))
         return QLatin1String("File ") + name + QLatin1String(" exists");
@@ -132,6 +127,13 @@ QString separate(const ImageAttributes& attributes, const std::uint8_t* data,
 }
 
 } // namespace
+
+QStringList BioradIO::writtenFiles(const QString& name, int channels)
+{
+    if (channels == 1)
+        return {withEnding(name, kEnding)};
+    return numberedFiles(name, kEnding, 'c', 2, channels);
+}
 
 QStringList BioradIO::write(const QStringList& names, const ImageAttributes& attributes,
                             const std::uint8_t* data, int first, int last, int step, bool overwrite)

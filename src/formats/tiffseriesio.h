@@ -23,6 +23,8 @@ public:
     /// success.
     static QStringList write(const QStringList& names, const ImageAttributes& attributes,
                              const std::uint8_t* data, int first, int last, int step, bool overwrite);
+    /// The name with the ending of the format, or one for each of several layers.
+    static QStringList writtenFiles(const QString& name, int layers);
 
 private:
     bool readHeaders(ImageAttributes& record);

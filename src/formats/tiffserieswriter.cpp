@@ -13,6 +13,7 @@ namespace tirn {
 namespace {
 
 constexpr std::int64_t kStripBytes = 65536;
+constexpr const char* kEnding = ".tif";
 
 /// How a layer is cut into strips, and where its tables lie.
 struct SeriesLayout
@@ -119,20 +120,6 @@ ByteWriter seriesHead(const ImageAttributes& attributes, const SeriesLayout& lay
     return head;
 }
 
-/// One name a layer, made from a pattern where only that is given.
-QStringList layerNames(const QStringList& names, int layers)
-{
-    if (names.size() > 1 || layers < 2)
-        return names;
-    QString pattern = names.first();
-    if (hasEnding(pattern, ".tif"))
-        pattern.chop(4);
-    QStringList made;
-    for (int layer = 0; layer < layers; ++layer)
-        made.append(pattern + QString::asprintf("_z%.4d.tif", layer));
-    return made;
-}
-
 /// Why a stack cannot be written; empty when it can.
 QString refusal(const ImageAttributes& attributes)
 {
@@ -153,6 +140,13 @@ QString refusal(const ImageAttributes& attributes)
 
 } // namespace
 
+QStringList TiffSeriesIO::writtenFiles(const QString& name, int layers)
+{
+    if (layers == 1)
+        return {withEnding(name, kEnding)};
+    return numberedFiles(name, kEnding, 'z', 4, layers);
+}
+
 QStringList TiffSeriesIO::write(const QStringList& names, const ImageAttributes& attributes,
                                 const std::uint8_t* data, int first, int last, int step, bool overwrite)
 {
@@ -170,11 +164,10 @@ QStringList TiffSeriesIO::write(const QStringList& names, const ImageAttributes&
         logDebug("We have %d names, we need %d", static_cast<int>(names.size()), layers);
         return {};
     }
-    QStringList targets = layerNames(names, layers);
+    QStringList targets = names.size() > 1 || layers < 2 ? names : writtenFiles(names.first(), layers);
     // Only the first name is looked at, as it was given and as it will be.
     const QString given = targets.first();
-    if (!hasEnding(given, ".tif"))
-        targets.first() += QLatin1String(".tif");
+    targets.first() = withEnding(given, kEnding);
     if (!overwrite && (exists(given) || exists(targets.first())))
         return {QLatin1String("File ") + given + QLatin1String(" exists")};
     const QString reason = data == nullptr || first < 0 || first + (layers - 1) * step >= attributes.z

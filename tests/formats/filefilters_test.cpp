@@ -25,6 +25,16 @@ TEST(FileFilters, NameTifTwiceForMultiPageTiff)
               2);
 }
 
+TEST(FileFilters, AreTheseTexts)
+{
+    EXPECT_EQ(stackFileFilter(),
+              "All supported formats (*.lei *.lsm *.oif *.pic *.r3d *.stk *.tif *.tiff *.txt *.vff);;"
+              "Biorad (*.pic);;Deltavision (*.r3d);;Dicom (*.dcm);;Leica (*.lei *.txt);;Metamorph (*.stk);;"
+              "MTiff (*.tif *.tiff *.tif);;Olympus (*.oif);;VFF (*.vff);;Zeiss (*.lsm);;All files (*)");
+    EXPECT_EQ(channelFileFilter(),
+              "All known formats (*.pic *.tif);; Biorad (*.pic);;Perkin Elmer (*.tif);;All File (*.*)");
+}
+
 TEST(FileFilters, OfAnExportNameTheTwoFormatsThatCanBeWritten)
 {
     EXPECT_EQ(exportFileFilter(), "Biorad (*.pic);; MTiff (*.tif *.tiff)");
