@@ -91,7 +91,6 @@ std::span<const ImageFormat> imageFormats();
 
 /// The row of a type, that of raw voxels where there is none.
 const ImageFormat& imageFormat(ImageType type);
-inline const ImageFormat* findImageFormat(ImageType type) { return &imageFormat(type); }
 
 /// The row of the formats for export that a file name asks for: the last one where its ending is no one's.
 const ImageFormat& exportFormat(const QString& fileName);
