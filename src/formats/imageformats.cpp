@@ -4,17 +4,17 @@
 #include <iterator>
 
 #include "base/log.h"
-#include "formats/bioradio.h"
-#include "formats/imsubs.h"
-#include "formats/leicaio.h"
 #include "formats/mergedio.h"
-#include "formats/metamorphio.h"
-#include "formats/mtiffio.h"
-#include "formats/olympusio.h"
-#include "formats/tiffseriesio.h"
-#include "formats/unknownio.h"
-#include "formats/vffio.h"
-#include "formats/zeissio.h"
+#include "formats/raw/unknownio.h"
+#include "formats/tiff/mtiffio.h"
+#include "formats/tiff/tiffseriesio.h"
+#include "formats/vendor/bioradio.h"
+#include "formats/vendor/imsubs.h"
+#include "formats/vendor/leicaio.h"
+#include "formats/vendor/metamorphio.h"
+#include "formats/vendor/olympusio.h"
+#include "formats/vendor/vffio.h"
+#include "formats/vendor/zeissio.h"
 #include "image/stackreader.h"
 
 namespace tirn {

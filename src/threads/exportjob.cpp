@@ -10,8 +10,8 @@
 #include "base/checkedsize.h"
 #include "base/log.h"
 #include "depth/curvebaking.h"
+#include "formats/files/outputfile.h"
 #include "formats/imageformats.h"
-#include "formats/outputfile.h"
 #include "image/interleave.h"
 #include "image/voxelallocation.h"
 

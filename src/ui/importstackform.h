@@ -2,7 +2,7 @@
 
 #include <QDialog>
 
-#include "formats/rawsizes.h"
+#include "formats/raw/rawsizes.h"
 #include "ui/openservices.h"
 
 class QCheckBox;

@@ -18,9 +18,9 @@
 #include <QVBoxLayout>
 
 #include "base/log.h"
-#include "formats/filefilters.h"
-#include "formats/filelists.h"
 #include "formats/imageformats.h"
+#include "formats/names/filefilters.h"
+#include "formats/names/filelists.h"
 #include "ui/messages.h"
 #include "ui/stackopenextension.h"
 #include "ui/startload.h"

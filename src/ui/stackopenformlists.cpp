@@ -10,8 +10,8 @@
 #include <QTableWidget>
 
 #include "base/log.h"
-#include "formats/filelists.h"
 #include "formats/imageformats.h"
+#include "formats/names/filelists.h"
 #include "image/imagefile.h"
 #include "image/memoryestimate.h"
 #include "ui/messages.h"
