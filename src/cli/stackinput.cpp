@@ -39,6 +39,7 @@ std::unique_ptr<ImageFile> openStack(const QStringList& names)
         throw FileError(names.value(0), reasons(*stack, QStringLiteral("not in a format that can be read")));
     if (names.size() > 1 && !takesSeveralFiles(type))
         throw UsageError{names.first() + QStringLiteral(" is a stack by itself: give one file")};
+    Console::report(names.value(0), stack->errorList());
     Console::checkInterrupt();
     return stack;
 }

@@ -293,6 +293,16 @@ TEST_F(Tool, ConvertedStacksReadBack)
     EXPECT_EQ(test::fileContent(path("o.dump")), tool({"dump", in, "-"}).out);
 }
 
+TEST_F(Tool, WhatIsWrongWithAFileIsSaidWhereItsTypeIsKnown)
+{
+    test::StkFile file;
+    file.fields = {{258, 3, {16, 8}, {}}};
+    const Outcome info = tool({"info", file.save(path("in.stk"))});
+    EXPECT_TRUE(info.out.startsWith("Metamorph:"));
+    EXPECT_TRUE(info.err.contains("Bitdepth per color channel must be equal")) << info.err.toStdString();
+    EXPECT_EQ(tool({"dump", path("in.stk"), "-"}).code, 1);
+}
+
 TEST_F(Tool, EndingsInCapitalsAreEndings)
 {
     ASSERT_EQ(tool({"convert", stk(), path("O.PIC")}).code, 0);
