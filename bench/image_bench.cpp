@@ -10,7 +10,7 @@
 
 #include "base/parallel.h"
 #include "benchstacks.h"
-#include "formats/bioradio.h"
+#include "formats/vendor/bioradio.h"
 #include "image/imagefile.h"
 
 // Rows come in pairs: what the program does, and under "limit" the barest loop that touches the same memory.

@@ -5,8 +5,8 @@
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>
 
-#include "formats/filelists.h"
-#include "formats/sequencenames.h"
+#include "formats/names/filelists.h"
+#include "formats/names/sequencenames.h"
 #include "image/imagefile.h"
 
 namespace tirn {

@@ -14,11 +14,11 @@
 
 #include "base/parallel.h"
 #include "benchstacks.h"
-#include "formats/bytewriter.h"
-#include "formats/ifdentry.h"
-#include "formats/metamorphio.h"
-#include "formats/mtiffio.h"
-#include "formats/tiffseriesio.h"
+#include "formats/files/bytewriter.h"
+#include "formats/tiff/ifdentry.h"
+#include "formats/tiff/mtiffio.h"
+#include "formats/tiff/tiffseriesio.h"
+#include "formats/vendor/metamorphio.h"
 #include "image/imagefile.h"
 
 // What the program does; under "limit" the barest loop that moves the same bytes; under "libtiff" that

@@ -4,7 +4,7 @@
 #include <QFileInfo>
 
 #include "base/log.h"
-#include "formats/filefilters.h"
+#include "formats/names/filefilters.h"
 #include "formats/imageio.h"
 #include "palettes/palettefile.h"
 #include "ui/messages.h"

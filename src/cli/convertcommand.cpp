@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "cli/activity.h"
 #include "cli/command.h"
 #include "cli/console.h"
@@ -8,85 +6,43 @@
 #include "cli/stackinput.h"
 #include "cli/toolerror.h"
 #include "cli/voxelwriter.h"
+#include "formats/imageformats.h"
 
 namespace tirn {
 
 namespace {
 
-/// A format that can be written: its name on the command line, its endings, and where its files go.
-struct Target
+/// The words of the formats that can be written.
+QStringList targetWords()
 {
-    const char* name;
-    ImageType type;
-    /// Of the files that are written.
-    const char* ending;
-    /// Endings of OUT that choose the format.
-    QStringList endings;
-};
-
-const QList<Target>& targets()
-{
-    static const QList<Target> all = {
-        {"pic", ImageType::BioRad, ".pic", {".pic"}},
-        {"stk", ImageType::MetaMorph, "", {".stk"}},
-        {"mtiff", ImageType::MultiPageTiff, "", {".tif", ".tiff"}},
-        {"tiff", ImageType::TiffSeries, ".tif", {}},
-        {"raw", ImageType::Unknown, "", {".raw"}},
-    };
-    return all;
+    QStringList words;
+    for (const ImageFormat& format : imageFormats()) {
+        if (format.word != nullptr)
+            words.append(QLatin1String(format.word));
+    }
+    return words;
 }
 
-const Target& chosenTarget(const QCommandLineParser& parser, const QString& out)
+const ImageFormat& chosenTarget(const QCommandLineParser& parser, const QString& out)
 {
-    for (const Target& target : targets()) {
-        if (parser.isSet("to") && parser.value("to") == QLatin1String(target.name))
-            return target;
-        const auto fits = [&out](const QString& ending) { return out.endsWith(ending, Qt::CaseInsensitive); };
-        if (!parser.isSet("to") && std::any_of(target.endings.begin(), target.endings.end(), fits))
-            return target;
+    for (const ImageFormat& format : imageFormats()) {
+        if (format.word == nullptr)
+            continue;
+        if (parser.isSet("to") ? parser.value("to") == QLatin1String(format.word) : format.hasEndingOf(out))
+            return format;
     }
     if (parser.isSet("to"))
-        throw UsageError{"--to: '" + parser.value("to") + "' is none of pic, stk, mtiff, tiff, raw"};
+        throw UsageError{"--to: '" + parser.value("to") + "' is none of " + targetWords().join(", ")};
     throw UsageError{"the ending of '" + out + "' names no format: say --to"};
 }
 
-/// The files that a format's writer makes of one name.
-QStringList resultNames(const Target& target, const QString& out, const ImageAttributes& attributes)
+void warnOfLostDepth(const ImageFormat& target, const QString& out, const ImageAttributes& attributes)
 {
-    QString base = out;
-    const QString ending = QLatin1String(target.ending);
-    if (!ending.isEmpty() && base.endsWith(ending))
-        base.chop(static_cast<int>(ending.size()));
-    QStringList names;
-    if (target.type == ImageType::BioRad && attributes.channels > 1) {
-        for (int c = 0; c < attributes.channels; ++c)
-            names.append(base + QString::asprintf("_c%.2d.pic", c));
-    } else if (target.type == ImageType::TiffSeries && attributes.z > 1) {
-        for (int z = 0; z < attributes.z; ++z)
-            names.append(base + QString::asprintf("_z%.4d.tif", z));
-    } else {
-        names.append(base + ending);
-    }
-    return names;
-}
-
-/// The least size of each file: the share of the voxels that it holds.
-std::int64_t leastBytes(const Target& target, const ImageFile& stack)
-{
-    const ImageAttributes& a = stack.attributes();
-    const std::int64_t all = stack.sampleCount() * a.bytesPerSample();
-    if (target.type == ImageType::BioRad)
-        return all / std::max(a.channels, 1);
-    return target.type == ImageType::TiffSeries ? all / std::max(a.z, 1) : all;
-}
-
-void warnOfLostDepth(const Target& target, const QString& out, const ImageAttributes& attributes)
-{
-    const bool unstated = attributes.channels == 2 || !attributes.hasWords();
-    if (target.type == ImageType::MultiPageTiff && unstated) {
+    if (target.leavesOutDepth(attributes.channels, attributes.bitDepth)) {
         Console::report(out,
-                        {"warning: a multi-page TIFF of this depth and number of channels states no bits a "
-                         "sample and does not read back; --to pic and --to tiff do"});
+                        {QStringLiteral("warning: a %1 of this depth and number of channels states no "
+                                        "bits a sample and does not read back; --to pic and --to tiff do")
+                             .arg(QLatin1String(target.name))});
     }
 }
 
@@ -102,9 +58,9 @@ void addOptions(QCommandLineParser& parser)
     addOperationOptions(parser);
 }
 
-void writeFiles(ImageFile& stack, const Target& target, const QString& out, int bits, bool overwrite)
+void writeFiles(ImageFile& stack, const ImageFormat& target, const QString& out, int bits, bool overwrite)
 {
-    ResultFiles results(resultNames(target, out, stack.attributes()), overwrite);
+    ResultFiles results(target.filesOf(out, stack.attributes()), overwrite);
     bool written = false;
     {
         const Activity activity(QStringLiteral("Writing"));
@@ -115,7 +71,9 @@ void writeFiles(ImageFile& stack, const Target& target, const QString& out, int 
         throw FileError(out, texts.isEmpty() ? QStringList{"could not be written"} : texts);
     }
     Console::checkInterrupt();
-    results.commit(leastBytes(target, stack));
+    // The share of the voxels that each file holds.
+    results.commit(stack.sampleCount() * stack.attributes().bytesPerSample() /
+                   target.fileCount(stack.attributes()));
     warnOfLostDepth(target, out, stack.attributes());
 }
 
@@ -148,7 +106,7 @@ void run(const QCommandLineParser& parser)
     if (names.size() < 2)
         throw UsageError{"convert needs a FILE and an OUT"};
     const QString out = names.takeLast();
-    const Target& target = chosenTarget(parser, out);
+    const ImageFormat& target = chosenTarget(parser, out);
     const LayerRange range = layerRange(parser);
     if (parser.isSet("bits") && parser.value("bits") != "8" && parser.value("bits") != "16")
         throw UsageError{"--bits: '" + parser.value("bits") + "' is neither 8 nor 16"};

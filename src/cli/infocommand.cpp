@@ -8,41 +8,11 @@
 #include "cli/console.h"
 #include "cli/stackinput.h"
 #include "cli/toolerror.h"
+#include "formats/imageformats.h"
 
 namespace tirn {
 
 namespace {
-
-const char* typeName(ImageType type)
-{
-    switch (type) {
-    case ImageType::BioRad:
-        return "Bio-Rad";
-    case ImageType::Dicom:
-        return "DICOM";
-    case ImageType::DeltaVision:
-        return "DeltaVision";
-    case ImageType::Leica:
-        return "Leica";
-    case ImageType::MetaMorph:
-        return "MetaMorph";
-    case ImageType::MultiPageTiff:
-        return "multi-page TIFF";
-    case ImageType::Olympus:
-        return "Olympus";
-    case ImageType::PerkinElmer:
-        return "Perkin Elmer";
-    case ImageType::TiffSeries:
-        return "TIFF series";
-    case ImageType::Vff:
-        return "VFF";
-    case ImageType::Zeiss:
-        return "Zeiss LSM";
-    case ImageType::Unknown:
-        return "unknown or raw";
-    }
-    return "unknown or raw";
-}
 
 /// Null for what is not a number.
 QJsonValue numberOrNull(double value) { return std::isfinite(value) ? QJsonValue(value) : QJsonValue(); }
@@ -64,7 +34,7 @@ QJsonObject attributesObject(const ImageFile& stack, const QStringList& names)
     QJsonObject object;
     object["files"] = QJsonArray::fromStringList(names);
     object["type"] = static_cast<int>(a.type);
-    object["typeName"] = QLatin1String(typeName(a.type));
+    object["typeName"] = QLatin1String(imageFormat(a.type).name);
     object["x"] = a.fileX;
     object["y"] = a.fileY;
     object["z"] = a.fileZ;

@@ -7,13 +7,18 @@
 #include "cli/activity.h"
 #include "cli/console.h"
 #include "cli/toolerror.h"
+#include "formats/imageformats.h"
 
 namespace tirn {
 
 namespace {
 
 /// The formats in which several files make one stack.
-bool takesSeveralFiles(ImageType type) { return type == ImageType::BioRad || type == ImageType::TiffSeries; }
+bool takesSeveralFiles(ImageType type)
+{
+    const StackFiles files = imageFormat(type).files;
+    return files == StackFiles::PerChannel || files == StackFiles::PerLayer;
+}
 
 QStringList reasons(const ImageFile& stack, const QString& otherwise)
 {
@@ -34,6 +39,7 @@ std::unique_ptr<ImageFile> openStack(const QStringList& names)
         throw FileError(names.value(0), reasons(*stack, QStringLiteral("not in a format that can be read")));
     if (names.size() > 1 && !takesSeveralFiles(type))
         throw UsageError{names.first() + QStringLiteral(" is a stack by itself: give one file")};
+    Console::report(names.value(0), stack->errorList());
     Console::checkInterrupt();
     return stack;
 }

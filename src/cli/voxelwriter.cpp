@@ -8,7 +8,7 @@
 #include "cli/console.h"
 #include "cli/resultfiles.h"
 #include "cli/toolerror.h"
-#include "formats/outputfile.h"
+#include "formats/files/outputfile.h"
 #include "image/imagefile.h"
 
 namespace tirn {

@@ -7,7 +7,7 @@
 #include <QSaveFile>
 
 #include "base/log.h"
-#include "formats/textlines.h"
+#include "formats/files/textlines.h"
 
 namespace tirn {
 

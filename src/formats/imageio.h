@@ -12,6 +12,7 @@
 
 #include "base/voxelbuffer.h"
 #include "image/imageattributes.h"
+#include "image/stackreader.h"
 
 namespace tirn {
 
@@ -22,27 +23,22 @@ class ImageFile;
 /// A concrete class's constructor reads the attributes and gives them to the owner. Failures append one text
 /// to the owner's `errorList`; only running out of memory throws (std::bad_alloc). No lock: one thread uses a
 /// stack and its reader at a time.
-class ImageIO
+class ImageIO : public StackReader
 {
 public:
     /// Opens nothing.
     ImageIO(ImageFile& owner, const QStringList& names);
-    virtual ~ImageIO() = default;
-    ImageIO(const ImageIO&) = delete;
-    ImageIO& operator=(const ImageIO&) = delete;
 
     /// The attributes that the files state; type 11 when they are not of this format.
     virtual ImageAttributes readAttributes();
     virtual bool isMyType();
     virtual QStringList filterNames(const QStringList& names);
-    /// Reads layers first to last, inclusive, every step-th, into the owner's stack.
-    virtual bool readLayers(int first, int last, int step);
+    bool readLayers(int first, int last, int step) override;
     virtual bool readAll();
     bool readLayer(int layer) { return readLayers(layer, layer, 1); }
 
-    /// Base names, and full paths, in the order given.
-    QStringList fileNames() const;
-    QStringList filePaths() const;
+    QStringList fileNames() const override;
+    QStringList filePaths() const override;
     int fileCount() const { return static_cast<int>(m_files.size()); }
 
     static bool exists(const QString& name);
@@ -61,6 +57,7 @@ public:
 
 protected:
     ImageFile& owner() { return m_owner; }
+    const ImageFile& owner() const { return m_owner; }
     /// The owner's attributes, to read and to change.
     ImageAttributes& attributes();
     QFile& file(int index) { return *m_files[static_cast<std::size_t>(index)]; }

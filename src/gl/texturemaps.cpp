@@ -116,7 +116,7 @@ bool fillTexture(TextureCreator creator, GLuint name, bool isNew, GLenum interna
         return false;
     }
     if (creator == TextureCreator::Map3D16) {
-        logDebug("internalformat %d x %d y %d z %d format %d datatype %d", static_cast<int>(internalFormat),
+        logDebug("internalformat %d x %d y %d z %d format %d datype %d", static_cast<int>(internalFormat),
                  size.width, size.height, size.depth, static_cast<int>(pixels.format),
                  static_cast<int>(pixels.type));
     }

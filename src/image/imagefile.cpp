@@ -5,10 +5,8 @@
 #include "base/checkedsize.h"
 #include "base/log.h"
 #include "base/stopwatch.h"
-#include "formats/imageformats.h"
-#include "formats/imageio.h"
-#include "formats/unknownio.h"
 #include "image/layercount.h"
+#include "image/stackreader.h"
 #include "image/voxelallocation.h"
 
 namespace tirn {
@@ -39,27 +37,20 @@ ImageFile::ImageFile() = default;
 
 ImageFile::ImageFile(const QStringList& names)
 {
-    const QString name = names.value(0);
-    const ImageFormat* format = findImageFormat(ImageIO::probeType(name));
     try {
-        if (format == nullptr || format->create == nullptr) {
-            log(LogLevel::Debug, QLatin1String("AHH I don't know what this is ") + name);
-            throw std::bad_alloc();
-        }
-        logDebug("%s", format->guessText);
-        m_io = format->create(*this, names);
+        m_io = openStackReader(*this, names);
     } catch (const std::bad_alloc&) {
         m_io.reset();
-        m_errorList.append(QStringLiteral("Could not allocate ImageIO object"));
     }
+    if (m_io == nullptr)
+        m_errorList.append(QStringLiteral("Could not allocate ImageIO object"));
 }
 
 ImageFile::ImageFile(const QStringList& names, std::int64_t headerOffset, int x, int y, int z, int channels,
                      int bitDepth, bool swapBytes)
 {
     try {
-        m_io =
-            std::make_unique<UnknownIO>(*this, names, headerOffset, x, y, z, channels, bitDepth, swapBytes);
+        m_io = openRawReader(*this, names, headerOffset, x, y, z, channels, bitDepth, swapBytes);
     } catch (const std::bad_alloc&) {
         m_errorList.append(QStringLiteral("Failed to create UnknownIO"));
     }
@@ -151,7 +142,7 @@ bool ImageFile::write(const QStringList& names, ImageType type, int bitDepth, bo
         m_attributes.bitDepth = 16;
     log(LogLevel::Debug, m_attributes.fullText());
     logDebug("On to the write functions");
-    m_writeErrors = writeStack(type, names, m_attributes, stackData(), 0, m_attributes.z - 1, 1, overwrite);
+    m_writeErrors = writeStack(type, names, m_attributes, stackData(), overwrite);
     for (const QString& text : m_writeErrors)
         log(LogLevel::Debug, text);
     logDebug("exit ImageFile::write");

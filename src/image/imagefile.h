@@ -14,7 +14,7 @@
 
 namespace tirn {
 
-class ImageIO;
+class StackReader;
 class TextureSink;
 struct FilterKernel;
 
@@ -242,7 +242,7 @@ private:
     std::vector<int> m_reductions;
     ImageAttributes m_attributes;
     std::vector<StackStats> m_statsList;
-    std::unique_ptr<ImageIO> m_io;
+    std::unique_ptr<StackReader> m_io;
     std::vector<unsigned> m_textureList;
     VoxelBuffer m_stackData;
     VoxelBuffer* m_replaced = nullptr;

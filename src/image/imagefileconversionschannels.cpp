@@ -7,11 +7,9 @@
 
 #include "base/checkedsize.h"
 #include "base/log.h"
-#include "formats/imageformats.h"
-#include "formats/imageio.h"
-#include "formats/mergedio.h"
 #include "image/allocationerror.h"
 #include "image/imagefile.h"
+#include "image/stackreader.h"
 #include "image/steploop.h"
 #include "image/targetclones.h"
 #include "image/voxelallocation.h"
@@ -328,10 +326,9 @@ bool ImageFile::merge(const std::vector<ImageFile*>& stacks)
         buffers.push_back(stack->m_stackData.data());
     }
     m_io.reset();
-    const ImageFormat* format = findImageFormat(first.attributes().type);
-    if (format == nullptr || !format->mergeable)
+    m_io = openMergedReader(*this, first.attributes().type, files);
+    if (m_io == nullptr)
         throw AllocationError("Could not allocate ImageIO object");
-    m_io = std::make_unique<MergedIO>(*this, first.attributes().type, files);
     m_attributes.fileZ = first.m_attributes.fileZ;
     m_attributes.x = first.m_attributes.x;
     m_attributes.y = first.m_attributes.y;
@@ -348,7 +345,7 @@ bool ImageFile::merge(const std::vector<ImageFile*>& stacks)
     m_stackData = allocateVoxels(checkedProduct({m_attributes.x, m_attributes.y, m_attributes.z,
                                                  m_attributes.channels, m_attributes.bytesPerSample()}),
                                  "Could not allocate memory for merge");
-    ImageIO::mergeChannels(buffers, m_stackData.data(), m_attributes);
+    mergeChannels(buffers, m_stackData.data(), m_attributes);
     generateStatistics();
     return true;
 }

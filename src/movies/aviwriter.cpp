@@ -10,7 +10,7 @@
 
 #include "base/checkedsize.h"
 #include "base/log.h"
-#include "formats/bytewriter.h"
+#include "formats/files/bytewriter.h"
 
 namespace tirn {
 

@@ -6,7 +6,7 @@
 #include <QFileInfo>
 
 #include "base/log.h"
-#include "formats/outputfile.h"
+#include "formats/files/outputfile.h"
 #include "pictures/picturewriter.h"
 
 namespace tirn {

@@ -12,7 +12,7 @@
 #include <QTemporaryDir>
 
 #include "base/log.h"
-#include "formats/outputfile.h"
+#include "formats/files/outputfile.h"
 #include "image/imagefile.h"
 
 namespace tirn {

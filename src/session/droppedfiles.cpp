@@ -6,6 +6,7 @@
 #include <QFileInfo>
 
 #include "base/log.h"
+#include "formats/imageformats.h"
 
 namespace tirn {
 
@@ -15,6 +16,15 @@ bool endsWithAny(const QString& name, std::initializer_list<const char*> endings
 {
     return std::any_of(endings.begin(), endings.end(), [&name](const char* ending) {
         return name.endsWith(QLatin1String(ending), Qt::CaseInsensitive);
+    });
+}
+
+/// True for the names of formats with a file for each channel.
+bool isNamedAsChannel(const QString& name)
+{
+    const auto formats = imageFormats();
+    return std::any_of(formats.begin(), formats.end(), [&name](const ImageFormat& format) {
+        return format.files == StackFiles::PerChannel && format.hasEndingOf(name);
     });
 }
 
@@ -71,7 +81,7 @@ DroppedFiles sortDroppedFiles(QStringList names, const StackProbe& probe)
             return true;
         if (first.type == ImageType::Unknown)
             first = attributes;
-        allSinglePages = allSinglePages && attributes.type == ImageType::TiffSeries;
+        allSinglePages = allSinglePages && imageFormat(attributes.type).files == StackFiles::PerLayer;
         return false;
     });
     if (names.isEmpty())
@@ -80,7 +90,7 @@ DroppedFiles sortDroppedFiles(QStringList names, const StackProbe& probe)
         dropped.sequence = names.first();
         return dropped;
     }
-    if (endsWithAny(names.first(), {".pic"})) {
+    if (isNamedAsChannel(names.first())) {
         dropped.files = {names};
         dropped.channels = static_cast<int>(names.size());
         dropped.timePoints = 1;

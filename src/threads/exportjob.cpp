@@ -10,7 +10,8 @@
 #include "base/checkedsize.h"
 #include "base/log.h"
 #include "depth/curvebaking.h"
-#include "formats/outputfile.h"
+#include "formats/files/outputfile.h"
+#include "formats/imageformats.h"
 #include "image/interleave.h"
 #include "image/voxelallocation.h"
 
@@ -34,9 +35,9 @@ struct ExportStop
 /// The ending that numbers stand before; empty for a name with another one.
 QString exportEnding(const QString& name)
 {
-    for (const char* ending : {".pic", ".tif", ".tiff"}) {
-        if (name.endsWith(QLatin1String(ending)))
-            return QLatin1String(ending);
+    for (const QString& ending : exportFormat(name).endingList()) {
+        if (name.endsWith(ending, Qt::CaseInsensitive))
+            return name.right(ending.size());
     }
     return {};
 }
@@ -205,8 +206,7 @@ void ExportRun::writeTimePoint(std::size_t time)
     QStringList names;
     for (const QString& name : m_names[time])
         names.append(staged(name));
-    const bool isBioRad = names.first().endsWith(QLatin1String(".pic"));
-    if (!stack->write(names, isBioRad ? ImageType::BioRad : ImageType::MultiPageTiff, true)) {
+    if (!stack->write(names, exportFormat(names.first()).type, true)) {
         fail(m_names[time].join('\n') + QStringLiteral(" could not be written.\n") +
              stack->writeErrors().join('\n'));
     }
@@ -305,18 +305,19 @@ ExportJob exportJob(const VoxelArray& array, ExportMode mode, const QString& fil
 
 QString withExportEnding(const QString& name, const QString& filter)
 {
-    if (filter.contains(QLatin1String("Biorad")) && !name.endsWith(QLatin1String(".pic")))
-        return name + QLatin1String(".pic");
-    if (filter.contains(QLatin1String("MTiff")) && !name.endsWith(QLatin1String(".tif")) &&
-        !name.endsWith(QLatin1String(".tiff")))
-        return name + QLatin1String(".tif");
+    for (const ImageFormat& format : imageFormats()) {
+        const bool isChosen =
+            (format.filters & InExportFilter) != 0 && filter.contains(QLatin1String(format.filterName));
+        if (isChosen && !format.hasEndingOf(name))
+            return name + format.endingList().first();
+    }
     return name;
 }
 
 std::vector<QStringList> exportFileNames(const QString& fileName, int timePoints, int channels)
 {
     std::vector<QStringList> all;
-    const bool isSplit = channels > 1 && fileName.endsWith(QLatin1String(".pic"));
+    const bool isSplit = channels > 1 && exportFormat(fileName).files == StackFiles::PerChannel;
     for (int time = 0; time < timePoints; ++time) {
         const QString name =
             timePoints > 1 ? withNumber(fileName, QString::asprintf("%.3d", time)) : fileName;
@@ -330,7 +331,7 @@ std::vector<QStringList> exportFileNames(const QString& fileName, int timePoints
 
 bool leavesOutBitCount(const QString& fileName, int channels, int bitDepth)
 {
-    return !fileName.endsWith(QLatin1String(".pic")) && (bitDepth <= 8 || channels == 2);
+    return exportFormat(fileName).leavesOutDepth(channels, bitDepth);
 }
 
 JobResult runExportJob(const ExportJob& job, const Progress& progress)

@@ -22,10 +22,10 @@ constexpr int kMostReduction = 8;
 const char* const kNoMemory = "Could not allocate memory for file load";
 const char* const kNoMemoryNamed = "Could not allocate memory to load dataset";
 
-/// True for types whose readers make one stack of several files.
-bool readsSeveralFiles(ImageType type)
+/// True for a file a channel of a format whose reader knows one file only.
+bool needsMerge(const QStringList& names, ImageType type)
 {
-    return type == ImageType::BioRad || type == ImageType::Olympus || type == ImageType::TiffSeries;
+    return names.size() > 1 && imageFormat(type).files == StackFiles::One;
 }
 
 /// What the reader's own texts do not say: which files are gone or closed to the user.
@@ -78,8 +78,7 @@ std::shared_ptr<ImageFile> mergedStack(const std::vector<std::shared_ptr<ImageFi
         parts.push_back(channel.get());
     }
     const auto merged = std::make_shared<ImageFile>();
-    const ImageFormat* format = parts.empty() ? nullptr : findImageFormat(parts.front()->attributes().type);
-    if (format == nullptr || !format->mergeable || !merged->merge(parts))
+    if (parts.empty() || !imageFormat(parts.front()->attributes().type).mergeable || !merged->merge(parts))
         throw LoadFailure(parts.empty() ? merged : channels.back());
     return merged;
 }
@@ -188,7 +187,7 @@ bool StackLoading::dispatch()
 {
     if (m_description.named && element(0).size() > 1)
         return runRoutine(&StackLoading::loadNamedChannels);
-    if (m_description.fileType == ImageType::TiffSeries)
+    if (imageFormat(m_description.fileType).files == StackFiles::PerLayer)
         return runRoutine(&StackLoading::loadTiffSeries);
     if (m_description.fileType == ImageType::Unknown)
         return runRoutine(&StackLoading::loadRaw);
@@ -352,8 +351,7 @@ void StackLoading::warnOfMissingElement(int index) const
 
 StackLoading::Image StackLoading::readStack(const QStringList& names) const
 {
-    const ImageType type = m_description.fileType;
-    const Image image = names.size() > 1 && !readsSeveralFiles(type) ? readMerged(names) : readProbed(names);
+    const Image image = needsMerge(names, m_description.fileType) ? readMerged(names) : readProbed(names);
     reduce(*image);
     return image;
 }
@@ -430,7 +428,7 @@ StackLoading::Image StackLoading::take(int index)
 /// 3D textures, and channels that are merged as a stack of their own, would be a third one.
 void StackLoading::readAhead(int index)
 {
-    const bool mergesAlone = element(index).size() > 1 && !readsSeveralFiles(m_description.fileType);
+    const bool mergesAlone = needsMerge(element(index), m_description.fileType);
     const bool hasRoom =
         !m_description.conserveMemory || (m_description.textureTarget != GL_TEXTURE_3D && !mergesAlone);
     if (index < elements() && keepGoing() && hasRoom)

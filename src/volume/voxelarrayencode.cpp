@@ -88,6 +88,17 @@ std::vector<std::uint16_t> withZeroes(const std::uint16_t* samples, std::size_t 
     return pairs;
 }
 
+/// Says that a quad is no display list: each group in words of its own, that of X as a warning.
+void logNoList(const StackGeometry& geometry, int quad, int list)
+{
+    if (quad < geometry.yGroup())
+        logDebug("AHHH! %d", list);
+    else if (quad < geometry.yGroup() + geometry.xGroup())
+        logWarning("AHHH %d\n", list);
+    else
+        logDebug("AHHH %d", list);
+}
+
 } // namespace
 
 /// What one run of the encoder works on.
@@ -191,10 +202,8 @@ void VoxelArray::makeQuads(int finalZ)
             for (const QuadVertex& vertex : quads[q])
                 emitVertex(vertex, is3D, m_options.kind);
         }
-        if (gl().IsList(m_quads[q]) == GL_FALSE) {
-            const bool inYGroup = q < static_cast<std::size_t>(g.yGroup());
-            logDebug(inYGroup ? "AHHH! %d" : "AHHH %d", static_cast<int>(m_quads[q]));
-        }
+        if (gl().IsList(m_quads[q]) == GL_FALSE)
+            logNoList(g, static_cast<int>(q), static_cast<int>(m_quads[q]));
     }
     logDebug(is3D ? "Done making %d 3D quads" : "Done making %d 2D quads", static_cast<int>(m_quads.size()));
 }

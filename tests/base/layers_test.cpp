@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <map>
 #include <set>
 
@@ -32,6 +33,10 @@ const std::map<QString, Layer>& layers()
     };
     return all;
 }
+
+/// Arrows within a layer that are not there: the first room knows nothing of the second, which is built on
+/// it.
+const std::vector<std::pair<QString, QString>> strangers = {{"image", "formats"}};
 
 /// The one object that owns everything, and who may know it: workers take their input before they start.
 const QString applicationHeader = "app/tirnapplication.h";
@@ -100,6 +105,10 @@ private:
             return "not in a known room";
         if (name == applicationHeader && !applicationUsers.contains(roomOf(path)))
             return "only the interface knows the application object";
+        const bool isStranger =
+            std::count(strangers.begin(), strangers.end(), std::pair(roomOf(path), roomOf(name))) > 0;
+        if (isStranger)
+            return roomOf(path) + " knows nothing of " + roomOf(name);
         if (from != to && !layers().at(from).layersBelow.contains(to))
             return "points up from " + from + " to " + to;
         return {};
@@ -140,6 +149,14 @@ TEST(Layers, ArrowsThatPointUpAreFound)
     EXPECT_TRUE(isFound("cli/tirntool.cpp", "\"threads/filethread.h\""));
     EXPECT_TRUE(isFound("ui/mainform.cpp", "\"cli/tirntool.h\""));
     EXPECT_TRUE(isFound("base/log.cpp", "\"cli/tirntool.h\""));
+}
+
+TEST(Layers, StacksKnowNoFormat)
+{
+    EXPECT_EQ(findings("image/imagefile.cpp", "#include \"formats/imageio.h\""),
+              QStringList{"image/imagefile.cpp: formats/imageio.h: image knows nothing of formats"});
+    EXPECT_TRUE(isFound("image/filters/mean.cpp", "\"formats/common/imageio.h\""));
+    EXPECT_FALSE(isFound("formats/imageio.cpp", "\"image/imagefile.h\""));
 }
 
 TEST(Layers, IncludesAreFoundHoweverTheyAreWritten)

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "cli/toolrun.h"
+#include "formats/imageformats.h"
 #include "image/imagefile.h"
 #include "palettes/palettefile.h"
 #include "support/picfile.h"
@@ -65,6 +66,12 @@ TEST_F(Tool, HelpAndVersionAreAnswers)
         EXPECT_TRUE(help.err.isEmpty());
     }
     EXPECT_TRUE(tool({"convert", "--help"}).out.contains("default"));
+    QByteArrayList words;
+    for (const ImageFormat& format : imageFormats()) {
+        if (format.word != nullptr)
+            words.append(format.word);
+    }
+    EXPECT_TRUE(tool({"convert", "--help"}).out.contains("[--to " + words.join('|') + "]"));
     EXPECT_TRUE(tool({"--help"}).out.contains("Exit code: 0 done, 1 "));
 }
 
@@ -284,6 +291,24 @@ TEST_F(Tool, ConvertedStacksReadBack)
     EXPECT_EQ(samples(series), expected);
     ASSERT_EQ(tool({"convert", "--to", "raw", in, path("o.dump")}).code, 0);
     EXPECT_EQ(test::fileContent(path("o.dump")), tool({"dump", in, "-"}).out);
+}
+
+TEST_F(Tool, WhatIsWrongWithAFileIsSaidWhereItsTypeIsKnown)
+{
+    test::StkFile file;
+    file.fields = {{258, 3, {16, 8}, {}}};
+    const Outcome info = tool({"info", file.save(path("in.stk"))});
+    EXPECT_TRUE(info.out.startsWith("Metamorph:"));
+    EXPECT_TRUE(info.err.contains("Bitdepth per color channel must be equal")) << info.err.toStdString();
+    EXPECT_EQ(tool({"dump", path("in.stk"), "-"}).code, 1);
+}
+
+TEST_F(Tool, EndingsInCapitalsAreEndings)
+{
+    ASSERT_EQ(tool({"convert", stk(), path("O.PIC")}).code, 0);
+    ASSERT_EQ(tool({"convert", "--extract", "1", stk(3, 2), path("P.Tif")}).code, 0);
+    ASSERT_EQ(tool({"convert", stk(3, 2), path("Q.PIC")}).code, 0);
+    EXPECT_EQ(files(), (QStringList{"in.stk", "O.PIC", "P.Tif", "Q_c00.pic", "Q_c01.pic"}));
 }
 
 TEST_F(Tool, ConvertReadsARange)

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "formats/zeissio.h"
+#include "formats/vendor/zeissio.h"
 #include "image/imagefile.h"
 #include "support/lsmfile.h"
 #include "support/picfile.h"

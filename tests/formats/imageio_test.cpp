@@ -180,9 +180,9 @@ TEST(Detection, EveryRowWithAReaderHasAGuessAndAProbe)
     for (const ImageFormat& format : imageFormats()) {
         EXPECT_EQ(format.create != nullptr, format.probe != nullptr);
         EXPECT_EQ(format.create != nullptr, format.guessText != nullptr);
-        EXPECT_EQ(findImageFormat(format.type)->type, format.type);
+        EXPECT_EQ(imageFormat(format.type).type, format.type);
     }
-    EXPECT_EQ(findImageFormat(ImageType::Unknown), nullptr);
+    EXPECT_EQ(imageFormat(static_cast<ImageType>(12)).type, ImageType::Unknown);
 }
 
 } // namespace

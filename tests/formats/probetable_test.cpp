@@ -38,14 +38,59 @@ TEST(ProbeTable, EachGuessIsLogged)
         {ImageType::Vff, "I think it is a vff"},
         {ImageType::Zeiss, "I think it is a Zeiss"}};
     for (const auto& [type, text] : guesses)
-        EXPECT_EQ(QString(findImageFormat(type)->guessText), text);
+        EXPECT_EQ(QString(imageFormat(type).guessText), text);
 }
 
 TEST(ProbeTable, TypesWithoutAClassHaveNoReader)
 {
-    for (const ImageType type : {ImageType::Dicom, ImageType::PerkinElmer})
-        EXPECT_EQ(findImageFormat(type)->create, nullptr);
-    EXPECT_EQ(findImageFormat(ImageType::Unknown), nullptr);
+    for (const ImageType type : {ImageType::Dicom, ImageType::PerkinElmer, ImageType::Unknown})
+        EXPECT_EQ(imageFormat(type).create, nullptr);
+}
+
+TEST(ProbeTable, WhatCanBeAskedForIsWritten)
+{
+    QStringList words;
+    for (const ImageFormat& format : imageFormats()) {
+        if (format.word == nullptr)
+            continue;
+        words.append(format.word);
+        EXPECT_NE(format.write, nullptr) << format.word;
+    }
+    EXPECT_EQ(words, (QStringList{"pic", "stk", "mtiff", "tiff", "raw"}));
+}
+
+TEST(ProbeTable, ARowSaysWhichFilesAreWritten)
+{
+    ImageAttributes stack;
+    stack.channels = 2;
+    stack.z = 3;
+    const auto files = [&stack](ImageType type, const QString& name) {
+        return imageFormat(type).filesOf(name, stack);
+    };
+    EXPECT_EQ(files(ImageType::BioRad, "a"), (QStringList{"a_c00.pic", "a_c01.pic"}));
+    EXPECT_EQ(files(ImageType::BioRad, "a.PIC"), (QStringList{"a_c00.pic", "a_c01.pic"}));
+    EXPECT_EQ(files(ImageType::TiffSeries, "a.tif"),
+              (QStringList{"a_z0000.tif", "a_z0001.tif", "a_z0002.tif"}));
+    EXPECT_EQ(files(ImageType::MetaMorph, "a"), QStringList{"a"}) << "no ending is added";
+    stack.channels = stack.z = 1;
+    EXPECT_EQ(files(ImageType::BioRad, "a"), QStringList{"a.pic"});
+    EXPECT_EQ(files(ImageType::BioRad, "A.PIC"), QStringList{"A.PIC"});
+    EXPECT_EQ(files(ImageType::TiffSeries, "a.tiff"), QStringList{"a.tiff.tif"});
+}
+
+TEST(ProbeTable, EndingsChooseAFormatForExport)
+{
+    for (const auto& [name, type] :
+         {std::pair{"a.pic", ImageType::BioRad}, std::pair{"a.PIC", ImageType::BioRad},
+          std::pair{"a.tif", ImageType::MultiPageTiff}, std::pair{"a.TIFF", ImageType::MultiPageTiff},
+          std::pair{"a.xyz", ImageType::MultiPageTiff}, std::pair{"pic", ImageType::MultiPageTiff}})
+        EXPECT_EQ(exportFormat(name).type, type) << name;
+}
+
+TEST(ProbeTable, WhatIsOpenedHasAPage)
+{
+    for (const ImageFormat& format : imageFormats())
+        EXPECT_EQ(format.page != OpenPage::None, format.create != nullptr) << format.name;
 }
 
 TEST(ProbeTable, OverlapsGoToTheSpecialFormat)

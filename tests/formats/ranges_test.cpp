@@ -49,7 +49,7 @@ TEST(Ranges, OutsideTheNumbersAreRefusedByEveryReader)
               std::tuple{INT_MAX, INT_MAX, 1}, std::tuple{INT_MAX - 1, INT_MAX, 1},
               std::tuple{INT_MIN, INT_MIN, INT_MIN}}) {
             ImageFile owner;
-            const auto reader = findImageFormat(ImageIO::probeType(name))->create(owner, {name});
+            const auto reader = imageFormat(ImageIO::probeType(name)).create(owner, {name});
             // DeltaVision reads from its first image on, whatever number the layers have, and a last layer of
             // Olympus is never read.
             const bool accepted =
@@ -66,7 +66,7 @@ TEST(Ranges, AllOfFewerThanNoLayersIsNothing)
     const QTemporaryDir directory;
     for (const QString& name : oneOfEach(directory)) {
         ImageFile owner;
-        const auto reader = findImageFormat(ImageIO::probeType(name))->create(owner, {name});
+        const auto reader = imageFormat(ImageIO::probeType(name)).create(owner, {name});
         owner.attributes().fileZ = INT_MIN;
         // A series counts its files.
         EXPECT_EQ(reader->readAll(), name.endsWith("s.tif")) << name.toStdString();

@@ -121,7 +121,7 @@ TEST_P(TextureMaps, MissAnEntryOnlyIn3D)
 TEST_P(TextureMaps, OnlyTheOneFor3DWordsTellsItsSizes)
 {
     fill(true, GL_LUMINANCE16);
-    const QString line = "internalformat 32834 x 8 y 4 z 2 format 6409 datatype 5123";
+    const QString line = "internalformat 32834 x 8 y 4 z 2 format 6409 datype 5123";
     EXPECT_EQ(log.debugLines(),
               GetParam().creator == TextureCreator::Map3D16 ? QStringList{line} : QStringList{});
 }

@@ -68,6 +68,11 @@ bool copyWithLibtiff(const QString& name, const QString& target, QString* output
     return run("tiffcp", {"-c", "none", name, target}, output) == 0;
 }
 
+bool copyToPlanes(const QString& name, const QString& target)
+{
+    return run("tiffcp", {"-c", "none", "-p", "separate", name, target}, nullptr) == 0;
+}
+
 QString tiffInfo(const QString& name)
 {
     QString output;

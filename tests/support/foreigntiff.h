@@ -28,6 +28,8 @@ ForeignTiff readWithTifffile(const QString& name);
 /// Copies the file page by page with libtiff, which reads and writes every strip. False, with what was
 /// printed in `output`, when it complains.
 bool copyWithLibtiff(const QString& name, const QString& target, QString* output = nullptr);
+/// The same, with the channels of the copy in planes of their own.
+bool copyToPlanes(const QString& name, const QString& target);
 
 /// What libtiff says of the file.
 QString tiffInfo(const QString& name);

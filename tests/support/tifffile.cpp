@@ -50,19 +50,23 @@ private:
     void appendVoxels(const TiffPage& page, TiffField& offsetField, TiffField& countField)
     {
         const int rows = page.rowsPerStrip > 0 ? page.rowsPerStrip : page.y;
-        for (int y = 0; y < page.y; ++y) {
-            if (y % rows == 0) {
+        const int planes = page.planar ? page.channels : 1;
+        for (int row = 0; row < planes * page.y; ++row) {
+            if (row % page.y % rows == 0) {
                 offsetField.values.push_back(static_cast<std::uint32_t>(m_bytes.size()));
                 countField.values.push_back(0);
             }
             for (int x = 0; x < page.x; ++x) {
-                for (int c = 0; c < page.channels; ++c) {
-                    const int v = page.value ? page.value(x, y, c) : x + 10 * y + 50 * c;
-                    put(static_cast<std::uint32_t>(v), page.bits > 8 ? 2 : 1);
-                }
+                for (int c = 0; c < page.channels / planes; ++c)
+                    appendSample(page, x, row % page.y, row / page.y + c);
             }
             countField.values.back() = static_cast<std::uint32_t>(m_bytes.size()) - offsetField.values.back();
         }
+    }
+    void appendSample(const TiffPage& page, int x, int y, int channel)
+    {
+        const int value = page.value ? page.value(x, y, channel) : x + 10 * y + 50 * channel;
+        put(static_cast<std::uint32_t>(value), page.bits > 8 ? 2 : 1);
     }
 
     std::uint32_t appendPage(const TiffPage& page)
@@ -81,6 +85,7 @@ private:
             {277, 3, {n(page.channels)}, {}},
             {278, 4, {n(page.rowsPerStrip > 0 ? page.rowsPerStrip : page.y)}, {}},
             countField,
+            {284, 3, {page.planar ? 2U : 1U}, {}},
         };
         for (const TiffField& field : page.fields) {
             std::erase_if(fields, [&](const TiffField& old) { return old.tag == field.tag; });

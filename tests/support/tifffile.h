@@ -29,6 +29,8 @@ struct TiffPage
     int channels = 1;
     int bits = 8;
     int rowsPerStrip = 0;
+    /// Each channel in strips of its own, one channel behind the other.
+    bool planar = false;
     /// The value at a sample; by default x + 10 y + 50 c.
     std::function<int(int x, int y, int c)> value = nullptr;
     /// Further fields; one with the tag of a baseline field takes its place.

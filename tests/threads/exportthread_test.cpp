@@ -474,7 +474,8 @@ TEST(ExportNames, EndAsTheFilterSays)
     EXPECT_EQ(withExportEnding("a", pic), "a.pic");
     EXPECT_EQ(withExportEnding("a.pic", pic), "a.pic");
     EXPECT_EQ(withExportEnding("a.tif", pic), "a.tif.pic");
-    EXPECT_EQ(withExportEnding("a.PIC", pic), "a.PIC.pic");
+    EXPECT_EQ(withExportEnding("a.PIC", pic), "a.PIC");
+    EXPECT_EQ(withExportEnding("a.TIFF", tif), "a.TIFF");
     EXPECT_EQ(withExportEnding("a", tif), "a.tif");
     EXPECT_EQ(withExportEnding("a.tif", tif), "a.tif");
     EXPECT_EQ(withExportEnding("a.tiff", tif), "a.tiff");
@@ -489,6 +490,8 @@ TEST(ExportNames, CountTimePointsBeforeTheEnding)
     EXPECT_EQ(exportFileNames("a.tif", 2, 3), (Names{{"a000.tif"}, {"a001.tif"}}));
     EXPECT_EQ(exportFileNames("a.tiff", 2, 1), (Names{{"a000.tiff"}, {"a001.tiff"}}));
     EXPECT_EQ(exportFileNames("a.pic", 1, 2), (Names{{"a_c00.pic", "a_c01.pic"}}));
+    EXPECT_EQ(exportFileNames("A.PIC", 1, 2), (Names{{"A_c00.PIC", "A_c01.PIC"}}));
+    EXPECT_EQ(exportFileNames("A.TIF", 2, 1), (Names{{"A000.TIF"}, {"A001.TIF"}}));
     EXPECT_EQ(exportFileNames("a.pic", 2, 2),
               (Names{{"a000_c00.pic", "a000_c01.pic"}, {"a001_c00.pic", "a001_c01.pic"}}));
     EXPECT_EQ(exportFileNames("a.pic", 1001, 1).back(), QStringList("a1000.pic"));

@@ -87,7 +87,7 @@ TEST_F(Encode, LogsTheStepsOfThe3DTargetWithThe2DLimit)
     const auto words = prepared({denseStack(4, 4, 4, 1, 12)}, limited(4));
     words->encode(GL_TEXTURE_3D, -1);
     EXPECT_TRUE(log.contains("x 4 y 4 final_z -1 powz 4"));
-    EXPECT_TRUE(log.contains("internalformat 32834 x 4 y 4 z 4 format 6409 datatype 5123"));
+    EXPECT_TRUE(log.contains("internalformat 32834 x 4 y 4 z 4 format 6409 datype 5123"));
     EXPECT_TRUE(log.contains("Done encoding 16bit 3D"));
 }
 
@@ -381,7 +381,7 @@ TEST_F(Encode, QuadsThatAreNoListsAreLoggedByGroup)
     const auto array = prepared({denseStack(1, 1, 1)}, limited(4));
     array->encode(GL_TEXTURE_2D, -1);
     EXPECT_EQ(log.count("AHHH! 1"), 1);
-    EXPECT_EQ(log.count("AHHH 2"), 1);
+    EXPECT_EQ(log.warnings(), QStringList{"AHHH 2\n"});
     EXPECT_EQ(log.count("AHHH 3"), 1);
     EXPECT_EQ(array->quads().size(), 3U);
 }

@@ -6,7 +6,7 @@
 #include <QPushButton>
 
 #include "base/log.h"
-#include "formats/filefilters.h"
+#include "formats/names/filefilters.h"
 
 namespace tirn {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "formats/rawsizes.h"
+#include "formats/raw/rawsizes.h"
 #include "ui/toolform.h"
 
 class QCheckBox;

@@ -15,8 +15,8 @@
 #include <QVBoxLayout>
 
 #include "base/log.h"
-#include "formats/filelists.h"
-#include "formats/sequencenames.h"
+#include "formats/names/filelists.h"
+#include "formats/names/sequencenames.h"
 #include "image/imagefile.h"
 #include "ui/messages.h"
 #include "ui/open/stackopenform.h"

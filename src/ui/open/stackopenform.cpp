@@ -18,8 +18,9 @@
 #include <QVBoxLayout>
 
 #include "base/log.h"
-#include "formats/filefilters.h"
-#include "formats/filelists.h"
+#include "formats/imageformats.h"
+#include "formats/names/filefilters.h"
+#include "formats/names/filelists.h"
 #include "ui/messages.h"
 #include "ui/open/stackopenextension.h"
 #include "ui/open/startload.h"
@@ -34,9 +35,6 @@ constexpr int kMostSiblings = 4;
 /// Rows of the table and characters of a name that can be seen without scrolling.
 constexpr int kVisibleRows = 4;
 constexpr int kVisibleCharacters = 56;
-
-const char* const kChannelFilter =
-    "All known formats (*.pic *.tif);; Biorad (*.pic);;Perkin Elmer (*.tif);;All File (*.*)";
 
 QLabel* wildcardHint(QWidget* page)
 {
@@ -221,7 +219,7 @@ void StackOpenForm::setNumberOfChannels(int wanted)
     try {
         for (; rows < channels; ++rows) {
             logDebug("Row %d added", rows);
-            FileChooser* chooser = makeChooser(tr(kChannelFilter));
+            FileChooser* chooser = makeChooser(channelFileFilter());
             chooser->setObjectName("fchChannel" + QString::number(rows + 1));
             m_channelRows.push_back(chooser);
             m_table->insertRow(rows);
@@ -313,40 +311,37 @@ void StackOpenForm::setup(const QString& file)
     const auto warn = [&](const QString& title, const QString& text) {
         showMessage(this, QMessageBox::Warning, title, file + text);
     };
-    switch (attributes.type) {
-    case ImageType::Unknown:
+    if (attributes.type == ImageType::Unknown) {
         warn(tr("Unknown file type"), tr(" does not appear to be any image file format recognized by Tirn. "
                                          "You may want to try Import Raw Stack."));
         return;
-    case ImageType::TiffSeries:
+    }
+    switch (imageFormat(attributes.type).page) {
+    case OpenPage::Layer:
         warn(tr("Tif load"), tr(" appears to be a single slice tiff file. If you want to load a series of "
                                 "tiff files, please use Load Sequence Tiff."));
         return;
-    case ImageType::Leica:
+    case OpenPage::Description:
         refuseLeica(file);
         return;
-    case ImageType::BioRad:
+    case OpenPage::Siblings:
         setupSiblings(file);
         break;
-    case ImageType::Olympus:
+    case OpenPage::DataSet:
         setupOlympus(file, attributes);
         break;
-    case ImageType::MultiPageTiff:
+    case OpenPage::ByChannels:
         if (attributes.channels == 1) {
             setupChannelFiles({file}, 2);
             break;
         }
         [[fallthrough]];
-    case ImageType::DeltaVision:
-    case ImageType::MetaMorph:
-    case ImageType::Vff:
-    case ImageType::Zeiss:
+    case OpenPage::OneFile:
         beginSetup(MultiChannel);
         m_multiChooser->setFileName(file);
         multiTimeSeriesChecked();
         break;
-    case ImageType::Dicom:
-    case ImageType::PerkinElmer:
+    case OpenPage::None:
         break;
     }
     finishSetup();

@@ -10,7 +10,8 @@
 #include <QTableWidget>
 
 #include "base/log.h"
-#include "formats/filelists.h"
+#include "formats/imageformats.h"
+#include "formats/names/filelists.h"
 #include "image/imagefile.h"
 #include "image/memoryestimate.h"
 #include "ui/messages.h"
@@ -323,7 +324,8 @@ void StackOpenForm::buildFileList_knownList(const std::vector<QStringList>& file
         if (!checkFile(element.at(i)))
             return;
     }
-    if (probe({element.first()}).value_or(ImageAttributes()).type == ImageType::Leica) {
+    const ImageType type = probe({element.first()}).value_or(ImageAttributes()).type;
+    if (imageFormat(type).page == OpenPage::Description) {
         refuseLeica(element.first());
         return;
     }

@@ -4,7 +4,7 @@
 
 #include <QSyntaxHighlighter>
 
-#include "formats/sequencenames.h"
+#include "formats/names/sequencenames.h"
 
 namespace tirn {
 
