@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -17,6 +18,24 @@ namespace tirn {
 class ImageIO;
 class TextureSink;
 struct FilterKernel;
+
+/// What is known of the values of voxels.
+struct KnownValues
+{
+    std::vector<StackStats> stats;
+    int largest = -1;
+    /// It was counted, not stated by someone who knows.
+    bool largestIsCounted = false;
+    /// The largest once the voxels are inverted.
+    int largestInverted = -1;
+};
+
+/// What a change of voxels leaves over; nothing known where they kept their values and places.
+struct ReplacedVoxels
+{
+    VoxelBuffer voxels;
+    std::optional<KnownValues> known;
+};
 
 /// One time point of a multi-channel stack: its voxels in memory, what is known of its file, and the reader.
 ///
@@ -76,10 +95,12 @@ public:
     {
         return reinterpret_cast<const std::uint16_t*>(m_stackData.data());
     }
-    /// Replaces the voxels; the caller sets the attributes to match.
-    void setStackData(VoxelBuffer data) { m_stackData = std::move(data); }
-    /// From now on filters put the voxels that they replace here instead of letting them go; null for none.
-    void keepReplacedIn(VoxelBuffer* place) { m_replaced = place; }
+    /// Replaces the voxels and forgets their statistics; the caller sets the attributes to match.
+    void setStackData(VoxelBuffer data);
+    /// The same for voxels with other values than before, so that what was stated of the largest one is void.
+    void replaceVoxels(VoxelBuffer data);
+    /// From now on what is forgotten first, and voxels that filters replace, go here; null for nowhere.
+    void keepReplacedIn(ReplacedVoxels* place) { m_replaced = place; }
     /// Lets the voxels go; sizes become -1, the file's attributes and the statistics stay.
     void freeStack();
     /// The same, but gives them to the caller.
@@ -93,13 +114,20 @@ public:
     QStringList fileNames() const;
     QStringList filePaths() const;
 
+    // Statistics are those of the voxels as they are: whatever changes voxels forgets them, and they are made
+    // when they are asked for. Voxels that are let go leave theirs behind.
+
     /// The statistics of a channel, made first when there are none.
     const StackStats& stats(int channel);
     const std::vector<StackStats>& statsList() const { return m_statsList; }
     void generateStatistics();
-    /// Gives the statistics away, and takes them back.
-    std::vector<StackStats> takeStats() { return std::exchange(m_statsList, {}); }
-    void setStats(std::vector<StackStats> stats) { m_statsList = std::move(stats); }
+    /// For those who write to the voxels themselves.
+    void forgetStatistics();
+    /// The same where values changed, so that the largest is unknown, too.
+    void forgetValues();
+    /// Gives what is known of the voxels away, and takes it back.
+    KnownValues takeKnown();
+    void setKnown(KnownValues known);
     /// The number of histogram bins: maxValue + 1, or 2^bitDepth while the maximum is unknown.
     int binCount() const;
 
@@ -185,8 +213,7 @@ public:
     bool maxMerge(const ImageFile& other);
 
     // Filters. `channel` -1 means all. They return false, and leave the stack as it was, when there is no
-    // stack or the work was cancelled; without room they throw AllocationError. They do not renew the
-    // statistics.
+    // stack or the work was cancelled; without room they throw AllocationError.
 
     // `size` is that of a window, h = size / 2; `is3D` extends it along z. The mean and the median refuse
     // windows above 1023, and the median in 3D above 255.
@@ -232,8 +259,6 @@ private:
     bool ensureLoaded();
     /// The same, for a channel that there is, or -1.
     bool canFilter(int channel);
-    /// Takes the result of a filter over.
-    void replaceStack(VoxelBuffer result);
 
     int m_firstLayer = -1;
     int m_lastLayer = -1;
@@ -241,11 +266,17 @@ private:
     /// What `subSample` has reduced the layers by since they were read.
     std::vector<int> m_reductions;
     ImageAttributes m_attributes;
+    /// What the file states; the statistics put the largest value of the voxels in the attributes' place.
+    int m_fileMaximum = -1;
+    /// The attributes' largest value was counted, and has to be again when voxels change.
+    bool m_largestIsCounted = false;
+    /// The largest value once the voxels are inverted, -1 while unknown.
+    int m_invertedMaximum = -1;
     std::vector<StackStats> m_statsList;
     std::unique_ptr<ImageIO> m_io;
     std::vector<unsigned> m_textureList;
     VoxelBuffer m_stackData;
-    VoxelBuffer* m_replaced = nullptr;
+    ReplacedVoxels* m_replaced = nullptr;
     QStringList m_errorList;
     QStringList m_writeErrors;
 };

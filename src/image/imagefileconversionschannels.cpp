@@ -313,7 +313,7 @@ bool ImageFile::merge(const std::vector<ImageFile*>& stacks)
             std::memcpy(copy.data(), first.m_stackData.data(), static_cast<std::size_t>(copy.size()));
         }
         m_attributes = first.m_attributes;
-        m_stackData = std::move(copy);
+        setStackData(std::move(copy));
         return true;
     }
     const QString refusal = mergeRefusal(stacks);
@@ -332,6 +332,7 @@ bool ImageFile::merge(const std::vector<ImageFile*>& stacks)
     if (format == nullptr || !format->mergeable)
         throw AllocationError("Could not allocate ImageIO object");
     m_io = std::make_unique<MergedIO>(*this, first.attributes().type, files);
+    m_fileMaximum = m_attributes.maxValue;
     m_attributes.fileZ = first.m_attributes.fileZ;
     m_attributes.x = first.m_attributes.x;
     m_attributes.y = first.m_attributes.y;

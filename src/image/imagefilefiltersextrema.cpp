@@ -196,7 +196,7 @@ bool ImageFile::maxFilter(int size, int channel, bool is3D, const Progress& prog
     if (result.isNull())
         return false;
     logDebug("maxfilter %dx%d elapsed %dms", size, size, static_cast<int>(stopwatch.seconds()));
-    replaceStack(std::move(result));
+    replaceVoxels(std::move(result));
     return true;
 }
 
@@ -210,10 +210,7 @@ bool ImageFile::minFilter(int size, int channel, bool is3D, const Progress& prog
     if (result.isNull())
         return false;
     logDebug("minfilter %dx%d elapsed %dms", size, size, static_cast<int>(stopwatch.seconds()));
-    replaceStack(std::move(result));
-    // An empty window leaves more than there was.
-    if (size < 2)
-        m_attributes.maxValue = -1;
+    replaceVoxels(std::move(result));
     return true;
 }
 

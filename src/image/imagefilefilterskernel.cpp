@@ -141,9 +141,7 @@ bool ImageFile::kernelFilter(const FilterKernel& kernel, int channel, const Prog
         return false;
     keepOtherChannels(*this, channel, result);
     logDebug("kernel %dx%d elapsed %dms", kernel.width, kernel.height, static_cast<int>(stopwatch.seconds()));
-    replaceStack(std::move(result));
-    // Weights of both signs reach beyond the values that there were.
-    m_attributes.maxValue = -1;
+    replaceVoxels(std::move(result));
     return true;
 }
 

@@ -311,9 +311,7 @@ bool ImageFile::meanFilter(int size, int channel, bool is3D, const Progress& pro
         return false;
     keepOtherChannels(*this, channel, result);
     logDebug("mean %dx%d elapsed %dms", size, size, static_cast<int>(stopwatch.seconds()));
-    replaceStack(std::move(result));
-    // The divisor of a square under the sum of a cube, or of an even window, raises values.
-    m_attributes.maxValue = -1;
+    replaceVoxels(std::move(result));
     return true;
 }
 

@@ -194,7 +194,7 @@ bool ImageFile::medianFilter(int size, int channel, bool is3D, const Progress& p
     if (result.isNull())
         return false;
     logDebug("median %dx%d elapsed %dms", size, size, static_cast<int>(stopwatch.seconds()));
-    replaceStack(std::move(result));
+    replaceVoxels(std::move(result));
     return true;
 }
 
@@ -219,9 +219,7 @@ bool ImageFile::backgroundSubtract(int size, int channel, int percent, const Pro
     });
     keepOtherChannels(*this, channel, result);
     logDebug("background subtract %dx%d elapsed %dms", size, size, static_cast<int>(stopwatch.seconds()));
-    replaceStack(std::move(result));
-    if (percent < 0)
-        m_attributes.maxValue = -1;
+    replaceVoxels(std::move(result));
     return true;
 }
 

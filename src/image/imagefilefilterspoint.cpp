@@ -110,10 +110,12 @@ void ImageFile::invert(const Progress& progress)
     const StepLoop loop = {(samples + kItem - 1) / kItem, 1, kItem * m_attributes.bytesPerSample()};
     const std::int64_t done = runSteps(loop, QString(), progress, body);
     // Inverting once more restores what a cancelled run has done.
-    if (done < loop.steps)
+    if (done < loop.steps) {
         body(0, done);
-    else
-        m_attributes.maxValue = -1;
+        return;
+    }
+    forgetStatistics();
+    std::swap(m_attributes.maxValue, m_invertedMaximum);
 }
 
 bool ImageFile::addConstant(int value, int channel, const Progress& progress)
@@ -121,8 +123,7 @@ bool ImageFile::addConstant(int value, int channel, const Progress& progress)
     if (!canFilter(channel))
         return false;
     const int highest = (1 << m_attributes.bitDepth) - 1;
-    if (value > 0)
-        m_attributes.maxValue = -1;
+    forgetValues();
     if (m_attributes.hasWords())
         return addToStack<std::uint16_t>({m_attributes.channels, channel, value, highest}, sampleCount(),
                                          stackData16(), addToWords, progress);

@@ -158,7 +158,7 @@ bool ImageFile::zFilter(int size, int channel, int threshold, const Progress& pr
                                        : run(stackData(), reinterpret_cast<std::uint8_t*>(result.data()));
     });
     if (done)
-        replaceStack(std::move(result));
+        replaceVoxels(std::move(result));
     return done;
 }
 

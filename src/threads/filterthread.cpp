@@ -75,12 +75,10 @@ QString logText(const FilterJobParameters& p)
 VolumeEdit filterEdit(const VoxelArray& array, const FilterJobParameters& parameters)
 {
     VolumeEdit edit;
-    const bool oneChannelAnImage =
-        array.channelCount() > 1 && array.images().front()->attributes().channels == 1;
     int channel = parameters.channelAll ? -1 : parameters.channel;
-    if (oneChannelAnImage && channel >= 0) {
-        for (int i = channel; i < static_cast<int>(array.images().size()); i += array.channelCount())
-            edit.images.push_back(i);
+    if (array.hasOneChannelAnImage() && channel >= 0) {
+        for (int t = 0; array.imageOf(channel, t).image != nullptr; ++t)
+            edit.images.push_back(array.imageOf(channel, t).number);
         channel = 0;
     }
     edit.apply = [parameters, channel, apply = rowOf(parameters.operation).apply](ImageFile& image,

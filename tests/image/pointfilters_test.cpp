@@ -60,15 +60,15 @@ TEST(AddConstant, ValuesBeyondAnyDepthFillOrClear)
     }
 }
 
-TEST(AddConstant, RaisingValuesMakesTheLargestOneUnknown)
+TEST(AddConstant, MakesTheLargestValueUnknown)
 {
     const auto stack = test::stackFrom({2, 1, 1, 1, 16}, {7, 4095});
     stack->attributes().maxValue = 4095;
     ASSERT_TRUE(stack->addConstant(-5, 0));
-    EXPECT_EQ(stack->attributes().maxValue, 4095);
+    EXPECT_EQ(stack->attributes().maxValue, -1);
+    EXPECT_EQ(stack->stats(0).max, 4090);
     ASSERT_TRUE(stack->addConstant(6, 0));
     EXPECT_EQ(stack->attributes().maxValue, -1);
-    stack->generateStatistics();
     EXPECT_EQ(stack->stats(0).max, 4096);
 }
 
