@@ -82,7 +82,7 @@ bool GLThread::drawMessageOnly(QSize /*size*/) { return false; }
 
 void GLThread::bindSlice(GLenum target, GLuint texture) { gl().BindTexture(target, texture); }
 
-void GLThread::bindChannelTables(const FrameState& frame, std::size_t channel)
+void GLThread::bindChannelTables(const FrameState& frame, std::size_t channel, int /*zBlock*/)
 {
     const auto palette = static_cast<std::size_t>(std::max(0, frame.channels[channel].palette));
     if (palette < m_host.scene.palettes.size())
@@ -124,7 +124,7 @@ ListNames GLThread::buildRenderList(const FrameState& frame, Orientation orienta
                     continue;
                 }
                 bindSlice(array.textureTarget(), array.textures()[static_cast<std::size_t>(texture)]);
-                bindChannelTables(frame, c);
+                bindChannelTables(frame, c, is3D ? array.geometry().zBlockOf(static_cast<int>(own)) : 0);
                 gl().CallList(array.quads()[static_cast<std::size_t>(quad)]);
             }
         }

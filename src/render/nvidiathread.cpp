@@ -61,7 +61,7 @@ void NvidiaThread::bindSlice(GLenum target, GLuint texture)
     gl().BindTexture(target, texture);
 }
 
-void NvidiaThread::bindChannelTables(const FrameState& frame, std::size_t channel)
+void NvidiaThread::bindChannelTables(const FrameState& frame, std::size_t channel, int zBlock)
 {
     const auto palette = static_cast<std::size_t>(std::max(0, frame.channels[channel].palette));
     if (palette < m_host.scene.palettes.size()) {
@@ -70,7 +70,7 @@ void NvidiaThread::bindChannelTables(const FrameState& frame, std::size_t channe
     }
     if (m_host.shaders.zCorrection) {
         gl().ActiveTextureARB(GL_TEXTURE2_ARB);
-        gl().BindTexture(GL_TEXTURE_1D, frame.array->channels()[channel].zCurve.textureName());
+        gl().BindTexture(GL_TEXTURE_1D, frame.array->channels()[channel].zCurve.textureName(zBlock));
     }
 }
 
