@@ -21,19 +21,13 @@ struct WindowAction
     FormId form;
 };
 
-struct FilterAction
+struct TransformAction
 {
     const char* action;
     FilterOperation operation;
 };
 
-constexpr FilterAction kFilterActions[] = {
-    {"filterMeanAction", FilterOperation::Mean},
-    {"filterMedianAction", FilterOperation::Median},
-    {"filterMinAction", FilterOperation::Minimum},
-    {"filterMaxAction", FilterOperation::Maximum},
-    {"filterCustomAction", FilterOperation::Custom},
-    {"backgroundAction", FilterOperation::BackgroundSubtract},
+constexpr TransformAction kTransformActions[] = {
     {"flipXAction", FilterOperation::FlipX},
     {"flipYAction", FilterOperation::FlipY},
     {"flipZAction", FilterOperation::FlipZ},
@@ -78,8 +72,12 @@ void TirnApplication::connectActions()
     on("helpContentsAction", [this] { help(); });
     on("helpAboutAction", [this] { createAboutForm(); });
     on("checkForUpdatesAction", [this] { m_mainForm->checkForUpdates(); });
-    for (const FilterAction& each : kFilterActions)
+    for (const TransformAction& each : kTransformActions)
         on(each.action, [this, each] { filter(each.operation); });
+    for (const Filter& each : filters()) {
+        if (each.action != nullptr)
+            on(each.action, [this, operation = each.operation] { filter(operation); });
+    }
     for (const ExportAction& each : kExportActions)
         on(each.action, [this, each] { exportStack(each.mode); });
     for (const WindowAction& each : kWindowActions) {

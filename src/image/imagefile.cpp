@@ -190,11 +190,6 @@ VoxelBuffer ImageFile::takeStack()
 
 bool ImageFile::ensureLoaded() { return isLoaded() || reRead(); }
 
-bool ImageFile::canFilter(int channel)
-{
-    return ensureLoaded() && sampleCount() > 0 && channel >= -1 && channel < m_attributes.channels;
-}
-
 void ImageFile::setStackData(VoxelBuffer data)
 {
     m_stackData = std::move(data);
@@ -217,6 +212,12 @@ void ImageFile::forgetStatistics()
     KnownValues known = takeKnown();
     if (m_replaced != nullptr && !m_replaced->known)
         m_replaced->known = std::move(known);
+}
+
+void ImageFile::valuesInverted()
+{
+    forgetStatistics();
+    std::swap(m_attributes.maxValue, m_invertedMaximum);
 }
 
 KnownValues ImageFile::takeKnown()

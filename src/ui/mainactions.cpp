@@ -1,5 +1,9 @@
 #include "ui/mainactions.h"
 
+#include <vector>
+
+#include "image/filters/filtertable.h"
+
 namespace tirn {
 
 namespace {
@@ -25,7 +29,7 @@ constexpr ActionRow ofStack(const char* menu, const char* name, const char* text
     return {menu, name, text, shortcut, toolTip, kPlain, true, true};
 }
 
-constexpr ActionRow kActions[] = {
+constexpr ActionRow kBeforeFilters[] = {
     {"&File/Load", "stackOpenAction", "Stack..."},
     later("&File/Load", "paletteOpenAction", "Palette..."),
     later("&File/Load", "paletteNewAction", "New Palette"),
@@ -57,12 +61,9 @@ constexpr ActionRow kActions[] = {
     ofStack("&Edit", "editCopyAction", "&Copy", "Ctrl+C",
             "Copy the current window contents to the clipboard."),
     separator("&Edit"),
-    ofStack("&Edit/Filter", "filterMeanAction", "Mean"),
-    ofStack("&Edit/Filter", "filterMedianAction", "Median"),
-    ofStack("&Edit/Filter", "filterMinAction", "Min"),
-    ofStack("&Edit/Filter", "filterMaxAction", "Max"),
-    ofStack("&Edit/Filter", "filterCustomAction", "Custom..."),
-    ofStack("&Edit/Filter", "backgroundAction", "Background Subtract"),
+};
+
+constexpr ActionRow kBehindFilters[] = {
     ofStack("&Edit/Flip", "flipXAction", "X Axis"),
     ofStack("&Edit/Flip", "flipYAction", "Y Axis"),
     ofStack("&Edit/Flip", "flipZAction", "Z Axis"),
@@ -99,8 +100,23 @@ constexpr ActionRow kActions[] = {
     {"", "helpIndexAction", "&Index..."},
 };
 
+std::vector<ActionRow> allActions()
+{
+    std::vector<ActionRow> rows(std::begin(kBeforeFilters), std::end(kBeforeFilters));
+    for (const Filter& filter : filters()) {
+        if (filter.action != nullptr)
+            rows.push_back(ofStack("&Edit/Filter", filter.action, filter.menuText));
+    }
+    rows.insert(rows.end(), std::begin(kBehindFilters), std::end(kBehindFilters));
+    return rows;
+}
+
 } // namespace
 
-std::span<const ActionRow> mainActions() { return kActions; }
+std::span<const ActionRow> mainActions()
+{
+    static const std::vector<ActionRow> rows = allActions();
+    return rows;
+}
 
 } // namespace tirn

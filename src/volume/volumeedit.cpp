@@ -4,6 +4,7 @@
 #include <numeric>
 
 #include "image/allocationerror.h"
+#include "image/filters/pointfilters.h"
 #include "volume/voxelsaside.h"
 
 namespace tirn {
@@ -287,10 +288,10 @@ VolumeEdit invertEdit()
 {
     VolumeEdit edit;
     edit.apply = [](ImageFile& image, const Progress& progress) {
-        image.invert({progress.report, nullptr});
+        invert(image, {progress.report, nullptr});
         return true;
     };
-    edit.takeBack = [](ImageFile& image) { image.invert(); };
+    edit.takeBack = [](ImageFile& image) { invert(image); };
     edit.toggles.inverted = true;
     return edit;
 }

@@ -9,6 +9,7 @@
 #include "base/log.h"
 #include "base/stopwatch.h"
 #include "depth/curvesession.h"
+#include "image/filters/pointfilters.h"
 #include "session/relativepath.h"
 #include "volume/volumeedit.h"
 
@@ -140,7 +141,7 @@ void DataTransforms::applyTo(ImageFile& image, const Progress& progress) const
     if (flipZ)
         image.flip('Z', progress);
     if (inverted)
-        image.invert(progress);
+        invert(image, progress);
 }
 
 const VoxelChange& VoxelArray::shownChange(int i) const

@@ -4,7 +4,13 @@
 
 #include <QTemporaryDir>
 
-#include "image/filterkernel.h"
+#include "image/filters/extremafilters.h"
+#include "image/filters/filterkernel.h"
+#include "image/filters/kernelfilter.h"
+#include "image/filters/meanfilter.h"
+#include "image/filters/medianfilter.h"
+#include "image/filters/pointfilters.h"
+#include "image/filters/speckfilter.h"
 #include "support/picfile.h"
 #include "support/stacks.h"
 
@@ -21,19 +27,19 @@ struct Change
 };
 
 const std::vector<Change> kChanges = {
-    {"mean", [](ImageFile& s) { s.meanFilter(3, -1, true); }},
-    {"median", [](ImageFile& s) { s.medianFilter(3, 0, false); }},
-    {"smallest", [](ImageFile& s) { s.minFilter(3, 1, false); }},
-    {"largest", [](ImageFile& s) { s.maxFilter(3, -1, false); }},
-    {"background", [](ImageFile& s) { s.backgroundSubtract(3, -1, 50); }},
-    {"specks", [](ImageFile& s) { s.zFilter(3, 0, 100); }},
+    {"mean", [](ImageFile& s) { meanFilter(s, 3, -1, true); }},
+    {"median", [](ImageFile& s) { medianFilter(s, 3, 0, false); }},
+    {"smallest", [](ImageFile& s) { minFilter(s, 3, 1, false); }},
+    {"largest", [](ImageFile& s) { maxFilter(s, 3, -1, false); }},
+    {"background", [](ImageFile& s) { backgroundSubtract(s, 3, -1, 50); }},
+    {"specks", [](ImageFile& s) { zFilter(s, 3, 0, 100); }},
     {"kernel",
      [](ImageFile& s) {
-         s.kernelFilter({1, 2, {1.0, 1.0}}, -1);
+         kernelFilter(s, {1, 2, {1.0, 1.0}}, -1);
      }},
-    {"less", [](ImageFile& s) { s.addConstant(-30, -1); }},
-    {"more", [](ImageFile& s) { s.addConstant(30, 0); }},
-    {"invert", [](ImageFile& s) { s.invert(); }},
+    {"less", [](ImageFile& s) { addConstant(s, -30, -1); }},
+    {"more", [](ImageFile& s) { addConstant(s, 30, 0); }},
+    {"invert", [](ImageFile& s) { invert(s); }},
     {"flip x", [](ImageFile& s) { s.flip('X'); }},
     {"flip z", [](ImageFile& s) { s.flip('Z'); }},
     {"crop", [](ImageFile& s) { s.crop(0, 2, 1, 2, 1, 1); }},
@@ -99,7 +105,7 @@ TEST(LargestValue, OfAMedianIsThatOfTheVoxelsLeft)
     const auto stack = test::stackFrom({5, 5, 1, 1, 16}, samples);
     stack->generateStatistics();
     ASSERT_EQ(stack->attributes().maxValue, 4000);
-    ASSERT_TRUE(stack->medianFilter(3, -1, false));
+    ASSERT_TRUE(medianFilter(*stack, 3, -1, false));
     EXPECT_EQ(stack->stats(0).max, 7);
     EXPECT_EQ(stack->attributes().maxValue, 7);
 }
@@ -128,11 +134,11 @@ TEST(LargestValue, ComesBackWithTheSecondInversion)
     const auto stack = test::stackFrom({2, 1, 1, 1, 16}, {3, 1000});
     stack->attributes().maxValue = 4095;
     stack->generateStatistics();
-    stack->invert();
+    invert(*stack);
     stack->stats(0);
     EXPECT_EQ(stack->attributes().maxValue, 65532);
     stack->flip('Z');
-    stack->invert();
+    invert(*stack);
     stack->stats(0);
     EXPECT_EQ(stack->attributes().maxValue, 4095);
 }
@@ -141,9 +147,9 @@ TEST(LargestValue, BetweenInversionsAFilterMakesItUnknown)
 {
     const auto stack = test::stackFrom({2, 1, 1, 1, 16}, {3, 1000});
     stack->attributes().maxValue = 4095;
-    stack->invert();
-    stack->addConstant(-100, -1);
-    stack->invert();
+    invert(*stack);
+    addConstant(*stack, -100, -1);
+    invert(*stack);
     EXPECT_EQ(stack->stats(0).max, 1100);
     EXPECT_EQ(stack->attributes().maxValue, 1100);
 }

@@ -6,6 +6,8 @@
 
 #include "glsupport/recordedvolume.h"
 #include "glsupport/texturecontents.h"
+#include "image/filters/meanfilter.h"
+#include "image/filters/medianfilter.h"
 #include "support/picfile.h"
 #include "support/stacks.h"
 
@@ -46,7 +48,7 @@ VolumeEdit meanEdit()
 {
     VolumeEdit edit;
     edit.apply = [](ImageFile& image, const Progress& progress) {
-        return image.meanFilter(3, -1, false, progress);
+        return meanFilter(image, 3, -1, false, progress);
     };
     return edit;
 }
@@ -55,7 +57,7 @@ VolumeEdit meanEdit()
 PlainStack meanOf(const PlainStack& stack)
 {
     const auto image = test::imageOf(stack);
-    image->meanFilter(3, -1, false);
+    meanFilter(*image, 3, -1, false);
     return plainCopy(*image);
 }
 
@@ -176,7 +178,7 @@ TEST_F(Edit, ThatDarkensLowersTheUsedBits)
     const auto array = encoded({test::PlainStack{5, 1, 1, 1, 16, {10, 10, 4000, 10, 10}}});
     VolumeEdit edit;
     edit.apply = [](ImageFile& image, const Progress& progress) {
-        return image.medianFilter(3, -1, false, progress);
+        return medianFilter(image, 3, -1, false, progress);
     };
     applyEdit(*array, edit);
     EXPECT_EQ(array->stack().maxValue, 10);
@@ -304,7 +306,7 @@ TEST_F(Edit, ThatIsImpossibleSaysSo)
     const auto array = encoded(kSeries);
     VolumeEdit edit;
     edit.apply = [](ImageFile& image, const Progress& progress) {
-        return image.meanFilter(5000, -1, false, progress);
+        return meanFilter(image, 5000, -1, false, progress);
     };
     const JobResult result = applyEdit(*array, edit);
     EXPECT_EQ(result.outcome, JobOutcome::Failed);

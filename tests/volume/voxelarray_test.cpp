@@ -6,6 +6,7 @@
 
 #include "glsupport/glrecorder.h"
 #include "glsupport/renderrig.h"
+#include "image/filters/pointfilters.h"
 #include "support/logcapture.h"
 #include "support/stacks.h"
 
@@ -219,7 +220,7 @@ TEST_F(Statistics, FollowVoxelsThatBecameDarker)
     add(1, {10, 200});
     copy(1, 1);
     EXPECT_EQ(array.significantBits(), 8);
-    array.images().front()->addConstant(-185, -1);
+    addConstant(*array.images().front(), -185, -1);
     array.copyStatistics();
     EXPECT_EQ(array.stack().maxValue, 15);
     EXPECT_EQ(array.channels()[0].maxValue, 15);
