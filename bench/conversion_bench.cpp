@@ -7,6 +7,7 @@
 #include "base/parallel.h"
 #include "benchstacks.h"
 #include "formats/imageio.h"
+#include "image/filters/pointfilters.h"
 #include "image/imagefile.h"
 
 // Conversions over 512 x 512 x 50, as bytes read and written a second. The limit is a copy by all threads,
@@ -34,11 +35,11 @@ constexpr Conversion kConversions[] = {
     {"flipX", 8, 3, [](ImageFile& s) { s.flip('X'); }},
     {"flipY", 8, 1, [](ImageFile& s) { s.flip('Y'); }},
     {"flipZ", 8, 1, [](ImageFile& s) { s.flip('Z'); }},
-    {"invert", 8, 1, [](ImageFile& s) { s.invert(); }},
-    {"invert", 16, 1, [](ImageFile& s) { s.invert(); }},
-    {"addConstant", 8, 1, [](ImageFile& s) { s.addConstant(9, -1); }},
-    {"addConstant", 16, 1, [](ImageFile& s) { s.addConstant(-9, -1); }},
-    {"addConstant", 8, 2, [](ImageFile& s) { s.addConstant(9, 1); }},
+    {"invert", 8, 1, [](ImageFile& s) { invert(s); }},
+    {"invert", 16, 1, [](ImageFile& s) { invert(s); }},
+    {"addConstant", 8, 1, [](ImageFile& s) { addConstant(s, 9, -1); }},
+    {"addConstant", 16, 1, [](ImageFile& s) { addConstant(s, -9, -1); }},
+    {"addConstant", 8, 2, [](ImageFile& s) { addConstant(s, 9, 1); }},
     {"crop", 8, 1, [](ImageFile& s) { s.crop(10, 500, 10, 500, 1, 48); }},
     {"crop", 16, 1, [](ImageFile& s) { s.crop(10, 500, 10, 500, 1, 48); }},
     {"pad", 8, 1, [](ImageFile& s) { s.pad(530, 530, 52); }},

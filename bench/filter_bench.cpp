@@ -5,6 +5,9 @@
 
 #include "base/parallel.h"
 #include "benchstacks.h"
+#include "image/filters/extremafilters.h"
+#include "image/filters/meanfilter.h"
+#include "image/filters/medianfilter.h"
 #include "image/imagefile.h"
 
 // Filters over 512 x 512 x 50, as voxels a second. A filter's input is the output of the run before it, so
@@ -54,37 +57,37 @@ void runFilter(benchmark::State& state, const std::function<void(ImageFile&)>& f
 
 void maxFilter2D(benchmark::State& state)
 {
-    runFilter(state, [&](ImageFile& s) { s.maxFilter(static_cast<int>(state.range(1)), -1, false); });
+    runFilter(state, [&](ImageFile& s) { maxFilter(s, static_cast<int>(state.range(1)), -1, false); });
 }
 
 void maxFilter3D(benchmark::State& state)
 {
-    runFilter(state, [&](ImageFile& s) { s.maxFilter(static_cast<int>(state.range(1)), -1, true); });
+    runFilter(state, [&](ImageFile& s) { maxFilter(s, static_cast<int>(state.range(1)), -1, true); });
 }
 
 void minFilter2D(benchmark::State& state)
 {
-    runFilter(state, [&](ImageFile& s) { s.minFilter(static_cast<int>(state.range(1)), -1, false); });
+    runFilter(state, [&](ImageFile& s) { minFilter(s, static_cast<int>(state.range(1)), -1, false); });
 }
 
 void meanFilter2D(benchmark::State& state)
 {
-    runFilter(state, [&](ImageFile& s) { s.meanFilter(static_cast<int>(state.range(1)), -1, false); });
+    runFilter(state, [&](ImageFile& s) { meanFilter(s, static_cast<int>(state.range(1)), -1, false); });
 }
 
 void meanFilter3D(benchmark::State& state)
 {
-    runFilter(state, [&](ImageFile& s) { s.meanFilter(static_cast<int>(state.range(1)), -1, true); });
+    runFilter(state, [&](ImageFile& s) { meanFilter(s, static_cast<int>(state.range(1)), -1, true); });
 }
 
 void medianFilter2D(benchmark::State& state)
 {
-    runFilter(state, [&](ImageFile& s) { s.medianFilter(static_cast<int>(state.range(1)), -1, false); });
+    runFilter(state, [&](ImageFile& s) { medianFilter(s, static_cast<int>(state.range(1)), -1, false); });
 }
 
 void medianFilter3D(benchmark::State& state)
 {
-    runFilter(state, [&](ImageFile& s) { s.medianFilter(static_cast<int>(state.range(1)), -1, true); });
+    runFilter(state, [&](ImageFile& s) { medianFilter(s, static_cast<int>(state.range(1)), -1, true); });
 }
 
 void medianRows2D(benchmark::internal::Benchmark* row)

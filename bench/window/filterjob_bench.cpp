@@ -4,6 +4,7 @@
 
 #include "base/stopwatch.h"
 #include "gl/gltable.h"
+#include "image/filters/medianfilter.h"
 #include "threads/filterthread.h"
 #include "volume/volumemaking.h"
 #include "window/benchwindow.h"
@@ -46,7 +47,7 @@ void medianJob(benchmark::State& state)
     for (auto _ : state) {
         Stopwatch watch;
         for (const auto& image : array->images())
-            image->medianFilter(size, -1, false);
+            medianFilter(*image, size, -1, false);
         for (int t = 0; t < timePoints; ++t)
             array->reencode(t);
         gl().Finish();

@@ -6,19 +6,13 @@ namespace tirn {
 
 namespace {
 
-struct FilterAction
+struct TransformAction
 {
     const char* action;
     FilterOperation operation;
 };
 
-constexpr FilterAction kFilterActions[] = {
-    {"filterMeanAction", FilterOperation::Mean},
-    {"filterMedianAction", FilterOperation::Median},
-    {"filterMinAction", FilterOperation::Minimum},
-    {"filterMaxAction", FilterOperation::Maximum},
-    {"filterCustomAction", FilterOperation::Custom},
-    {"backgroundAction", FilterOperation::BackgroundSubtract},
+constexpr TransformAction kTransformActions[] = {
     {"flipXAction", FilterOperation::FlipX},
     {"flipYAction", FilterOperation::FlipY},
     {"flipZAction", FilterOperation::FlipZ},
@@ -158,8 +152,12 @@ void connectActions(const MenuTargets& targets)
     });
     on("helpContentsAction", [help = targets.help] { help("index.html"); });
     on("checkForUpdatesAction", [mainForm] { mainForm->checkForUpdates(); });
-    for (const FilterAction& each : kFilterActions)
+    for (const TransformAction& each : kTransformActions)
         on(each.action, [jobs = &targets.jobs, each] { jobs->filter(each.operation); });
+    for (const Filter& each : filters()) {
+        if (each.action != nullptr)
+            on(each.action, [jobs = &targets.jobs, operation = each.operation] { jobs->filter(operation); });
+    }
     for (const ExportAction& each : kExportActions)
         on(each.action, [jobs = &targets.jobs, each] { jobs->exportStack(each.mode); });
     connectForms(targets);

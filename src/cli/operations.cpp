@@ -11,6 +11,8 @@
 #include "cli/toolerror.h"
 #include "depth/curvebaking.h"
 #include "depth/curvefile.h"
+#include "image/filters/filtertable.h"
+#include "image/filters/pointfilters.h"
 
 namespace tirn {
 
@@ -18,8 +20,6 @@ namespace {
 
 constexpr int kLargestFactor = 8;
 constexpr int kLargestSample = 65535;
-/// The widest window of the median in three dimensions.
-constexpr int kWidestCube = 255;
 
 /// An operation: its option, and how an argument becomes a step.
 struct Operation
@@ -27,6 +27,7 @@ struct Operation
     const char* name;
     /// Null for an operation without an argument.
     const char* argument;
+    /// With %1 for the words of all filters.
     const char* help;
     /// Shown while the step runs.
     const char* title;
@@ -62,7 +63,7 @@ StackStep::Run makeFlip(const QString& axes)
 
 StackStep::Run makeInvert(const QString&)
 {
-    return [](std::unique_ptr<ImageFile>& stack, const Progress& progress) { stack->invert(progress); };
+    return [](std::unique_ptr<ImageFile>& stack, const Progress& progress) { invert(*stack, progress); };
 }
 
 StackStep::Run makeSubsample(const QString& text)
@@ -129,7 +130,7 @@ StackStep::Run makeAdd(const QString& text)
     const int value = wholeNumber("add", parts[0], -kLargestSample, kLargestSample);
     const int channel = wholeNumber("add", parts[1], -1, INT_MAX);
     return [value, channel](std::unique_ptr<ImageFile>& stack, const Progress& progress) {
-        require(stack->addConstant(value, channel, progress), "--add: the stack has no such channel");
+        require(addConstant(*stack, value, channel, progress), "--add: the stack has no such channel");
     };
 }
 
@@ -217,74 +218,75 @@ StackStep::Run makeZCurve(const QString& name)
     };
 }
 
-/// What follows the name of a filter.
-struct FilterArguments
+/// The filter of a word; null for a word that names none.
+const Filter* filterOf(const QString& word)
 {
-    int size = 0;
-    bool is3D = false;
-    int channel = -1;
-    int percent = 100;
-    int threshold = 0;
-};
-
-struct Filter
-{
-    const char* name;
-    bool (*run)(ImageFile& stack, const FilterArguments& a, const Progress& progress);
-};
-
-constexpr Filter kFilters[] = {
-    {"mean", [](ImageFile& s, const FilterArguments& a,
-                const Progress& p) { return s.meanFilter(a.size, a.channel, a.is3D, p); }},
-    {"median", [](ImageFile& s, const FilterArguments& a,
-                  const Progress& p) { return s.medianFilter(a.size, a.channel, a.is3D, p); }},
-    {"min", [](ImageFile& s, const FilterArguments& a,
-               const Progress& p) { return s.minFilter(a.size, a.channel, a.is3D, p); }},
-    {"max", [](ImageFile& s, const FilterArguments& a,
-               const Progress& p) { return s.maxFilter(a.size, a.channel, a.is3D, p); }},
-    {"background", [](ImageFile& s, const FilterArguments& a,
-                      const Progress& p) { return s.backgroundSubtract(a.size, a.channel, a.percent, p); }},
-    {"zfilter", [](ImageFile& s, const FilterArguments& a,
-                   const Progress& p) { return s.zFilter(a.size, a.channel, a.threshold, p); }},
-};
-
-FilterArguments filterArguments(const QStringList& parts)
-{
-    FilterArguments arguments;
-    arguments.size = wholeNumber("filter", parts.value(1), 1, 1023);
-    for (const QString& part : parts.mid(2)) {
-        const QString key = part.section('=', 0, 0);
-        const QString value = part.section('=', 1);
-        if (part == QLatin1String("3d"))
-            arguments.is3D = true;
-        else if (key == QLatin1String("channel"))
-            arguments.channel = wholeNumber("filter", value, 0, kLargestSample);
-        else if (key == QLatin1String("percent"))
-            arguments.percent = wholeNumber("filter", value, 0, 100);
-        else if (key == QLatin1String("threshold"))
-            arguments.threshold = wholeNumber("filter", value, 0, kLargestSample);
-        else
-            throw UsageError{"--filter: '" + part + "' is none of 3d, channel=C, percent=P, threshold=T"};
+    for (const Filter& filter : filters()) {
+        if (filter.word != nullptr && word == QLatin1String(filter.word))
+            return &filter;
     }
-    return arguments;
+    return nullptr;
+}
+
+/// What a filter takes under a word; null where it takes nothing.
+const FilterParameter* parameterOf(const Filter& filter, const QString& word)
+{
+    for (const FilterParameter& parameter : filter.parameters) {
+        if (parameter.word[0] != 0 && word == QLatin1String(parameter.word))
+            return &parameter;
+    }
+    return nullptr;
+}
+
+/// What an argument after the size says. Any filter may be told what only another one takes.
+void readFilterArgument(const QString& text, const Filter& filter, FilterJobParameters& parameters)
+{
+    const QString key = text.section('=', 0, 0);
+    if (key == QLatin1String("channel")) {
+        parameters.channelAll = false;
+        parameters.channel = wholeNumber("filter", text.section('=', 1), 0, kLargestSample);
+        return;
+    }
+    const FilterParameter* own = parameterOf(filter, key);
+    const FilterParameter* known = own;
+    for (const Filter& other : filters())
+        known = known != nullptr ? known : parameterOf(other, key);
+    const bool isFlag = known != nullptr && known->place == FilterParameter::Place::ThreeD;
+    if (known == nullptr || (isFlag && text != key))
+        throw UsageError{"--filter: '" + text + "' is none of 3d, channel=C, percent=P, threshold=T"};
+    const int value =
+        isFlag ? 1 : wholeNumber("filter", text.section('=', 1), known->minimum, known->maximum);
+    if (own != nullptr)
+        own->store(value, parameters);
+}
+
+FilterJobParameters filterParameters(const Filter& filter, const QStringList& parts)
+{
+    FilterJobParameters parameters;
+    for (const FilterParameter& each : filter.parameters)
+        each.store(each.usual, parameters);
+    parameters.operation = filter.operation;
+    parameters.size = wholeNumber("filter", parts.value(1), 1, kWidestWindow);
+    for (const QString& part : parts.mid(2))
+        readFilterArgument(part, filter, parameters);
+    return parameters;
 }
 
 StackStep::Run makeFilter(const QString& text)
 {
     const QStringList parts = text.split(',');
-    for (const Filter& filter : kFilters) {
-        if (parts.first() != QLatin1String(filter.name))
-            continue;
-        const FilterArguments arguments = filterArguments(parts);
-        if (parts.first() == QLatin1String("median") && arguments.is3D && arguments.size > kWidestCube)
-            throw UsageError{QString("--filter: a 3d median takes a size from 1 to %1").arg(kWidestCube)};
-        return [&filter, arguments](std::unique_ptr<ImageFile>& stack, const Progress& progress) {
-            require(arguments.channel < stack->attributes().channels,
-                    "--filter: the stack has no such channel");
-            require(filter.run(*stack, arguments, progress), "--filter: the stack cannot be filtered");
-        };
-    }
-    throw UsageError{"--filter: '" + parts.first() + "' is no filter"};
+    const Filter* filter = filterOf(parts.first());
+    if (filter == nullptr)
+        throw UsageError{"--filter: '" + parts.first() + "' is no filter"};
+    const FilterJobParameters parameters = filterParameters(*filter, parts);
+    if (parameters.threeD && parameters.size > filter->widestCube)
+        throw UsageError{
+            QString("--filter: a 3d %1 takes a size from 1 to %2").arg(filter->word).arg(filter->widestCube)};
+    return [filter, parameters](std::unique_ptr<ImageFile>& stack, const Progress& progress) {
+        require(parameters.chosenChannel() < stack->attributes().channels,
+                "--filter: the stack has no such channel");
+        require(filter->apply(*stack, parameters, progress), "--filter: the stack cannot be filtered");
+    };
 }
 
 constexpr Operation kOperations[] = {
@@ -303,7 +305,7 @@ constexpr Operation kOperations[] = {
     {"pad", "X,Y,Z", "Operation: centre the stack in zeros.", "Padding", makePad},
     {"pad-back", "Z", "Operation: add layers of zeros at the end.", "Padding", makePadBack},
     {"filter", "NAME,SIZE[,3d][,channel=C][,percent=P][,threshold=T]",
-     "Operation: mean, median, min, max, background or zfilter with a window of SIZE voxels an axis, in each "
+     "Operation: one of %1, with a window of SIZE voxels an axis, in each "
      "layer or with 3d across layers, of one channel (default all); background takes percent (default 100) "
      "of the median off, zfilter clears what no other of SIZE layers has above threshold (default 0).",
      "Filtering", makeFilter},
@@ -328,11 +330,17 @@ const Operation* findOperation(const QString& option)
 
 void addOperationOptions(QCommandLineParser& parser)
 {
+    QStringList words;
+    for (const Filter& filter : filters()) {
+        if (filter.word != nullptr)
+            words.append(filter.word);
+    }
     for (const Operation& operation : kOperations) {
+        const QString help = QString(operation.help).replace("%1", words.join(", "));
         if (operation.argument != nullptr)
-            parser.addOption({operation.name, operation.help, operation.argument});
+            parser.addOption({operation.name, help, operation.argument});
         else
-            parser.addOption({operation.name, operation.help});
+            parser.addOption({operation.name, help});
     }
 }
 

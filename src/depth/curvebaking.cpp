@@ -77,7 +77,7 @@ bool bakeCurves(ImageFile& stack, std::span<const std::vector<double>> curves, c
         if (!multiplyChannel(stack, curves[c], progress))
             return false;
     }
-    stack.attributes().maxValue = -1;
+    stack.forgetValues();
     logDebug("made it through mangling");
     return true;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <new>
 
 #include "base/checkedsize.h"
@@ -27,7 +28,7 @@ ZCurve::ZCurve(Array array, CurveTextures* textures)
 {}
 
 ZCurve::ZCurve(const ZCurve& other)
-    : m_saved(other.m_saved), m_textures(other.m_textures), m_curve(other.m_curve)
+    : m_saved(other.m_saved), m_textures(other.m_textures), m_blocks(other.m_blocks), m_curve(other.m_curve)
 {}
 
 ZCurve& ZCurve::operator=(const ZCurve& other)
@@ -45,8 +46,22 @@ ZCurve& ZCurve::operator=(const ZCurve& other)
 void ZCurve::setDepth(int slices)
 {
     m_curve->assign(static_cast<std::size_t>(std::max(slices, 0)), 1.0);
-    m_texture.reset();
+    m_pieces.clear();
     generateTexture();
+}
+
+void ZCurve::setBlocks(int blocks)
+{
+    if (m_blocks == std::max(1, blocks))
+        return;
+    m_blocks = std::max(1, blocks);
+    if (!m_pieces.empty())
+        generateTexture();
+}
+
+unsigned ZCurve::textureName(int block) const
+{
+    return block >= 0 && block < std::ssize(m_pieces) ? m_pieces[static_cast<std::size_t>(block)]->name : 0;
 }
 
 void ZCurve::reset() { std::fill(m_curve->begin(), m_curve->end(), 1.0); }
@@ -69,13 +84,20 @@ void ZCurve::generateTexture()
     }
     if (m_textures == nullptr)
         return;
-    if (!m_texture || m_texture->texels != texels.size())
-        m_texture = std::make_unique<Texture>(m_textures);
-    const CurveUpload upload = m_textures->upload(m_texture->name, texels);
-    m_texture->name = upload.texture;
-    m_texture->texels = texels.size();
-    if (upload.error != 0)
-        logWarning("GL error: %d", static_cast<int>(upload.error));
+    const std::size_t blocks = std::min(static_cast<std::size_t>(m_blocks), texels.size());
+    const std::size_t length = texels.size() / blocks;
+    if (m_pieces.size() != blocks || m_pieces.front()->texels != length) {
+        m_pieces.clear();
+        for (std::size_t block = 0; block < blocks; ++block)
+            m_pieces.push_back(std::make_unique<Texture>(m_textures, length));
+    }
+    for (std::size_t block = 0; block < blocks; ++block) {
+        const CurveUpload upload =
+            m_textures->upload(m_pieces[block]->name, std::span(texels).subspan(block * length, length));
+        m_pieces[block]->name = upload.texture;
+        if (upload.error != 0)
+            logWarning("GL error: %d", static_cast<int>(upload.error));
+    }
 }
 
 std::vector<float> curveTexels(std::span<const double> curve)
@@ -90,7 +112,8 @@ std::vector<float> curveTexels(std::span<const double> curve)
         // In front of the slices stands the multiplier of slice `pad`, not that of the first one. Behind the
         // last slice one more would be wanted: the last is repeated.
         const int slice = k < pad ? pad : std::min(k - pad, slices - 1);
-        const auto texel = static_cast<float>(curve[static_cast<std::size_t>(slice)] / 4);
+        const double multiplier = curve[static_cast<std::size_t>(slice)];
+        const auto texel = static_cast<float>(std::isnan(multiplier) ? 0.25 : multiplier / 4);
         texels[static_cast<std::size_t>(k)] = texel > 1.0F ? 1.0F : texel;
     }
     return texels;

@@ -10,7 +10,8 @@
 
 namespace tirn {
 
-/// A channel's depth correction: one multiplier a slice, 1.0 leaving it unchanged, and its 1D texture.
+/// A channel's depth correction: one multiplier a slice, 1.0 leaving it unchanged, and its 1D texture, which
+/// is cut into as many as the volume has blocks along z.
 ///
 /// The array is shared on purpose: whoever takes `curve()` writes into the curve itself, and so does a copy
 /// of the curve. The texture is not: it has one owner, which releases it, and a copy makes its own. Whatever
@@ -27,15 +28,17 @@ public:
     /// Shares the array; has no texture yet.
     ZCurve(const ZCurve& other);
     ZCurve(ZCurve&&) noexcept = default;
-    /// Shares the array, keeps a texture of its own and brings it up to date.
+    /// Shares the array, keeps a texture and blocks of its own and brings them up to date.
     ZCurve& operator=(const ZCurve& other);
     ~ZCurve() = default;
 
     bool saved() const { return m_saved; }
     int size() const { return static_cast<int>(m_curve->size()); }
     const Array& curve() const { return m_curve; }
-    /// The texture's name, 0 while there is none.
-    unsigned textureName() const { return m_texture ? m_texture->name : 0; }
+    /// The name of a block's texture, 0 while there is none.
+    unsigned textureName(int block = 0) const;
+    /// Cuts the texture for a volume of so many blocks along z.
+    void setBlocks(int blocks);
 
     /// A plain curve of another length with a new texture.
     void setDepth(int slices);
@@ -55,24 +58,26 @@ public:
 private:
     struct Texture
     {
-        explicit Texture(CurveTextures* sink) : textures(sink) {}
+        Texture(CurveTextures* sink, std::size_t length) : textures(sink), texels(length) {}
         ~Texture();
         Texture(const Texture&) = delete;
         Texture& operator=(const Texture&) = delete;
 
         CurveTextures* textures;
         unsigned name = 0;
-        std::size_t texels = 0;
+        std::size_t texels;
     };
 
     bool m_saved = false;
     CurveTextures* m_textures;
-    std::unique_ptr<Texture> m_texture;
+    int m_blocks = 1;
+    std::vector<std::unique_ptr<Texture>> m_pieces;
     Array m_curve;
 };
 
 /// The texels of a curve's texture: the multipliers divided by four and cut to at most 1.0, in the middle of
-/// the next power of two, the ends repeated on both sides. Empty for an empty curve.
+/// the next power of two, the ends repeated on both sides. What is no number counts as 1. Empty for an empty
+/// curve.
 std::vector<float> curveTexels(std::span<const double> curve);
 
 } // namespace tirn

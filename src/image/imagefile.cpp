@@ -39,6 +39,7 @@ ImageFile::ImageFile(const QStringList& names)
 {
     try {
         m_io = openStackReader(*this, names);
+        m_fileMaximum = m_attributes.maxValue;
     } catch (const std::bad_alloc&) {
         m_io.reset();
     }
@@ -79,7 +80,11 @@ bool ImageFile::read(int first, int last, int step)
         return false;
     }
     Stopwatch stopwatch;
+    KnownValues before = takeKnown();
+    m_attributes.maxValue = m_fileMaximum;
+    m_largestIsCounted = false;
     if (m_io == nullptr || !m_io->readLayers(first, last, step)) {
+        setKnown(std::move(before));
         for (const QString& text : m_errorList)
             log(LogLevel::Debug, text);
         logDebug("exit ImageFile::read failed");
@@ -92,6 +97,7 @@ bool ImageFile::read(int first, int last, int step)
     m_lastLayer = last;
     m_layerStep = step;
     m_reductions.clear();
+    m_invertedMaximum = -1;
     logDebug("File I/O took %g ms", stopwatch.restart());
     generateStatistics();
     logDebug("generate statistics %g ms", stopwatch.seconds());
@@ -175,16 +181,54 @@ VoxelBuffer ImageFile::takeStack()
 
 bool ImageFile::ensureLoaded() { return isLoaded() || reRead(); }
 
-bool ImageFile::canFilter(int channel)
+void ImageFile::setStackData(VoxelBuffer data)
 {
-    return ensureLoaded() && sampleCount() > 0 && channel >= -1 && channel < m_attributes.channels;
+    m_stackData = std::move(data);
+    forgetStatistics();
+    m_invertedMaximum = -1;
+    if (std::exchange(m_largestIsCounted, false))
+        m_attributes.maxValue = -1;
 }
 
-void ImageFile::replaceStack(VoxelBuffer result)
+void ImageFile::replaceVoxels(VoxelBuffer data)
 {
     if (m_replaced != nullptr)
-        *m_replaced = std::move(m_stackData);
-    m_stackData = std::move(result);
+        m_replaced->voxels = std::move(m_stackData);
+    m_stackData = std::move(data);
+    forgetValues();
+}
+
+void ImageFile::forgetStatistics()
+{
+    KnownValues known = takeKnown();
+    if (m_replaced != nullptr && !m_replaced->known)
+        m_replaced->known = std::move(known);
+}
+
+void ImageFile::valuesInverted()
+{
+    forgetStatistics();
+    std::swap(m_attributes.maxValue, m_invertedMaximum);
+}
+
+KnownValues ImageFile::takeKnown()
+{
+    return {std::exchange(m_statsList, {}), m_attributes.maxValue, m_largestIsCounted, m_invertedMaximum};
+}
+
+void ImageFile::setKnown(KnownValues known)
+{
+    m_statsList = std::move(known.stats);
+    m_attributes.maxValue = known.largest;
+    m_largestIsCounted = known.largestIsCounted;
+    m_invertedMaximum = known.largestInverted;
+}
+
+void ImageFile::forgetValues()
+{
+    forgetStatistics();
+    m_attributes.maxValue = m_invertedMaximum = -1;
+    m_largestIsCounted = false;
 }
 
 std::int64_t ImageFile::sampleCount() const

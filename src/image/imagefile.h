@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -16,7 +17,24 @@ namespace tirn {
 
 class StackReader;
 class TextureSink;
-struct FilterKernel;
+
+/// What is known of the values of voxels.
+struct KnownValues
+{
+    std::vector<StackStats> stats;
+    int largest = -1;
+    /// It was counted, not stated by someone who knows.
+    bool largestIsCounted = false;
+    /// The largest once the voxels are inverted.
+    int largestInverted = -1;
+};
+
+/// What a change of voxels leaves over; nothing known where they kept their values and places.
+struct ReplacedVoxels
+{
+    VoxelBuffer voxels;
+    std::optional<KnownValues> known;
+};
 
 /// One time point of a multi-channel stack: its voxels in memory, what is known of its file, and the reader.
 ///
@@ -66,6 +84,8 @@ public:
     const QStringList& writeErrors() const { return m_writeErrors; }
 
     bool isLoaded() const { return !m_stackData.isNull(); }
+    /// True when there are voxels, after reading them again if need be.
+    bool ensureLoaded();
     std::uint8_t* stackData() { return reinterpret_cast<std::uint8_t*>(m_stackData.data()); }
     const std::uint8_t* stackData() const
     {
@@ -76,10 +96,12 @@ public:
     {
         return reinterpret_cast<const std::uint16_t*>(m_stackData.data());
     }
-    /// Replaces the voxels; the caller sets the attributes to match.
-    void setStackData(VoxelBuffer data) { m_stackData = std::move(data); }
-    /// From now on filters put the voxels that they replace here instead of letting them go; null for none.
-    void keepReplacedIn(VoxelBuffer* place) { m_replaced = place; }
+    /// Replaces the voxels and forgets their statistics; the caller sets the attributes to match.
+    void setStackData(VoxelBuffer data);
+    /// The same for voxels with other values than before, so that what was stated of the largest one is void.
+    void replaceVoxels(VoxelBuffer data);
+    /// From now on what is forgotten first, and voxels that filters replace, go here; null for nowhere.
+    void keepReplacedIn(ReplacedVoxels* place) { m_replaced = place; }
     /// Lets the voxels go; sizes become -1, the file's attributes and the statistics stay.
     void freeStack();
     /// The same, but gives them to the caller.
@@ -93,13 +115,22 @@ public:
     QStringList fileNames() const;
     QStringList filePaths() const;
 
+    // Statistics are those of the voxels as they are: whatever changes voxels forgets them, and they are made
+    // when they are asked for. Voxels that are let go leave theirs behind.
+
     /// The statistics of a channel, made first when there are none.
     const StackStats& stats(int channel);
     const std::vector<StackStats>& statsList() const { return m_statsList; }
     void generateStatistics();
-    /// Gives the statistics away, and takes them back.
-    std::vector<StackStats> takeStats() { return std::exchange(m_statsList, {}); }
-    void setStats(std::vector<StackStats> stats) { m_statsList = std::move(stats); }
+    /// For those who write to the voxels themselves.
+    void forgetStatistics();
+    /// The same where values changed, so that the largest is unknown, too.
+    void forgetValues();
+    /// For those who turn all samples over: with the second time the largest value is known again.
+    void valuesInverted();
+    /// Gives what is known of the voxels away, and takes it back.
+    KnownValues takeKnown();
+    void setKnown(KnownValues known);
     /// The number of histogram bins: maxValue + 1, or 2^bitDepth while the maximum is unknown.
     int binCount() const;
 
@@ -184,56 +215,12 @@ public:
     /// Takes the larger value of each sample of two stacks of the same size and depth.
     bool maxMerge(const ImageFile& other);
 
-    // Filters. `channel` -1 means all. They return false, and leave the stack as it was, when there is no
-    // stack or the work was cancelled; without room they throw AllocationError. They do not renew the
-    // statistics.
-
-    // `size` is that of a window, h = size / 2; `is3D` extends it along z. The mean and the median refuse
-    // windows above 1023, and the median in 3D above 255.
-
-    /// The largest and the smallest sample of a window that reaches from h voxels below to h - 1 above on
-    /// each axis and is cut at the edges; without voxels in the window 0, or the largest that a sample holds.
-    bool maxFilter(int size, int channel, bool is3D, const Progress& progress = {});
-    bool minFilter(int size, int channel, bool is3D, const Progress& progress = {});
-    /// The sum over a window of 2h + 1 voxels an axis, edges repeated, in 32 bits, divided by size * size in
-    /// 2D and in 3D alike; cut to the sample's width.
-    bool meanFilter(int size, int channel, bool is3D, const Progress& progress = {});
-    /// The middle value of a window of 2h + 1 voxels an axis, edges repeated. Values below the minimum of the
-    /// statistics, or above the depth, count as the largest.
-    bool medianFilter(int size, int channel, bool is3D, const Progress& progress = {});
-    /// Takes percent / 100 of the 2D median off each sample.
-    bool backgroundSubtract(int size, int channel, int percent, const Progress& progress = {});
-    /// Keeps a voxel when one of the 3 x 3 around its place in another of the layers z - h to z + h is above
-    /// the threshold; all others, and the other channels, become 0.
-    bool zFilter(int size, int channel, int threshold, const Progress& progress = {});
-    /// Lays a table of weights, as it stands, over each voxel and its neighbours in the layer; its centre is
-    /// at (width / 2, height / 2), edges repeat. The sum of the products is divided by that of the weights,
-    /// where this is not 0, rounded and kept within the depth.
-    bool kernelFilter(const FilterKernel& kernel, int channel, const Progress& progress = {});
-    /// Adds to each sample and keeps the sum within the depth. A cancelled run leaves the samples at the
-    /// front of the buffer changed and those behind them as they were.
-    bool addConstant(int value, int channel, const Progress& progress = {});
-    /// A bit for each voxel whose sample is at or above the threshold; empty when channel or threshold is out
-    /// of range.
-    std::vector<bool> thresholdMask(int channel, int threshold);
-    /// n x n values of a Gaussian, n = floor(3 sigma), one more where that is even; not normalised. Empty for
-    /// a sigma that is not above 0, or above 10,000.
-    static std::vector<double> gaussianKernel(double sigma);
-    /// Replaces each sample v by 2^bitDepth - 1 - v.
-    void invert(const Progress& progress = {});
-
 private:
     friend class ImageIO;
 
     std::int64_t checkedIndex(int x, int y, int z, int channel) const;
     /// Takes the samples over as bytes of the full range; a null buffer changes nothing.
     void becomeBytes(VoxelBuffer bytes);
-    /// True when there are voxels, after reading them again if need be.
-    bool ensureLoaded();
-    /// The same, for a channel that there is, or -1.
-    bool canFilter(int channel);
-    /// Takes the result of a filter over.
-    void replaceStack(VoxelBuffer result);
 
     int m_firstLayer = -1;
     int m_lastLayer = -1;
@@ -241,11 +228,17 @@ private:
     /// What `subSample` has reduced the layers by since they were read.
     std::vector<int> m_reductions;
     ImageAttributes m_attributes;
+    /// What the file states; the statistics put the largest value of the voxels in the attributes' place.
+    int m_fileMaximum = -1;
+    /// The attributes' largest value was counted, and has to be again when voxels change.
+    bool m_largestIsCounted = false;
+    /// The largest value once the voxels are inverted, -1 while unknown.
+    int m_invertedMaximum = -1;
     std::vector<StackStats> m_statsList;
     std::unique_ptr<StackReader> m_io;
     std::vector<unsigned> m_textureList;
     VoxelBuffer m_stackData;
-    VoxelBuffer* m_replaced = nullptr;
+    ReplacedVoxels* m_replaced = nullptr;
     QStringList m_errorList;
     QStringList m_writeErrors;
 };

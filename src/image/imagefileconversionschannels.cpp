@@ -311,7 +311,7 @@ bool ImageFile::merge(const std::vector<ImageFile*>& stacks)
             std::memcpy(copy.data(), first.m_stackData.data(), static_cast<std::size_t>(copy.size()));
         }
         m_attributes = first.m_attributes;
-        m_stackData = std::move(copy);
+        setStackData(std::move(copy));
         return true;
     }
     const QString refusal = mergeRefusal(stacks);
@@ -329,6 +329,7 @@ bool ImageFile::merge(const std::vector<ImageFile*>& stacks)
     m_io = openMergedReader(*this, first.attributes().type, files);
     if (m_io == nullptr)
         throw AllocationError("Could not allocate ImageIO object");
+    m_fileMaximum = m_attributes.maxValue;
     m_attributes.fileZ = first.m_attributes.fileZ;
     m_attributes.x = first.m_attributes.x;
     m_attributes.y = first.m_attributes.y;

@@ -140,8 +140,10 @@ void ImageFile::stackToShort(const Progress& progress)
             widen(stackData() + begin, end - begin, words + begin);
         };
         if (runItems(sampleCount(), 3, progress, convert)) {
+            // The values are the same as before, and so are the statistics.
             m_stackData = std::move(result);
             m_attributes.bitDepth = 16;
+            m_invertedMaximum = -1;
         }
     }
     logDebug("exit stackToShort()");
@@ -151,7 +153,7 @@ void ImageFile::becomeBytes(VoxelBuffer bytes)
 {
     if (bytes.isNull())
         return;
-    m_stackData = std::move(bytes);
+    setStackData(std::move(bytes));
     m_attributes.bitDepth = 8;
     m_attributes.maxValue = 255;
 }
@@ -187,11 +189,11 @@ void ImageFile::convertToDepth(int bits, const Progress& progress)
     };
     if (!runItems(sampleCount(), 3, progress, convert))
         return;
-    m_stackData = std::move(result);
-    // Whatever was asked for, the samples are words now.
-    m_attributes.bitDepth = 16;
     // An unknown maximum of -1 becomes another negative number.
     const double stretched = std::floor(m_attributes.maxValue * factor + 0.5);
+    setStackData(std::move(result));
+    // Whatever was asked for, the samples are words now.
+    m_attributes.bitDepth = 16;
     m_attributes.maxValue = static_cast<int>(std::clamp<double>(stretched, INT_MIN, INT_MAX));
 }
 

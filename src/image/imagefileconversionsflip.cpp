@@ -162,6 +162,8 @@ void ImageFile::flip(char axis, const Progress& progress)
     // A second exchange restores what a cancelled flip has done.
     if (done < loop.steps)
         body(0, done * loop.itemsPerStep);
+    else if (upper == 'Z')
+        forgetStatistics();
 }
 
 } // namespace tirn

@@ -129,7 +129,7 @@ bool ImageFile::crop(int minX, int maxX, int minY, int maxY, int minZ, int maxZ,
     });
     if (!done)
         return false;
-    m_stackData = std::move(result);
+    setStackData(std::move(result));
     a.x = size.x;
     a.y = size.y;
     a.z = size.z;
@@ -165,7 +165,7 @@ bool ImageFile::pad(int newX, int newY, int newZ, const Progress& progress)
     });
     if (!done)
         return false;
-    m_stackData = std::move(result);
+    setStackData(std::move(result));
     a.x = newX;
     a.y = newY;
     a.z = newZ;
@@ -194,7 +194,7 @@ bool ImageFile::padBack(int newZ, const Progress& progress)
     });
     if (!done)
         return false;
-    m_stackData = std::move(result);
+    setStackData(std::move(result));
     a.z = newZ;
     logDebug("exit ImageFile::padBack()");
     return true;
@@ -223,7 +223,7 @@ bool ImageFile::maxIntensityProject(const Progress& progress)
     };
     if (runSteps(loop, QString(), progress, pieces) < loop.steps)
         return false;
-    m_stackData = std::move(result);
+    setStackData(std::move(result));
     m_attributes.z = 1;
     generateStatistics();
     return true;
@@ -243,7 +243,7 @@ bool ImageFile::maxMerge(const ImageFile& other)
         takeLargerSamples(stackData() + start, other.stackData() + start, (end - begin) * a.bytesPerSample(),
                           a.hasWords());
     });
-    m_attributes.maxValue = -1;
+    forgetValues();
     return true;
 }
 

@@ -3,6 +3,7 @@
 #include <exception>
 #include <memory>
 #include <mutex>
+#include <numeric>
 
 #include "base/log.h"
 #include "base/parallel.h"
@@ -289,6 +290,21 @@ private:
     std::mutex m_mutex;
 };
 
+/// Adds up the histograms of one layer; the values that may occur in it are those of the whole channels.
+template <class HistogramOf>
+Histogram summedHistogram(std::size_t bins, std::span<const StackStats* const> parts, const ValueRange& range,
+                          HistogramOf histogramOf)
+{
+    Histogram sum = zeroHistogram(bins);
+    for (const StackStats* part : parts) {
+        const Histogram& histogram = histogramOf(*part);
+        const std::int64_t end = std::min<std::int64_t>(range.high + 1, std::ssize(histogram));
+        for (std::int64_t i = range.low; i < end; ++i)
+            sum[static_cast<std::size_t>(i)] += histogram[static_cast<std::size_t>(i)];
+    }
+    return sum;
+}
+
 int bins(const ImageAttributes& attributes)
 {
     // No sample is above 65535, so a file that states a larger maximum gets no larger histogram.
@@ -298,6 +314,35 @@ int bins(const ImageAttributes& attributes)
 }
 
 } // namespace
+
+StackStats summedStats(int channel, std::size_t bins, std::span<const StackStats* const> parts)
+{
+    ValueRange range;
+    std::size_t layers = parts.empty() ? 0 : parts.front()->sliceHistograms.size();
+    for (const StackStats* part : parts) {
+        range.add({part->min, std::min<int>(part->max, static_cast<int>(bins) - 1)});
+        layers = std::min(layers, part->sliceHistograms.size());
+    }
+    StackStats stats(
+        channel, summedHistogram(bins, parts, range,
+                                 [](const StackStats& part) -> const Histogram& { return part.histogram; }));
+    for (std::vector<double>* moments :
+         {&stats.sliceMean, &stats.sliceStdDev, &stats.sliceSkew, &stats.sliceKurtosis})
+        moments->resize(layers);
+    parallelFor(0, static_cast<std::int64_t>(layers), 1, [&](std::int64_t begin, std::int64_t end) {
+        for (auto z = static_cast<std::size_t>(begin); z < static_cast<std::size_t>(end); ++z) {
+            const Histogram sum =
+                summedHistogram(bins, parts, range, [z](const StackStats& part) -> const Histogram& {
+                    return part.sliceHistograms[z];
+                });
+            const auto voxels = std::accumulate(sum.begin(), sum.end(), std::uint64_t{0});
+            sliceMomentsOf(
+                sum, range, static_cast<double>(voxels),
+                {stats.sliceMean[z], stats.sliceStdDev[z], stats.sliceSkew[z], stats.sliceKurtosis[z]});
+        }
+    });
+    return stats;
+}
 
 void ImageFile::generateStatistics()
 {
@@ -319,8 +364,10 @@ void ImageFile::generateStatistics()
     int largest = 0;
     for (const StackStats& record : m_statsList)
         largest = std::max<int>(largest, record.max);
-    if (m_attributes.maxValue == -1)
+    if (m_attributes.maxValue == -1) {
         m_attributes.maxValue = largest;
+        m_largestIsCounted = true;
+    }
     for (const StackStats& record : m_statsList)
         log(LogLevel::Debug, record.text());
     logDebug("exit generateStatistics\n");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include <QString>
@@ -42,5 +43,9 @@ struct StackStats
     /// "Mean ", "Median ", "Mode ", "Min ", " Max " with their values.
     QString text() const;
 };
+
+/// The statistics of a channel over stacks of one size, as if their layers lay one behind the other. There
+/// are no histograms of the layers, and `parts` none without histograms.
+StackStats summedStats(int channel, std::size_t bins, std::span<const StackStats* const> parts);
 
 } // namespace tirn

@@ -114,7 +114,7 @@ protected:
     virtual void enableTexturing();
     /// False when no program could be made; the error screen is then drawn.
     virtual bool prepareProgram(const FrameState& frame);
-    virtual void bindChannelTables(const FrameState& frame, std::size_t channel);
+    virtual void bindChannelTables(const FrameState& frame, std::size_t channel, int zBlock);
     virtual void unbindChannelTables();
     virtual void bindSlice(GLenum target, GLuint texture);
     virtual void finishFrame();

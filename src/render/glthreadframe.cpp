@@ -79,7 +79,7 @@ bool GLThread::drawMessageOnly(const FrameState& /*frame*/, QSize /*size*/) { re
 
 void GLThread::bindSlice(GLenum target, GLuint texture) { gl().BindTexture(target, texture); }
 
-void GLThread::bindChannelTables(const FrameState& frame, std::size_t channel)
+void GLThread::bindChannelTables(const FrameState& frame, std::size_t channel, int /*zBlock*/)
 {
     if (const GLuint palette = frame.paletteHandles[channel])
         gl().CallList(palette);
@@ -120,7 +120,7 @@ ListNames GLThread::buildRenderList(const FrameState& frame, Orientation orienta
                     continue;
                 }
                 bindSlice(array.textureTarget(), array.textures()[static_cast<std::size_t>(texture)]);
-                bindChannelTables(frame, c);
+                bindChannelTables(frame, c, is3D ? array.geometry().zBlockOf(static_cast<int>(own)) : 0);
                 gl().CallList(array.quads()[static_cast<std::size_t>(quad)]);
             }
         }

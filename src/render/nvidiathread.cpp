@@ -46,7 +46,7 @@ void NvidiaThread::bindSlice(GLenum target, GLuint texture)
     gl().BindTexture(target, texture);
 }
 
-void NvidiaThread::bindChannelTables(const FrameState& frame, std::size_t channel)
+void NvidiaThread::bindChannelTables(const FrameState& frame, std::size_t channel, int zBlock)
 {
     if (const GLuint palette = frame.paletteHandles[channel]) {
         gl().ActiveTextureARB(GL_TEXTURE1_ARB);
@@ -54,7 +54,7 @@ void NvidiaThread::bindChannelTables(const FrameState& frame, std::size_t channe
     }
     if (frame.view.zCorrection) {
         gl().ActiveTextureARB(GL_TEXTURE2_ARB);
-        gl().BindTexture(GL_TEXTURE_1D, frame.array->channels()[channel].zCurve.textureName());
+        gl().BindTexture(GL_TEXTURE_1D, frame.array->channels()[channel].zCurve.textureName(zBlock));
     }
 }
 

@@ -20,7 +20,7 @@ protected:
     void enableTexturing() override;
     bool prepareProgram(const FrameState& frame) override;
     void bindSlice(GLenum target, GLuint texture) override;
-    void bindChannelTables(const FrameState& frame, std::size_t channel) override;
+    void bindChannelTables(const FrameState& frame, std::size_t channel, int zBlock) override;
     void unbindChannelTables() override;
     void finishFrame() override {}
     void drawNoStack(const FrameState& frame, QSize size) override;

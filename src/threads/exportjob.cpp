@@ -66,15 +66,13 @@ struct Source
 std::unique_ptr<ImageFile> readAgain(ImageFile& image, const ExportJob& job)
 {
     // What the image knows of itself describes what is shown, and stays.
-    std::vector<StackStats> stats = image.takeStats();
-    const int maxValue = image.attributes().maxValue;
+    KnownValues known = image.takeKnown();
     image.errorList().clear();
     const bool isRead = image.reRead();
     auto stack = std::make_unique<ImageFile>();
     stack->attributes() = image.attributes();
     stack->setStackData(image.takeStack());
-    image.setStats(std::move(stats));
-    image.attributes().maxValue = maxValue;
+    image.setKnown(std::move(known));
     if (!isRead) {
         QStringList texts = image.errorList();
         texts.prepend(image.fileName() + QStringLiteral(" cannot be read again."));

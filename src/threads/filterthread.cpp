@@ -9,111 +9,56 @@ namespace tirn {
 
 namespace {
 
-using Apply = bool (*)(ImageFile& image, const FilterJobParameters& parameters, int channel,
-                       const Progress& progress);
-
-/// An operation: what it is called in the log, what is shown, and for a filter how it is run.
-struct OperationRow
+/// An operation that the volume remembers: what it is called in the log, and what is shown.
+struct TransformRow
 {
     FilterOperation operation;
     const char* logName;
     const char* progressText;
-    Apply apply = nullptr;
+    VolumeEdit (*edit)();
 };
 
-constexpr OperationRow kOperations[] = {
-    {FilterOperation::FlipX, "Flipping on X", "Flipping along X axis"},
-    {FilterOperation::FlipY, "Flipping on Y", "Flipping along Y axis"},
-    {FilterOperation::FlipZ, "Flipping on Z", "Flipping along Z axis"},
-    {FilterOperation::Invert, "Inverting", "Inverting..."},
-    {FilterOperation::Maximum, "Maximum filter", "Max filtering...",
-     [](ImageFile& image, const FilterJobParameters& p, int channel, const Progress& progress) {
-         return image.maxFilter(p.size, channel, p.threeD, progress);
-     }},
-    {FilterOperation::Median, "Median filter", "Median filtering...",
-     [](ImageFile& image, const FilterJobParameters& p, int channel, const Progress& progress) {
-         return image.medianFilter(p.size, channel, p.threeD, progress);
-     }},
-    {FilterOperation::Mean, "Mean filter", "Mean filtering...",
-     [](ImageFile& image, const FilterJobParameters& p, int channel, const Progress& progress) {
-         return image.meanFilter(p.size, channel, p.threeD, progress);
-     }},
-    {FilterOperation::Minimum, "Minimum filter", "Min filtering...",
-     [](ImageFile& image, const FilterJobParameters& p, int channel, const Progress& progress) {
-         return image.minFilter(p.size, channel, p.threeD, progress);
-     }},
-    {FilterOperation::BackgroundSubtract, "background subtract", "Subtracting background...",
-     [](ImageFile& image, const FilterJobParameters& p, int channel, const Progress& progress) {
-         return image.backgroundSubtract(p.size, channel, p.extra, progress);
-     }},
-    {FilterOperation::Custom, "Custom filter", "Custom filtering...",
-     [](ImageFile& image, const FilterJobParameters& p, int channel, const Progress& progress) {
-         return image.kernelFilter(p.kernel, channel, progress);
-     }},
+constexpr TransformRow kTransforms[] = {
+    {FilterOperation::FlipX, "Flipping on X", "Flipping along X axis", [] { return flipEdit('X'); }},
+    {FilterOperation::FlipY, "Flipping on Y", "Flipping along Y axis", [] { return flipEdit('Y'); }},
+    {FilterOperation::FlipZ, "Flipping on Z", "Flipping along Z axis", [] { return flipEdit('Z'); }},
+    {FilterOperation::Invert, "Inverting", "Inverting...", [] { return invertEdit(); }},
 };
 
-const OperationRow& rowOf(FilterOperation operation) { return kOperations[static_cast<int>(operation)]; }
-
-QString logText(const FilterJobParameters& p)
+/// Of an operation that is no filter.
+const TransformRow& transformOf(FilterOperation operation)
 {
-    const QString name = QLatin1String(rowOf(p.operation).logName);
-    switch (p.operation) {
-    case FilterOperation::FlipX:
-    case FilterOperation::FlipY:
-    case FilterOperation::FlipZ:
-    case FilterOperation::Invert:
-        return name;
-    case FilterOperation::BackgroundSubtract:
-        return name + QString::asprintf(" %d %d %d", p.size, p.channelAll ? -1 : p.channel, p.extra);
-    case FilterOperation::Custom:
-        return name + QString::asprintf(" %dx%d", p.kernel.width, p.kernel.height);
-    default:
-        return name + QString::asprintf(" %dx%d", p.size, p.size);
-    }
+    return kTransforms[static_cast<int>(operation)];
 }
 
-VolumeEdit filterEdit(const VoxelArray& array, const FilterJobParameters& parameters)
+VolumeEdit filterEdit(const VoxelArray& array, const Filter& filter, FilterJobParameters parameters)
 {
     VolumeEdit edit;
-    const bool oneChannelAnImage =
-        array.channelCount() > 1 && array.images().front()->attributes().channels == 1;
-    int channel = parameters.channelAll ? -1 : parameters.channel;
-    if (oneChannelAnImage && channel >= 0) {
-        for (int i = channel; i < static_cast<int>(array.images().size()); i += array.channelCount())
-            edit.images.push_back(i);
-        channel = 0;
+    if (array.hasOneChannelAnImage() && !parameters.channelAll) {
+        for (int t = 0; array.imageOf(parameters.channel, t).image != nullptr; ++t)
+            edit.images.push_back(array.imageOf(parameters.channel, t).number);
+        parameters.channel = 0;
     }
-    edit.apply = [parameters, channel, apply = rowOf(parameters.operation).apply](ImageFile& image,
-                                                                                  const Progress& progress) {
-        return apply(image, parameters, channel, progress);
+    edit.apply = [parameters, &filter](ImageFile& image, const Progress& progress) {
+        return filter.apply(image, parameters, progress);
     };
     return edit;
 }
 
-VolumeEdit editOf(const FilterJob& job)
-{
-    switch (job.parameters.operation) {
-    case FilterOperation::FlipX:
-        return flipEdit('X');
-    case FilterOperation::FlipY:
-        return flipEdit('Y');
-    case FilterOperation::FlipZ:
-        return flipEdit('Z');
-    case FilterOperation::Invert:
-        return invertEdit();
-    default:
-        return filterEdit(*job.array, job.parameters);
-    }
-}
-
 } // namespace
 
-QString progressText(FilterOperation operation) { return QLatin1String(rowOf(operation).progressText); }
+QString progressText(FilterOperation operation)
+{
+    const Filter* filter = findFilter(operation);
+    return QLatin1String(filter != nullptr ? filter->progressText : transformOf(operation).progressText);
+}
 
 JobResult runFilterJob(const FilterJob& job, RenderLock& lock, const Progress& progress)
 {
     const FilterJobParameters& p = job.parameters;
-    log(LogLevel::Debug, logText(p));
+    const Filter* filter = findFilter(p.operation);
+    log(LogLevel::Debug, filter != nullptr ? filterLogText(*filter, p)
+                                           : QString::fromLatin1(transformOf(p.operation).logName));
     if (!p.channelAll && (p.channel < 0 || p.channel >= job.array->channelCount()))
         return {JobOutcome::Failed, QStringLiteral("The stack has no channel %1.").arg(p.channel)};
     const auto gate = [&lock](const std::function<void()>& change) {
@@ -122,7 +67,9 @@ JobResult runFilterJob(const FilterJob& job, RenderLock& lock, const Progress& p
         // Complete before another context draws them.
         gl().Finish();
     };
-    return applyEdit(*job.array, editOf(job), {progress, gate});
+    const VolumeEdit edit =
+        filter != nullptr ? filterEdit(*job.array, *filter, p) : transformOf(p.operation).edit();
+    return applyEdit(*job.array, edit, {progress, gate});
 }
 
 bool FilterThread::filter(FilterJob job)

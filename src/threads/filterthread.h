@@ -1,41 +1,11 @@
 #pragma once
 
-#include "image/filterkernel.h"
+#include "image/filters/filtertable.h"
 #include "scene/renderlock.h"
 #include "threads/jobthread.h"
 #include "volume/volumeedit.h"
 
 namespace tirn {
-
-/// What a filter job does.
-enum class FilterOperation {
-    FlipX = 0,
-    FlipY = 1,
-    FlipZ = 2,
-    Invert = 3,
-    Maximum = 4,
-    Median = 5,
-    Mean = 6,
-    Minimum = 7,
-    BackgroundSubtract = 8,
-    Custom = 9,
-};
-
-/// What the user chooses for a filter job.
-struct FilterJobParameters
-{
-    FilterOperation operation = FilterOperation::FlipX;
-    /// Voxels along a side of the window.
-    int size = 1;
-    /// All channels, or only `channel`.
-    bool channelAll = true;
-    int channel = 0;
-    /// The window reaches across layers.
-    bool threeD = false;
-    /// The percentage of the background that is subtracted.
-    int extra = 0;
-    FilterKernel kernel;
-};
 
 struct FilterJob
 {

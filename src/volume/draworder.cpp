@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 #include "base/log.h"
 
@@ -70,8 +71,22 @@ int orientationSlot(Orientation orientation)
     return 0;
 }
 
-SliceWalk renderListParameters(Orientation orientation, const StackGeometry& g, const CutBox& cut)
+CutBox boundedCut(const CutBox& cut, const StackGeometry& g)
 {
+    CutBox box = cut;
+    const auto bound = [](int& least, int& most, int size) {
+        std::tie(least, most) = std::minmax(
+            {std::clamp(least, 0, std::max(0, size - 1)), std::clamp(most, 0, std::max(0, size - 1))});
+    };
+    bound(box.xMin, box.xMax, g.x);
+    bound(box.yMin, box.yMax, g.y);
+    bound(box.zMin, box.zMax, g.finalDepth());
+    return box;
+}
+
+SliceWalk renderListParameters(Orientation orientation, const StackGeometry& g, const CutBox& cutBox)
+{
+    const CutBox cut = boundedCut(cutBox, g);
     const int zGroup = g.yGroup() + g.xGroup();
     const int xGroup = g.yGroup();
     switch (orientation) {
@@ -116,8 +131,9 @@ int brickOf(Orientation orientation, const StackGeometry& g, int slice, int bloc
     return 0;
 }
 
-std::array<ClipPlane, 6> clipPlanes(Orientation orientation, const StackGeometry& g, const CutBox& cut)
+std::array<ClipPlane, 6> clipPlanes(Orientation orientation, const StackGeometry& g, const CutBox& cutBox)
 {
+    const CutBox cut = boundedCut(cutBox, g);
     std::array<ClipPlane, 6> planes;
     // Positions fall as slice numbers rise, so a low slice number bounds the positive end.
     const auto below = [&](int slice, int axis, std::array<double, 3> normal) {

@@ -41,6 +41,9 @@ struct SliceWalk
     bool operator==(const SliceWalk&) const = default;
 };
 
+/// A cut box that a volume can have: bounds in order, and inside. Whatever draws a cut box draws this one.
+CutBox boundedCut(const CutBox& cut, const StackGeometry& geometry);
+
 /// The walk of an orientation through a cut box. An impossible orientation is logged and gives an empty walk.
 SliceWalk renderListParameters(Orientation orientation, const StackGeometry& geometry, const CutBox& cut);
 

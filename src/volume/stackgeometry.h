@@ -35,6 +35,8 @@ struct StackGeometry
     int padZ() const { return (powZ - z) / 2; }
     int maxPow() const;
     int blocks() const { return xBlocks * yBlocks * zBlocks; }
+    /// Where along z a block of the 3D target lies.
+    int zBlockOf(int block) const { return block / (xBlocks * yBlocks); }
     bool isValid() const { return x > 0 && y > 0 && z > 0; }
 
     /// Quads, or 2D textures of one channel, in each group; planes at constant y come first, then x, then z.

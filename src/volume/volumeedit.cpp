@@ -4,6 +4,7 @@
 #include <numeric>
 
 #include "image/allocationerror.h"
+#include "image/filters/pointfilters.h"
 #include "volume/voxelsaside.h"
 
 namespace tirn {
@@ -54,7 +55,7 @@ class EditRun
 public:
     EditRun(VoxelArray& array, const VolumeEdit& edit, const EditServices& services)
         : m_array(array), m_edit(edit), m_services(services), m_images(edit.images),
-          m_transforms(array.transforms()), m_maxValue(array.stack().maxValue)
+          m_transforms(array.transforms())
     {
         if (m_images.empty()) {
             m_images.resize(array.images().size());
@@ -68,21 +69,18 @@ private:
     struct Touched
     {
         int number;
-        int maxValue;
-        /// Those before the edit, once there are new ones.
-        std::vector<StackStats> stats;
         /// It had no voxels, and has to lose them again.
         bool fromFile;
+        /// What was known before the edit, once it was forgotten.
+        std::optional<KnownValues> known;
         bool isChanged = false;
-        bool hasNewStats = false;
         bool isEncoded = false;
     };
     JobResult changeAll();
     void changeImage(int number, Progress change, const Progress& encode);
-    /// Returns the statistics before.
-    std::vector<StackStats> load(int number, const Progress& progress);
+    /// Returns what was known before.
+    KnownValues load(int number, const Progress& progress);
     void applyTo(ImageFile& image, const Progress& progress);
-    void renewStatistics(ImageFile& image);
     void finish();
     void takeAllBack(JobResult& result);
     bool takeImageBack(Touched& touched);
@@ -104,7 +102,6 @@ private:
     const EditServices& m_services;
     std::vector<int> m_images;
     DataTransforms m_transforms;
-    int m_maxValue;
     std::vector<Touched> m_touched;
     VoxelsAside m_aside;
 };
@@ -146,16 +143,17 @@ void EditRun::changeImage(int number, Progress change, const Progress& encode)
 {
     ImageFile& image = this->image(number);
     const bool fromFile = m_array.conservesMemory() || !image.isLoaded();
-    const int maxValue = image.attributes().maxValue;
-    std::vector<StackStats> stats;
+    std::optional<KnownValues> known;
     if (fromFile)
-        stats = load(number, change);
-    m_touched.push_back({number, maxValue, std::move(stats), fromFile});
+        known = load(number, change);
+    m_touched.push_back({number, fromFile, std::move(known)});
     // What was read again has gone through all transforms already.
     if (!fromFile || !m_edit.toggles.any())
         applyTo(image, change);
     checkCancelled();
-    renewStatistics(image);
+    image.stats(0);
+    if (number == m_images.back())
+        exclusively([this] { m_array.copyStatistics(); });
     m_touched.back().isEncoded = true;
     if (m_array.reencode(number, encode, m_services.gate))
         return;
@@ -163,20 +161,20 @@ void EditRun::changeImage(int number, Progress change, const Progress& encode)
     throw EditStop{failedJob(QStringLiteral("Could not allocate memory for slice"))};
 }
 
-std::vector<StackStats> EditRun::load(int number, const Progress& progress)
+KnownValues EditRun::load(int number, const Progress& progress)
 {
     ImageFile& image = this->image(number);
-    std::vector<StackStats> stats = image.takeStats();
+    KnownValues known = image.takeKnown();
     image.errorList().clear();
     image.freeStack();
     try {
         if (m_array.loadVoxels(number, progress))
-            return stats;
+            return known;
     } catch (...) {
-        image.setStats(std::move(stats));
+        image.setKnown(std::move(known));
         throw;
     }
-    image.setStats(std::move(stats));
+    image.setKnown(std::move(known));
     QStringList texts = image.errorList();
     texts.prepend(image.fileName() + QStringLiteral(" cannot be read again."));
     throw EditStop{failedJob(texts.join('\n'))};
@@ -185,8 +183,8 @@ std::vector<StackStats> EditRun::load(int number, const Progress& progress)
 void EditRun::applyTo(ImageFile& image, const Progress& progress)
 {
     const bool keepsVoxels = !m_edit.takeBack && !m_touched.back().fromFile;
-    VoxelBuffer replaced;
-    image.keepReplacedIn(keepsVoxels ? &replaced : nullptr);
+    ReplacedVoxels replaced;
+    image.keepReplacedIn(&replaced);
     bool isDone = false;
     try {
         isDone = m_edit.apply(image, progress);
@@ -195,31 +193,20 @@ void EditRun::applyTo(ImageFile& image, const Progress& progress)
         throw;
     }
     image.keepReplacedIn(nullptr);
+    if (!m_touched.back().fromFile)
+        m_touched.back().known = std::move(replaced.known);
     if (!isDone) {
         checkCancelled();
         throw EditStop{failedJob(image.fileName() + QStringLiteral(" cannot be filtered in this way."))};
     }
     m_touched.back().isChanged = true;
     if (keepsVoxels)
-        m_aside.put(std::move(replaced));
-}
-
-void EditRun::renewStatistics(ImageFile& image)
-{
-    Touched& touched = m_touched.back();
-    if (!touched.fromFile)
-        touched.stats = image.takeStats();
-    touched.hasNewStats = true;
-    image.generateStatistics();
-    exclusively([this] { m_array.copyStatistics(); });
+        m_aside.put(std::move(replaced.voxels));
 }
 
 void EditRun::finish()
 {
     for (const Touched& touched : m_touched) {
-        // From now on these speak of the file again.
-        if (touched.fromFile)
-            image(touched.number).attributes().maxValue = touched.maxValue;
         if (touched.fromFile)
             m_array.setShownChange(touched.number, m_edit.toggles.any() ? nullptr : m_edit.apply);
     }
@@ -231,12 +218,8 @@ void EditRun::takeAllBack(JobResult& result)
     bool isWhole = true;
     for (auto touched = m_touched.rbegin(); touched != m_touched.rend(); ++touched)
         isWhole = takeImageBack(*touched) && isWhole;
-    if (!m_touched.empty()) {
-        exclusively([this] {
-            m_array.stack().maxValue = m_maxValue;
-            m_array.copyStatistics();
-        });
-    }
+    if (!m_touched.empty())
+        exclusively([this] { m_array.copyStatistics(); });
     if (!isWhole) {
         const QString text = QStringLiteral("What was changed could not be taken back everywhere.");
         result = failedJob(result.error.isEmpty() ? text : result.error + '\n' + text);
@@ -246,7 +229,6 @@ void EditRun::takeAllBack(JobResult& result)
 bool EditRun::takeImageBack(Touched& touched)
 {
     ImageFile& image = this->image(touched.number);
-    image.attributes().maxValue = touched.maxValue;
     bool isBack = true;
     try {
         isBack = touched.fromFile ? showAgain(touched) : takeVoxelsBack(touched);
@@ -255,9 +237,8 @@ bool EditRun::takeImageBack(Touched& touched)
     }
     if (touched.fromFile)
         image.freeStack();
-    if (touched.fromFile || touched.hasNewStats)
-        image.setStats(std::move(touched.stats));
-    image.attributes().maxValue = touched.maxValue;
+    if (touched.known)
+        image.setKnown(std::move(*touched.known));
     return isBack;
 }
 
@@ -307,10 +288,10 @@ VolumeEdit invertEdit()
 {
     VolumeEdit edit;
     edit.apply = [](ImageFile& image, const Progress& progress) {
-        image.invert({progress.report, nullptr});
+        invert(image, {progress.report, nullptr});
         return true;
     };
-    edit.takeBack = [](ImageFile& image) { image.invert(); };
+    edit.takeBack = [](ImageFile& image) { invert(image); };
     edit.toggles.inverted = true;
     return edit;
 }

@@ -10,6 +10,7 @@
 #include "base/log.h"
 #include "base/stopwatch.h"
 #include "depth/curvesession.h"
+#include "image/filters/pointfilters.h"
 #include "session/relativepath.h"
 #include "volume/volumeedit.h"
 
@@ -147,7 +148,7 @@ void DataTransforms::applyTo(ImageFile& image, const Progress& progress) const
     if (flipZ)
         image.flip('Z', progress);
     if (inverted)
-        image.invert(progress);
+        invert(image, progress);
 }
 
 const VoxelChange& VoxelArray::shownChange(int i) const
@@ -179,61 +180,65 @@ bool VoxelArray::invert(const Progress& progress)
     return applyEdit(*this, invertEdit(), {progress, {}}).outcome == JobOutcome::Done;
 }
 
-void VoxelArray::raiseMaximum(int value) { m_stack.maxValue = std::max(m_stack.maxValue, value); }
+bool VoxelArray::hasOneChannelAnImage() const
+{
+    return channelCount() > 1 && !m_images.empty() && m_images.front()->attributes().channels == 1;
+}
+
+ChannelImage VoxelArray::imageOf(int channel, int timePoint) const
+{
+    const bool alone = hasOneChannelAnImage();
+    const std::int64_t number = alone ? std::int64_t{timePoint} * channelCount() + channel : timePoint;
+    if (channel < 0 || channel >= channelCount() || timePoint < 0 || number >= std::ssize(m_images))
+        return {};
+    return {m_images[static_cast<std::size_t>(number)].get(), alone ? 0 : channel, static_cast<int>(number)};
+}
 
 void VoxelArray::copyStatistics()
 {
     if (m_images.empty() || m_channels.empty())
         return;
-    const auto take = [this](std::size_t c, ImageFile& image, int imageChannel) {
-        Channel& channel = m_channels[c];
-        channel.stats = image.stats(imageChannel);
-        channel.minValue = channel.stats.min;
-        channel.maxValue = channel.stats.max;
-        raiseMaximum(channel.stats.max);
-    };
-    if (m_images.size() == 1) {
+    const bool sums = imageOf(channelCount() - 1, 1).image != nullptr;
+    if (m_images.size() == 1)
         logDebug("About to copy %d channels %d file scenario", channelCount(), 1);
-        for (std::size_t c = 0; c < m_channels.size(); ++c)
-            take(c, *m_images.front(), static_cast<int>(c));
-        return;
-    }
-    if (m_images.size() == m_channels.size()) {
+    else if (!sums)
         logDebug("About to copy 1 channel per file scenario");
-        for (std::size_t c = 0; c < m_channels.size(); ++c)
-            take(c, *m_images[c], 0);
-        return;
-    }
-    const bool channelsInOneFile =
-        m_timePoints == static_cast<int>(m_images.size()) && m_images.front()->attributes().channels > 1;
-    if (!channelsInOneFile)
+    else if (m_images.front()->attributes().channels == 1)
         logDebug("multi channel, multi timepoint, 1 ch per file");
     m_stack.maxValue = -1;
-    m_minValue = 999999999;
-    for (int c = 0; c < channelCount(); ++c)
-        sumStatistics(c, channelsInOneFile);
+    m_minValue = sums ? 999999999 : m_minValue;
+    for (int c = 0; c < channelCount(); ++c) {
+        sums ? sumStatistics(c) : takeStatistics(c);
+        Channel& channel = m_channels[static_cast<std::size_t>(c)];
+        channel.minValue = channel.stats.min;
+        channel.maxValue = channel.stats.max;
+    }
 }
 
-void VoxelArray::sumStatistics(int channel, bool channelsInOneFile)
+void VoxelArray::takeStatistics(int channel)
 {
-    Histogram sum(std::size_t{1} << std::clamp(m_stack.bitDepth, 0, 16), 0);
-    const std::size_t step = channelsInOneFile ? 1 : m_channels.size();
-    const int imageChannel = channelsInOneFile ? channel : 0;
-    for (std::size_t i = channelsInOneFile ? 0 : static_cast<std::size_t>(channel); i < m_images.size();
-         i += step) {
-        if (!channelsInOneFile)
-            logDebug("adding file %d of %d", static_cast<int>(i), static_cast<int>(m_images.size()));
-        const StackStats& stats = m_images[i]->stats(imageChannel);
-        const std::size_t bins = std::min(sum.size(), stats.histogram.size());
-        for (std::size_t bin = 0; bin < bins; ++bin)
-            sum[bin] += stats.histogram[bin];
-        raiseMaximum(stats.max);
-        m_minValue = std::min<int>(m_minValue, stats.min);
+    const ChannelImage from = imageOf(channel, 0);
+    if (from.image == nullptr)
+        return;
+    StackStats& stats = m_channels[static_cast<std::size_t>(channel)].stats;
+    stats = from.image->stats(from.channel);
+    // A file may state more than its voxels reach.
+    m_stack.maxValue = std::max({m_stack.maxValue, from.image->attributes().maxValue, int{stats.max}});
+}
+
+void VoxelArray::sumStatistics(int channel)
+{
+    std::vector<const StackStats*> parts;
+    for (ChannelImage from = imageOf(channel, 0); from.image != nullptr;
+         from = imageOf(channel, static_cast<int>(parts.size()))) {
+        if (from.image->attributes().channels == 1)
+            logDebug("adding file %d of %d", from.number, static_cast<int>(m_images.size()));
+        parts.push_back(&from.image->stats(from.channel));
+        m_stack.maxValue = std::max<int>(m_stack.maxValue, parts.back()->max);
+        m_minValue = std::min<int>(m_minValue, parts.back()->min);
     }
-    Channel& target = m_channels[static_cast<std::size_t>(channel)];
-    target.stats = StackStats(channel, std::move(sum));
-    target.minValue = target.stats.min;
-    target.maxValue = target.stats.max;
+    const std::size_t bins = std::size_t{1} << std::clamp(m_stack.bitDepth, 0, 16);
+    m_channels[static_cast<std::size_t>(channel)].stats = summedStats(channel, bins, parts);
 }
 
 namespace {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -60,6 +62,20 @@ struct AxisScale
     bool operator==(const AxisScale&) const = default;
 };
 
+/// The scales that a user may choose; 0 and less would turn the order of the slices round.
+inline constexpr double kLeastScale = 0.01;
+inline constexpr double kMostScale = 100.0;
+
+/// The nearest scale that may be chosen; 1 for what is no number.
+inline double clampedScale(double scale)
+{
+    return std::isnan(scale) ? 1.0 : std::clamp(scale, kLeastScale, kMostScale);
+}
+inline AxisScale clampedScale(const AxisScale& scale)
+{
+    return {clampedScale(scale.x), clampedScale(scale.y), clampedScale(scale.z)};
+}
+
 /// What was done to the data since they were read, and is done again whenever they are read again.
 struct DataTransforms
 {
@@ -84,6 +100,15 @@ using TextureGate = std::function<void(const std::function<void()>& change)>;
 
 /// Changes the voxels of an image; false, with the image as it was, when cancelled or impossible.
 using VoxelChange = std::function<bool(ImageFile& image, const Progress& progress)>;
+
+/// An image of a volume, and which of its channels is meant; no image for what is not there.
+struct ChannelImage
+{
+    ImageFile* image = nullptr;
+    int channel = 0;
+    /// The image's place among those of the volume.
+    int number = -1;
+};
 
 /// Seconds spent filling buffers and inside the driver.
 struct EncodeTimes
@@ -117,6 +142,9 @@ public:
     void setChannelCount(int count);
     /// The images in time-major order.
     const std::vector<std::shared_ptr<ImageFile>>& images() const { return m_images; }
+    /// The image that holds a channel at a time point, together with the other channels or alone.
+    ChannelImage imageOf(int channel, int timePoint) const;
+    bool hasOneChannelAnImage() const;
     void appendImage(std::shared_ptr<ImageFile> image) { m_images.push_back(std::move(image)); }
 
     int width() const { return m_stack.x; }
@@ -154,9 +182,9 @@ public:
     /// the reason logged, when the stack cannot be encoded.
     bool encode(GLenum target, int finalZ, const Progress& progress = {});
     /// Encodes all images through ImageFile's own encoder, which knows no blocks.
-    bool encodeAll(GLenum target, int finalZ, TextureSink& sink);
+    bool encodeAll(GLenum target, int finalZ);
     /// The same, for the next image of a stack that grows.
-    bool encodeNext(GLenum target, int finalZ, TextureSink& sink);
+    bool encodeNext(GLenum target, int finalZ);
     /// Reads the voxels of image i again, if it has none, and transforms them. False when there is no such
     /// image or its voxels cannot be read.
     bool loadVoxels(int i, const Progress& progress = {});
@@ -165,6 +193,8 @@ public:
     /// cancelled or ran out of memory.
     bool reencode(int i, const Progress& progress = {}, const TextureGate& gate = {});
     int encodedImages() const { return m_encodedImages; }
+    /// Grows whenever voxels, and with them their textures, become others.
+    std::int64_t voxelRevision() const { return m_voxelRevision; }
     /// Goes on with the first images alone, one a time point, as if they had been all there were to encode.
     void keepImages(int count);
     const EncodeTimes& encodeTimes() const { return m_encodeTimes; }
@@ -189,7 +219,8 @@ public:
     /// Gives every channel a plain depth correction curve of the stack's depth.
     void resetCurves();
 
-    /// Takes the statistics of the images over to the channels, summed over time points.
+    /// Takes the statistics of the images over to the channels, summed over time points, and the largest
+    /// value over to the description.
     void copyStatistics();
 
     /// The `stack` element of a session; paths are written relative to the session file's directory.
@@ -228,11 +259,12 @@ private:
     void encode2D(EncodeJob& job);
     void encode3D(EncodeJob& job);
     void putTexture(EncodeJob& job, TextureSize size, const void* texels);
-    bool takeOwnEncoding(ImageFile& image, TextureSink& sink);
+    bool takeOwnEncoding(ImageFile& image);
     void finishEncoding();
     void resetCut();
-    void sumStatistics(int channel, bool channelsInOneFile);
-    void raiseMaximum(int value);
+    void letVoxelsGo(ImageFile& image);
+    void takeStatistics(int channel);
+    void sumStatistics(int channel);
 
     const StackId m_id;
     ImageAttributes m_stack;
@@ -252,6 +284,7 @@ private:
     int m_timePoint = 0;
     int m_timePoints = 0;
     int m_encodedImages = 0;
+    std::int64_t m_voxelRevision = 0;
     GLenum m_textureTarget = GL_TEXTURE_2D;
     EncodeTimes m_encodeTimes;
 };

@@ -9,6 +9,7 @@
 #include "base/stopwatch.h"
 #include "gl/glstate.h"
 #include "gl/texturemaps.h"
+#include "gl/texturesinks.h"
 #include "image/voxelallocation.h"
 #include "volume/voxelarray.h"
 
@@ -292,8 +293,7 @@ bool VoxelArray::encode(GLenum target, int finalZ, const Progress& progress)
     takeTimeStamp(image);
     if (encodeImage(image, nullptr, progress, {}) == Encoding::UnknownDepth)
         logWarning("Error: I do not know how to encode %d bits.", m_stack.bitDepth);
-    if (m_options.conserveMemory)
-        image.freeStack();
+    letVoxelsGo(image);
     ++m_encodedImages;
     if (m_encodedImages == static_cast<int>(m_images.size()))
         finishEncoding();
@@ -304,6 +304,8 @@ void VoxelArray::finishEncoding()
 {
     if (!m_channels.empty() && m_channels.front().stats.histogram.empty())
         copyStatistics();
+    for (Channel& channel : m_channels)
+        channel.zCurve.setBlocks(m_textureTarget == GL_TEXTURE_3D ? m_geometry.zBlocks : 1);
     resetCut();
 }
 
@@ -317,6 +319,7 @@ void VoxelArray::keepImages(int count)
         m_timeLabels.removeLast();
     m_timePoints = count;
     m_encodedImages = count;
+    ++m_voxelRevision;
     finishEncoding();
 }
 
@@ -373,6 +376,7 @@ void VoxelArray::putTexture(EncodeJob& job, TextureSize size, const void* texels
         logWarning("Error: failed to generate texture");
         return;
     }
+    ++m_voxelRevision;
     if (job.format == GL_HILO16_NV) {
         const auto pairs =
             withZeroes(static_cast<const std::uint16_t*>(texels), static_cast<std::size_t>(size.width) *
@@ -467,10 +471,17 @@ bool VoxelArray::loadVoxels(int i, const Progress& progress)
     if (!image.reRead())
         return false;
     m_transforms.applyTo(image, {progress.report, nullptr});
-    // A median goes by the statistics, which are those of the file so far.
-    if (m_transforms.inverted)
-        image.generateStatistics();
     return true;
+}
+
+/// Only where memory is conserved; the statistics stay, and are made before it is too late.
+void VoxelArray::letVoxelsGo(ImageFile& image)
+{
+    if (!m_options.conserveMemory)
+        return;
+    if (image.isLoaded())
+        image.stats(0);
+    image.freeStack();
 }
 
 bool VoxelArray::reencode(int i, const Progress& progress, const TextureGate& gate)
@@ -483,17 +494,18 @@ bool VoxelArray::reencode(int i, const Progress& progress, const TextureGate& ga
     const Encoding encoding = encodeImage(image, &next, progress, gate);
     if (encoding == Encoding::UnknownDepth)
         logWarning("Error: I do not know how to reencode %d bits.", m_stack.bitDepth);
-    if (m_options.conserveMemory)
-        image.freeStack();
+    letVoxelsGo(image);
     return encoding != Encoding::Stopped;
 }
 
-bool VoxelArray::takeOwnEncoding(ImageFile& image, TextureSink& sink)
+bool VoxelArray::takeOwnEncoding(ImageFile& image)
 {
+    GlTextureSink sink;
     const std::size_t before = m_textures.size();
     for (const unsigned name :
          image.encode(static_cast<int>(m_textureTarget), static_cast<int>(internalFormat()), sink))
         m_textures.adopt(name);
+    ++m_voxelRevision;
     if (m_textures.size() > before)
         return true;
     m_textures.clear();
@@ -501,7 +513,7 @@ bool VoxelArray::takeOwnEncoding(ImageFile& image, TextureSink& sink)
     return false;
 }
 
-bool VoxelArray::encodeAll(GLenum target, int finalZ, TextureSink& sink)
+bool VoxelArray::encodeAll(GLenum target, int finalZ)
 {
     logDebug("started encode");
     if (!prepareEncode(target, "dimensions not valid or stack not read."))
@@ -510,19 +522,18 @@ bool VoxelArray::encodeAll(GLenum target, int finalZ, TextureSink& sink)
         return true;
     beginEncoding(finalZ);
     for (const auto& image : m_images) {
-        if (!takeOwnEncoding(*image, sink))
+        if (!takeOwnEncoding(*image))
             return false;
         if (!m_channels.empty() && m_channels.front().stats.histogram.empty())
             copyStatistics();
-        if (m_options.conserveMemory)
-            image->freeStack();
+        letVoxelsGo(*image);
         ++m_encodedImages;
     }
     resetCut();
     return true;
 }
 
-bool VoxelArray::encodeNext(GLenum target, int finalZ, TextureSink& sink)
+bool VoxelArray::encodeNext(GLenum target, int finalZ)
 {
     logDebug("encoding..........%d", m_encodedImages);
     if (!prepareEncode(target, "Error: dimensions not valid or stack not read."))
@@ -537,12 +548,11 @@ bool VoxelArray::encodeNext(GLenum target, int finalZ, TextureSink& sink)
     }
     if (m_encodedImages < static_cast<int>(m_images.size())) {
         ImageFile& image = *m_images[static_cast<std::size_t>(m_encodedImages)];
-        if (!takeOwnEncoding(image, sink))
+        if (!takeOwnEncoding(image))
             return false;
-        if (m_options.conserveMemory) {
+        if (m_options.conserveMemory)
             logDebug("Conserving memory");
-            image.freeStack();
-        }
+        letVoxelsGo(image);
         ++m_encodedImages;
     }
     logDebug("*** stack size %d", static_cast<int>(m_textures.size()));

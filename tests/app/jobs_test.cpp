@@ -8,6 +8,7 @@
 #include <QSpinBox>
 #include <QStatusBar>
 
+#include "image/filters/extremafilters.h"
 #include "ui/edits/jobprogressform.h"
 #include "uisupport/apptest.h"
 #include "uisupport/modalanswers.h"
@@ -73,7 +74,7 @@ TEST_F(Jobs, AFilterAsksForItsParametersFirst)
     load({picFile("a.pic")});
     ImageFile reference(QStringList(path("a.pic")));
     ASSERT_TRUE(reference.read());
-    ASSERT_TRUE(reference.maxFilter(5, -1, false));
+    ASSERT_TRUE(maxFilter(reference, 5, -1, false));
     ModalAnswers answers;
     answers.add([](QDialog& dialog) {
         dialog.findChild<QSpinBox*>()->setValue(5);

@@ -15,6 +15,7 @@ struct RecordingTextures : CurveTextures
     {
         uploads.push_back(texture);
         texels.assign(values.begin(), values.end());
+        all.push_back(texels);
         return {texture != 0 ? texture : ++made, error};
     }
     void release(unsigned texture) override { released.push_back(texture); }
@@ -22,6 +23,7 @@ struct RecordingTextures : CurveTextures
     std::vector<unsigned> uploads;
     std::vector<unsigned> released;
     std::vector<float> texels;
+    std::vector<std::vector<float>> all;
     unsigned made = 0;
     unsigned error = 0;
 };
@@ -72,7 +74,51 @@ TEST(CurveTexels, AMultiplierAboveFourIsCutAndNegativeOnesStay)
 {
     EXPECT_EQ(curveTexels(std::vector<double>{5, -2}), (Texels{1, -0.5F}));
     EXPECT_EQ(curveTexels(std::vector<double>{5}), Texels{1});
+    EXPECT_EQ(curveTexels(std::vector<double>{4}), Texels{1});
     EXPECT_TRUE(curveTexels({}).empty());
+}
+
+// The formulas divide by the number of slices less one.
+TEST(CurveTexels, TheCurveOfOneSliceLeavesItAsItIs)
+{
+    ZCurve curve(1);
+    curve.powerCurve({1, 1, 0, 4});
+    EXPECT_EQ(curveTexels(*curve.curve()), Texels{0.25F});
+    curve.linearCurve(0, 4);
+    EXPECT_EQ(curveTexels(*curve.curve()), Texels{0.25F});
+    curve.linearCurve(-1, 4);
+    EXPECT_EQ(curveTexels(*curve.curve()), Texels{1});
+}
+
+TEST(ZCurve, HasATextureForEachBlockAlongZ)
+{
+    RecordingTextures textures;
+    {
+        ZCurve curve(6, &textures);
+        curve.setBlocks(2);
+        EXPECT_TRUE(textures.uploads.empty());
+        *curve.curve() = {0, 1, 2, 3, 4, 2};
+        curve.generateTexture();
+        EXPECT_EQ(textures.all, (std::vector<Texels>{{0.25F, 0, 0.25F, 0.5F}, {0.75F, 1, 0.5F, 0.5F}}));
+        EXPECT_EQ(curve.textureName(0), 1U);
+        EXPECT_EQ(curve.textureName(1), 2U);
+        EXPECT_EQ(curve.textureName(2), 0U);
+        curve.setBlocks(1);
+        EXPECT_EQ(textures.all.back().size(), 8U);
+        EXPECT_EQ(curve.textureName(1), 0U);
+        EXPECT_EQ(textures.released, (std::vector<unsigned>{1, 2}));
+    }
+    EXPECT_EQ(textures.released, (std::vector<unsigned>{1, 2, 3}));
+}
+
+TEST(ZCurve, AssignmentKeepsTheBlocksOfTheVolume)
+{
+    RecordingTextures textures;
+    ZCurve to(8, &textures);
+    to.setBlocks(4);
+    to = ZCurve(8, &textures);
+    EXPECT_EQ(textures.uploads.size(), 4U);
+    EXPECT_NE(to.textureName(3), 0U);
 }
 
 TEST(ZCurve, StartsPlainUnsavedAndWithoutATexture)

@@ -69,58 +69,119 @@ INSTANTIATE_TEST_SUITE_P(Voxels, MeshPlaces,
                          ::testing::Values(std::array{2, 3, 2}, std::array{13, 3, 6}, std::array{5, 20, 9},
                                            std::array{12, 12, 3}));
 
-/// The slices of a 3D texture are multiplied by the curve: the same picture as of a stack that was multiplied
-/// before.
-TEST(DepthCurves, AreDrawnLikeAStackThatWasMultiplied)
+// The slices of a 3D texture are multiplied by the curve: the same picture as of a stack that was multiplied
+// before.
+
+/// A stack whose voxels leave room for a curve that multiplies by up to `room`.
+PlainStack darkStack(int z, int room)
 {
-    PlainStack stack = denseStack(32, 32, 16);
-    // Room to rise.
+    PlainStack stack = denseStack(32, 32, z);
     for (std::uint16_t& voxel : stack.voxels)
-        voxel = static_cast<std::uint16_t>(voxel / 2);
-    PlainStack multiplied = stack;
-    std::vector<double> curve;
-    for (int z = 0; z < 16; ++z) {
-        // Steps that 8 bits of a texture which holds a quarter hit well.
-        curve.push_back((32 + 4 * z) / 63.75);
-        for (int y = 0; y < 32; ++y) {
-            for (int x = 0; x < 32; ++x)
-                multiplied.at(x, y, z) =
-                    static_cast<std::uint16_t>(std::lround(stack.at(x, y, z) * curve.back()));
+        voxel = static_cast<std::uint16_t>(voxel / room);
+    return stack;
+}
+
+PlainStack multipliedBy(const std::vector<double>& curve, PlainStack stack)
+{
+    for (int z = 0; z < stack.z; ++z) {
+        for (int y = 0; y < stack.y; ++y) {
+            for (int x = 0; x < stack.x; ++x)
+                stack.at(x, y, z) = static_cast<std::uint16_t>(
+                    std::lround(stack.at(x, y, z) * curve[static_cast<std::size_t>(z)]));
         }
     }
-    const std::vector<ColourTable> tables = {rampTable(256, {1, 0.6, 0.2}, 0.45)};
-    for (const std::array<int, 3>& rotation :
-         {std::array{0, 0, 0}, std::array{90, 0, 0}, std::array{0, 90, 0}}) {
-        CompositorView view;
-        view.rotation = rotation;
-        view.scale = {1.1, 1.1, 2.2};
-        view.target = Target::Volume3D;
-        view.size = 128;
-        RenderRig rig({128, 128});
-        VolumeSpec spec;
-        spec.target = GL_TEXTURE_3D;
-        GlCurveTextures textures(nullptr);
-        spec.curves = &textures;
-        rig.makeCurrent();
-        VoxelArray& array = rig.show({stack}, spec);
-        array.scale = {1.1, 1.1, 2.2};
-        rig.setTables(tables);
-        rig.scene.view.rotX = rotation[0];
-        rig.scene.view.rotY = rotation[1];
-        array.resetCurves();
-        ZCurve& shown = array.channels()[0].zCurve;
-        *shown.curve() = curve;
-        shown.generateTexture();
-        rig.scene.view.zCorrection = true;
-        rig.thread().forceRebuild = true;
-        const Picture seen = pictureOf(rig.draw());
-        const PictureDifference difference = compare(compose(multiplied, tables, view), seen);
+    return stack;
+}
+
+CompositorView curveView(const PlainStack& stack, const std::array<int, 3>& rotation, int blockLimit)
+{
+    CompositorView view;
+    view.rotation = rotation;
+    view.scale = {1.1, 1.1, 35.2 / stack.z};
+    view.target = Target::Volume3D;
+    view.blockLimit = blockLimit;
+    view.size = 128;
+    return view;
+}
+
+const std::vector<ColourTable> kCurveTables = {rampTable(256, {1, 0.6, 0.2}, 0.45)};
+
+Picture drawnWithCurve(const PlainStack& stack, const std::vector<double>& curve, const CompositorView& view)
+{
+    RenderRig rig({128, 128});
+    VolumeSpec spec;
+    spec.target = GL_TEXTURE_3D;
+    spec.blockLimit = view.blockLimit;
+    GlCurveTextures textures(nullptr);
+    spec.curves = &textures;
+    rig.makeCurrent();
+    VoxelArray& array = rig.show({stack}, spec);
+    array.scale = {view.scale[0], view.scale[1], view.scale[2]};
+    rig.setTables(kCurveTables);
+    rig.scene.view.rotX = view.rotation[0];
+    rig.scene.view.rotY = view.rotation[1];
+    ZCurve& shown = array.channels()[0].zCurve;
+    *shown.curve() = curve;
+    shown.generateTexture();
+    rig.scene.view.zCorrection = true;
+    const Picture seen = pictureOf(rig.draw());
+    rig.makeCurrent();
+    rig.scene.arrays.clear();
+    return seen;
+}
+
+constexpr std::array<int, 3> kCurveRotations[] = {{0, 0, 0}, {90, 0, 0}, {0, 90, 0}};
+
+TEST(DepthCurves, AreDrawnLikeAStackThatWasMultiplied)
+{
+    const PlainStack stack = darkStack(16, 2);
+    std::vector<double> curve;
+    // Steps that 8 bits of a texture which holds a quarter hit well.
+    for (int z = 0; z < 16; ++z)
+        curve.push_back((32 + 4 * z) / 63.75);
+    for (const std::array<int, 3>& rotation : kCurveRotations) {
+        const CompositorView view = curveView(stack, rotation, 1024);
+        const Picture seen = drawnWithCurve(stack, curve, view);
+        const PictureDifference difference =
+            compare(compose(multipliedBy(curve, stack), kCurveTables, view), seen);
         EXPECT_TRUE(matches(difference)) << rotation[0] << " " << rotation[1] << ": " << difference.mean
                                          << " " << difference.percentile999;
-        EXPECT_FALSE(matches(compare(compose(stack, tables, view), seen))) << "the curve shows";
-        rig.makeCurrent();
-        rig.scene.arrays.clear();
+        EXPECT_FALSE(matches(compare(compose(stack, kCurveTables, view), seen))) << "the curve shows";
     }
+}
+
+TEST(DepthCurves, RunOnThroughAllBlocksAlongZ)
+{
+    const PlainStack stack = darkStack(16, 2);
+    std::vector<double> curve;
+    for (int z = 0; z < 16; ++z)
+        curve.push_back((64 + 4 * z) / 63.75);
+    for (const int limit : {8, 4}) {
+        std::vector<double> begunAnew;
+        for (int z = 0; z < 16; ++z)
+            begunAnew.push_back(curve[static_cast<std::size_t>(z % limit * 16 / limit)]);
+        for (const std::array<int, 3>& rotation : kCurveRotations) {
+            const CompositorView view = curveView(stack, rotation, limit);
+            const Picture seen = drawnWithCurve(stack, curve, view);
+            const PictureDifference difference =
+                compare(compose(multipliedBy(curve, stack), kCurveTables, view), seen);
+            EXPECT_TRUE(matches(difference)) << limit << ": " << rotation[0] << " " << rotation[1] << ": "
+                                             << difference.mean << " " << difference.percentile999;
+            EXPECT_FALSE(matches(compare(compose(multipliedBy(begunAnew, stack), kCurveTables, view), seen)));
+        }
+    }
+}
+
+TEST(DepthCurves, MultiplyByFourAtMost)
+{
+    const PlainStack stack = darkStack(16, 5);
+    const CompositorView view = curveView(stack, {0, 0, 0}, 1024);
+    const Picture seen = drawnWithCurve(stack, std::vector<double>(16, 5.0), view);
+    const auto times = [&](double factor) {
+        return compose(multipliedBy(std::vector<double>(16, factor), stack), kCurveTables, view);
+    };
+    EXPECT_TRUE(matches(compare(times(4), seen)));
+    EXPECT_FALSE(matches(compare(times(5), seen)));
 }
 
 } // namespace

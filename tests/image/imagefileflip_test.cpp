@@ -1,6 +1,7 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include "image/filters/pointfilters.h"
 #include "support/picfile.h"
 #include "support/stacks.h"
 
@@ -137,10 +138,10 @@ TEST(Invert, TwiceGivesBackTheStack)
     for (const int bits : {8, 12, 16}) {
         const auto stack = test::randomStack({33, 5, 4, 2, bits}, 9);
         const std::vector<int> before = samples(*stack);
-        stack->invert();
+        invert(*stack);
         for (std::size_t i = 0; i < before.size(); ++i)
             ASSERT_EQ(samples(*stack)[i], (1 << bits) - 1 - before[i]);
-        stack->invert();
+        invert(*stack);
         EXPECT_EQ(samples(*stack), before);
     }
 }
@@ -154,7 +155,7 @@ TEST(Invert, ACancelledRunLeavesTheStackAsItWas)
     Progress progress;
     progress.cancel = &cancel;
     progress.report = [&](const QString&, int, int) { cancel = ++reports > 1; };
-    stack->invert(progress);
+    invert(*stack, progress);
     EXPECT_GT(reports, 1);
     EXPECT_TRUE(samples(*stack) == before);
 }
@@ -163,7 +164,7 @@ TEST(Invert, AnUnreadStackIsReadFirst)
 {
     const QTemporaryDir folder;
     ImageFile stack(QStringList{test::PicFile{}.save(folder.filePath(QStringLiteral("a.pic")))});
-    stack.invert();
+    invert(stack);
     EXPECT_EQ(sample(stack, 3, 2, 1), 255 - 123);
 }
 

@@ -155,6 +155,29 @@ TEST_P(ProgramRenderList, BindsTheDepthCurveOnUnitTwo)
                      bind(GL_TEXTURE_1D, curve), call(array.quads()[5])}));
 }
 
+TEST_P(ProgramRenderList, BindsTheDepthCurveOfTheBlock)
+{
+    RecordedRig rig(GetParam());
+    test::VolumeSpec spec;
+    spec.target = GL_TEXTURE_3D;
+    spec.blockLimit = 2;
+    const VoxelArray& array = rig.show({denseStack(2, 2, 4)}, spec);
+    rig.makePalettes(1);
+    rig.shaders().zCorrection = true;
+    const ZCurve& curve = array.channels()[0].zCurve;
+    Calls curves;
+    Calls expected;
+    for (const std::string& text : recorded(rig.build(Orientation::YZReverse))) {
+        if (text == bind(GL_TEXTURE_1D, curve.textureName(0)) ||
+            text == bind(GL_TEXTURE_1D, curve.textureName(1)))
+            curves.push_back(text);
+    }
+    // Two slices across x, each with the block at the beginning of the stack first.
+    for (const int block : {0, 1, 0, 1})
+        expected.push_back(bind(GL_TEXTURE_1D, curve.textureName(block)));
+    EXPECT_EQ(curves, expected);
+}
+
 TEST_P(ProgramRenderList, BindsBlocksOfTheVolume)
 {
     RecordedRig rig(GetParam());

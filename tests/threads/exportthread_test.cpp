@@ -9,6 +9,8 @@
 
 #include "glsupport/recordedvolume.h"
 #include "glsupport/texturecontents.h"
+#include "image/filters/medianfilter.h"
+#include "image/filters/pointfilters.h"
 #include "support/otheruser.h"
 #include "support/picfile.h"
 #include "support/smalldisk.h"
@@ -450,20 +452,20 @@ TEST_F(Export, HoldsTheFilterThatIsShownOfWhatIsOnDisk)
     const QString source = file.save(path("source.pic"));
     ImageFile expected(QStringList{source});
     ASSERT_TRUE(expected.read());
-    expected.invert();
+    invert(expected);
     expected.generateStatistics();
-    ASSERT_TRUE(expected.medianFilter(3, -1, false));
+    ASSERT_TRUE(medianFilter(expected, 3, -1, false));
     beginOnDisk(source);
     ASSERT_TRUE(array->images().front()->read());
     encodeOnDisk();
     array->setTransforms({false, false, false, true});
     array->setShownChange(
-        0, [](ImageFile& image, const Progress& steps) { return image.medianFilter(3, -1, false, steps); });
+        0, [](ImageFile& image, const Progress& steps) { return medianFilter(image, 3, -1, false, steps); });
     expectSaved(ExportMode::ZCorrected, "a.pic");
     EXPECT_EQ(readFile(path("a.pic")), plainCopy(expected));
     // Worked on again, the volume shows the same.
     ASSERT_TRUE(array->loadVoxels(0));
-    ASSERT_TRUE(array->images().front()->medianFilter(3, -1, false));
+    ASSERT_TRUE(medianFilter(*array->images().front(), 3, -1, false));
     EXPECT_EQ(plainCopy(*array->images().front()), plainCopy(expected));
 }
 

@@ -8,6 +8,11 @@
 
 #include "glsupport/renderrig.h"
 #include "glsupport/texturecontents.h"
+#include "image/filters/extremafilters.h"
+#include "image/filters/kernelfilter.h"
+#include "image/filters/meanfilter.h"
+#include "image/filters/medianfilter.h"
+#include "image/filters/pointfilters.h"
 #include "support/logcapture.h"
 #include "support/picfile.h"
 #include "support/slicereference.h"
@@ -155,19 +160,19 @@ std::vector<Case> allCases()
         {parameters(Op::FlipX), "Flipping on X", "Flipping along X axis", [](ImageFile& i) { i.flip('X'); }},
         {parameters(Op::FlipY), "Flipping on Y", "Flipping along Y axis", [](ImageFile& i) { i.flip('Y'); }},
         {parameters(Op::FlipZ), "Flipping on Z", "Flipping along Z axis", [](ImageFile& i) { i.flip('Z'); }},
-        {parameters(Op::Invert), "Inverting", "Inverting...", [](ImageFile& i) { i.invert(); }},
+        {parameters(Op::Invert), "Inverting", "Inverting...", [](ImageFile& i) { invert(i); }},
         {with(parameters(Op::Maximum), -1, true), "Maximum filter 3x3", "Max filtering...",
-         [](ImageFile& i) { i.maxFilter(3, -1, true); }},
+         [](ImageFile& i) { maxFilter(i, 3, -1, true); }},
         {with(parameters(Op::Median, 5), 1, false), "Median filter 5x5", "Median filtering...",
-         [](ImageFile& i) { i.medianFilter(5, 1, false); }},
+         [](ImageFile& i) { medianFilter(i, 5, 1, false); }},
         {with(parameters(Op::Mean, 4), -1, true), "Mean filter 4x4", "Mean filtering...",
-         [](ImageFile& i) { i.meanFilter(4, -1, true); }},
+         [](ImageFile& i) { meanFilter(i, 4, -1, true); }},
         {with(parameters(Op::Minimum), 0, false), "Minimum filter 3x3", "Min filtering...",
-         [](ImageFile& i) { i.minFilter(3, 0, false); }},
+         [](ImageFile& i) { minFilter(i, 3, 0, false); }},
         {with(parameters(Op::BackgroundSubtract, 7), 1, false, 60), "background subtract 7 1 60",
-         "Subtracting background...", [](ImageFile& i) { i.backgroundSubtract(7, 1, 60); }},
+         "Subtracting background...", [](ImageFile& i) { backgroundSubtract(i, 7, 1, 60); }},
         {custom, "Custom filter 3x2", "Custom filtering...",
-         [](ImageFile& i) { i.kernelFilter(edgeKernel(), -1); }},
+         [](ImageFile& i) { kernelFilter(i, edgeKernel(), -1); }},
     };
 }
 
@@ -359,7 +364,7 @@ TEST_F(FilterThreadTest, OfOneChannelAnImageOnlyTheChosenChannelIsFiltered)
     EXPECT_EQ(run(with(parameters(FilterOperation::Mean), 1, false)), JobOutcome::Done);
     for (const std::size_t i : {1U, 3U}) {
         const auto image = test::imageOf(stacks[i]);
-        image->meanFilter(3, -1, false);
+        meanFilter(*image, 3, -1, false);
         stacks[i] = plainCopy(*image);
     }
     EXPECT_TRUE(voxels() == stacks);
@@ -385,7 +390,7 @@ TEST_F(FilterThreadTest, WithConservedMemoryVoxelsAreReadAgainAndLetGo)
     EXPECT_EQ(run(parameters(FilterOperation::Mean)), JobOutcome::Done);
     EXPECT_FALSE(image.isLoaded());
     const auto direct = test::imageOf(mirrored(stack, 0));
-    direct->meanFilter(3, -1, false);
+    meanFilter(*direct, 3, -1, false);
     EXPECT_TRUE(readBack(*array) == texturesOf({plainCopy(*direct)}));
     QFile::remove(directory.filePath("stack.pic"));
     EXPECT_EQ(run(parameters(FilterOperation::Mean)), JobOutcome::Failed);

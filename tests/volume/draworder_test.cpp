@@ -88,6 +88,38 @@ TEST(RenderListParameters, FollowTheTableThroughACutBox)
     EXPECT_EQ(renderListParameters(Orientation::XZReverse, g, cut), (SliceWalk{8, 0, 1, 10, 1}));
 }
 
+TEST(CutBox, IsSortedAndBroughtInsideWhereverItComesFrom)
+{
+    const StackGeometry g = StackGeometry::of(30, 12, 50, 16);
+    EXPECT_EQ(boundedCut({3, 20, 1, 10, 5, 40}, g), (CutBox{3, 20, 1, 10, 5, 40}));
+    EXPECT_EQ(boundedCut({20, 3, 10, 1, 40, 5}, g), (CutBox{3, 20, 1, 10, 5, 40}));
+    constexpr int kMost = std::numeric_limits<int>::max();
+    constexpr int kLeast = std::numeric_limits<int>::min();
+    EXPECT_EQ(boundedCut({kLeast, kMost, kMost, kLeast, 70, 60}, g), (CutBox{0, 29, 0, 11, 49, 49}));
+}
+
+TEST(CutBox, ReachesOverTheReslicedDepth)
+{
+    StackGeometry g = StackGeometry::of(8, 8, 8, 8);
+    g.finalZ = 20;
+    EXPECT_EQ(boundedCut({0, 7, 0, 7, 0, 99}, g).zMax, 19);
+}
+
+TEST(RenderListParameters, WalkNoFurtherThanTheVolumeThroughABoxThatIsCrossedOrAbsurd)
+{
+    const StackGeometry g = StackGeometry::of(30, 12, 50, 16);
+    for (const CutBox& cut : {CutBox{20, 3, 10, 1, 40, 5}, CutBox{-9000, 9000, 9000, -9000, 500, 400}}) {
+        for (int o = 0; o < 6; ++o) {
+            const SliceWalk walk = renderListParameters(static_cast<Orientation>(o), g, cut);
+            const int slices = o < 2 ? g.z : o < 4 ? g.x : g.y;
+            EXPECT_GE((walk.last - walk.first) * walk.step, 0) << o;
+            EXPECT_LT((walk.last - walk.first) * walk.step, slices) << o;
+            EXPECT_GE(std::min(walk.first, walk.last), 0) << o;
+            EXPECT_LT(std::max(walk.first, walk.last), slices) << o;
+        }
+    }
+}
+
 TEST(BrickOf, CountsBlocksAlongZ)
 {
     const StackGeometry g = StackGeometry::of(8, 8, 8, 4);

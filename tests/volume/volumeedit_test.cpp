@@ -6,6 +6,8 @@
 
 #include "glsupport/recordedvolume.h"
 #include "glsupport/texturecontents.h"
+#include "image/filters/meanfilter.h"
+#include "image/filters/medianfilter.h"
 #include "support/picfile.h"
 #include "support/stacks.h"
 
@@ -46,7 +48,7 @@ VolumeEdit meanEdit()
 {
     VolumeEdit edit;
     edit.apply = [](ImageFile& image, const Progress& progress) {
-        return image.meanFilter(3, -1, false, progress);
+        return meanFilter(image, 3, -1, false, progress);
     };
     return edit;
 }
@@ -55,7 +57,7 @@ VolumeEdit meanEdit()
 PlainStack meanOf(const PlainStack& stack)
 {
     const auto image = test::imageOf(stack);
-    image->meanFilter(3, -1, false);
+    meanFilter(*image, 3, -1, false);
     return plainCopy(*image);
 }
 
@@ -158,6 +160,44 @@ TEST_F(Edit, MakesTheStatisticsAnewBeforeTheTextures)
     EXPECT_EQ(array->channels()[0].stats.histogram[235], 1U);
     EXPECT_EQ(array->images()[0]->attributes().maxValue, 245);
     EXPECT_EQ(array->stack().maxValue, 245);
+}
+
+TEST_F(Edit, ThatInvertsTwiceBringsTheUsedBitsBack)
+{
+    const auto array = encoded({test::PlainStack{4, 1, 1, 1, 16, {10, 20, 30, 1000}}});
+    ASSERT_EQ(array->significantBits(), 10);
+    applyEdit(*array, invertEdit());
+    EXPECT_EQ(array->significantBits(), 16);
+    applyEdit(*array, invertEdit());
+    EXPECT_EQ(array->significantBits(), 10);
+    EXPECT_EQ(array->channels()[0].maxValue, 1000);
+}
+
+TEST_F(Edit, ThatDarkensLowersTheUsedBits)
+{
+    const auto array = encoded({test::PlainStack{5, 1, 1, 1, 16, {10, 10, 4000, 10, 10}}});
+    VolumeEdit edit;
+    edit.apply = [](ImageFile& image, const Progress& progress) {
+        return medianFilter(image, 3, -1, false, progress);
+    };
+    applyEdit(*array, edit);
+    EXPECT_EQ(array->stack().maxValue, 10);
+    EXPECT_EQ(array->significantBits(), 3);
+}
+
+TEST_F(Edit, ChangesTheRevisionWithTheTexturesInTheGate)
+{
+    const auto array = encoded(kSeries);
+    const std::int64_t before = array->voxelRevision();
+    std::int64_t outside = 0;
+    const TextureGate gate = [&](const std::function<void()>& change) {
+        const std::int64_t entered = array->voxelRevision();
+        change();
+        outside += array->voxelRevision() - entered;
+    };
+    applyEdit(*array, meanEdit(), {{}, gate});
+    EXPECT_GT(outside, 0);
+    EXPECT_EQ(array->voxelRevision(), before + outside);
 }
 
 TEST_F(Edit, ChangesTexturesThroughTheGateOnly)
@@ -266,7 +306,7 @@ TEST_F(Edit, ThatIsImpossibleSaysSo)
     const auto array = encoded(kSeries);
     VolumeEdit edit;
     edit.apply = [](ImageFile& image, const Progress& progress) {
-        return image.meanFilter(5000, -1, false, progress);
+        return meanFilter(image, 5000, -1, false, progress);
     };
     const JobResult result = applyEdit(*array, edit);
     EXPECT_EQ(result.outcome, JobOutcome::Failed);
@@ -371,13 +411,24 @@ TEST_F(EditOnDisk, CountsWhatTheFileHoldsAfterAFilterThatLoweredTheMaximum)
     VolumeEdit dark;
     dark.apply = [](ImageFile& image, const Progress&) {
         std::fill_n(image.stackData(), image.sampleCount(), 1);
-        image.attributes().maxValue = -1;
+        image.forgetValues();
         return true;
     };
     const auto highest = array->channels()[0].maxValue;
     applyEdit(*array, dark);
     EXPECT_EQ(array->channels()[0].maxValue, 1);
     applyEdit(*array, flipEdit('X'));
+    EXPECT_EQ(array->channels()[0].maxValue, highest);
+}
+
+TEST_F(EditOnDisk, InvertedTwiceHasTheUsedBitsOfItsFile)
+{
+    const auto highest = array->stack().maxValue;
+    applyEdit(*array, invertEdit());
+    EXPECT_EQ(array->stack().maxValue, 255);
+    EXPECT_EQ(array->channels()[0].maxValue, 255);
+    applyEdit(*array, invertEdit());
+    EXPECT_EQ(array->stack().maxValue, highest);
     EXPECT_EQ(array->channels()[0].maxValue, highest);
 }
 

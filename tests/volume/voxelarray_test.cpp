@@ -1,9 +1,12 @@
 #include "volume/voxelarray.h"
 
+#include <cmath>
+
 #include <gtest/gtest.h>
 
 #include "glsupport/glrecorder.h"
 #include "glsupport/renderrig.h"
+#include "image/filters/pointfilters.h"
 #include "support/logcapture.h"
 #include "support/stacks.h"
 
@@ -204,14 +207,24 @@ TEST_F(Statistics, OfOneImageGoToItsChannels)
     EXPECT_EQ(array.stack().maxValue, 60);
 }
 
-TEST_F(Statistics, NeverLowerTheMaximumOfTheStack)
+TEST_F(Statistics, KeepAMaximumThatTheFileStates)
 {
     add(1, {10, 20});
-    array.stack() = array.images().front()->attributes();
-    array.setChannelCount(1);
-    array.stack().maxValue = 200;
-    array.copyStatistics();
+    array.images().front()->attributes().maxValue = 200;
+    copy(1, 1);
     EXPECT_EQ(array.stack().maxValue, 200);
+}
+
+TEST_F(Statistics, FollowVoxelsThatBecameDarker)
+{
+    add(1, {10, 200});
+    copy(1, 1);
+    EXPECT_EQ(array.significantBits(), 8);
+    addConstant(*array.images().front(), -185, -1);
+    array.copyStatistics();
+    EXPECT_EQ(array.stack().maxValue, 15);
+    EXPECT_EQ(array.channels()[0].maxValue, 15);
+    EXPECT_EQ(array.significantBits(), 4);
 }
 
 TEST_F(Statistics, OfOneImageForEachChannelGoToThatChannel)
@@ -241,6 +254,32 @@ TEST_F(Statistics, OfAllTimePointsAreSummedByChannel)
     EXPECT_EQ(array.minValue(), 10);
     EXPECT_DOUBLE_EQ(channel(0).stats.mean, 11.0);
     EXPECT_FALSE(log.contains("multi channel, multi timepoint, 1 ch per file"));
+}
+
+// As many images as channels, and still each holds both.
+TEST_F(Statistics, OfTwoTimePointsWithTwoChannelsEachStayWithTheirChannel)
+{
+    add(2, {10, 100, 11, 101});
+    add(2, {12, 102, 13, 103});
+    copy(2, 2);
+    EXPECT_EQ(channel(0).minValue, 10);
+    EXPECT_EQ(channel(0).maxValue, 13);
+    EXPECT_EQ(channel(1).minValue, 100);
+    EXPECT_EQ(channel(1).maxValue, 103);
+}
+
+TEST_F(Statistics, OfSeveralTimePointsHaveMomentsOfEachSlice)
+{
+    for (const std::vector<int>& samples : {std::vector{10, 20, 7, 7}, std::vector{30, 40, 7, 7}})
+        array.appendImage(test::stackFrom({2, 1, 2, 1, 8}, samples));
+    copy(1, 2);
+    ASSERT_EQ(channel(0).stats.sliceMean.size(), 2U);
+    EXPECT_DOUBLE_EQ(channel(0).stats.sliceMean[0], 25);
+    // Deviations 15, 5, 5, 15: (500 - 40 * 40 / 4) / 3.
+    EXPECT_DOUBLE_EQ(channel(0).stats.sliceStdDev[0], std::sqrt(100.0 / 3));
+    EXPECT_DOUBLE_EQ(channel(0).stats.sliceMean[1], 7);
+    EXPECT_EQ(channel(0).stats.sliceSkew.size(), 2U);
+    EXPECT_EQ(channel(0).stats.sliceKurtosis.size(), 2U);
 }
 
 TEST_F(Statistics, OfOneChannelAFileTakeEveryNthFile)
@@ -279,6 +318,60 @@ TEST_F(Statistics, OfNothingAreLeftAlone)
     add(1, {1, 2});
     array.copyStatistics();
     EXPECT_EQ(log.lines(), QStringList{});
+}
+
+TEST_F(Statistics, ImagesOfAllChannelsAreFoundByTheirTimePoint)
+{
+    add(2, {1, 2});
+    add(2, {3, 4});
+    copy(2, 2);
+    const ChannelImage found = array.imageOf(1, 1);
+    EXPECT_EQ(found.image, array.images()[1].get());
+    EXPECT_EQ(found.channel, 1);
+    EXPECT_EQ(found.number, 1);
+    for (const auto& [c, t] : {std::pair(2, 0), std::pair(-1, 0), std::pair(0, 2), std::pair(0, -1)})
+        EXPECT_EQ(array.imageOf(c, t).image, nullptr) << c << " " << t;
+}
+
+TEST_F(Statistics, ImagesOfOneChannelAreFoundByTimePointAndChannel)
+{
+    for (int i = 0; i < 4; ++i)
+        add(1, {i});
+    copy(2, 2);
+    const ChannelImage found = array.imageOf(1, 1);
+    EXPECT_EQ(found.image, array.images()[3].get());
+    EXPECT_EQ(found.channel, 0);
+    EXPECT_EQ(found.number, 3);
+    EXPECT_EQ(array.imageOf(0, 2).image, nullptr);
+}
+
+TEST_F(RecordedArray, TheRevisionGrowsWithTheVoxelsAndWithNothingElse)
+{
+    const auto volume = array({test::denseStack(4, 4, 4)}, GL_TEXTURE_2D);
+    std::int64_t before = volume->voxelRevision();
+    EXPECT_GT(before, 0);
+    volume->cut = {1, 2, 1, 2, 1, 2};
+    volume->scale = {2, 2, 2};
+    volume->setTimePoint(0);
+    volume->copyStatistics();
+    EXPECT_EQ(volume->voxelRevision(), before);
+    const std::function<void()> changes[] = {[&] { volume->flip('X'); }, [&] { volume->invert(); },
+                                             [&] { volume->reencode(0); }, [&] { volume->keepImages(1); }};
+    for (const auto& change : changes) {
+        change();
+        EXPECT_GT(volume->voxelRevision(), before);
+        before = volume->voxelRevision();
+    }
+}
+
+TEST(ClampedScale, IsAboveNothingAndNoMoreThanAHundred)
+{
+    EXPECT_EQ(clampedScale(-3.0), 0.01);
+    EXPECT_EQ(clampedScale(0.0), 0.01);
+    EXPECT_EQ(clampedScale(0.5), 0.5);
+    EXPECT_EQ(clampedScale(1e9), 100);
+    EXPECT_EQ(clampedScale(std::nan("")), 1);
+    EXPECT_EQ(clampedScale(AxisScale{-1, 2, 1000}), (AxisScale{0.01, 2, 100}));
 }
 
 } // namespace

@@ -1,7 +1,6 @@
-// Encoding through the images' own encoder, which hands planes to a sink.
+// Encoding through the images' own encoder, which knows no blocks.
 
 #include "glsupport/recordedvolume.h"
-#include "image/texturesink.h"
 
 namespace tirn {
 namespace {
@@ -9,39 +8,14 @@ namespace {
 using test::denseStack;
 using test::PlainStack;
 
-/// Gives out names, as the card would, and remembers the kinds of textures.
-class CountingSink : public TextureSink
-{
-public:
-    unsigned makeTexture2D(int format, int, int, const void*) override { return make('2', format); }
-    unsigned makeTextureRectangle(int format, int, int, const void*) override { return make('r', format); }
-    unsigned makeTexture3D(int format, int, int, int, const void*) override { return make('3', format); }
-
-    std::string kinds;
-    int lastFormat = 0;
-
-private:
-    unsigned make(char kind, int format)
-    {
-        kinds += kind;
-        lastFormat = format;
-        return makeSharedTexture();
-    }
-};
-
-class EncodeThroughSink : public test::RecordedVolume
-{
-protected:
-    CountingSink sink;
-};
+using EncodeThroughSink = test::RecordedVolume;
 
 TEST_F(EncodeThroughSink, AllImagesInOneGo)
 {
     const auto array = prepared({denseStack(4, 3, 2), denseStack(4, 3, 2)});
     log.clear();
-    EXPECT_TRUE(array->encodeAll(GL_TEXTURE_2D, -1, sink));
-    EXPECT_EQ(sink.kinds, std::string(18, '2'));
-    EXPECT_EQ(sink.lastFormat, GL_LUMINANCE8);
+    EXPECT_TRUE(array->encodeAll(GL_TEXTURE_2D, -1));
+    EXPECT_EQ(gl.count("TexImage2D"), 18);
     EXPECT_EQ(array->textures().size(), 18U);
     EXPECT_EQ(log.lines().first(), "started encode");
     EXPECT_TRUE(array->isComplete());
@@ -53,9 +27,9 @@ TEST_F(EncodeThroughSink, AllImagesInOneGo)
 TEST_F(EncodeThroughSink, ASecondTimeWarnsAndSucceeds)
 {
     const auto array = prepared({denseStack(4, 3, 2)});
-    ASSERT_TRUE(array->encodeAll(GL_TEXTURE_2D, -1, sink));
-    EXPECT_TRUE(array->encodeAll(GL_TEXTURE_2D, -1, sink));
-    EXPECT_EQ(sink.kinds.size(), 9U);
+    ASSERT_TRUE(array->encodeAll(GL_TEXTURE_2D, -1));
+    EXPECT_TRUE(array->encodeAll(GL_TEXTURE_2D, -1));
+    EXPECT_EQ(gl.count("TexImage2D"), 9);
     EXPECT_EQ(log.warnings(), QStringList{"Warning: array already encoded the stack.  Nothing to do."});
 }
 
@@ -63,7 +37,7 @@ TEST_F(EncodeThroughSink, ImagesWithoutTexturesFailAndClearTheList)
 {
     const auto array = prepared({denseStack(4, 3, 2), denseStack(4, 3, 2)});
     array->images()[1]->freeStack();
-    EXPECT_FALSE(array->encodeAll(GL_TEXTURE_2D, -1, sink));
+    EXPECT_FALSE(array->encodeAll(GL_TEXTURE_2D, -1));
     EXPECT_TRUE(array->textures().empty());
     EXPECT_EQ(log.warnings().last(), "failed to generate texmaps");
     EXPECT_EQ(liveGlNames().textures, 0);
@@ -73,9 +47,9 @@ TEST_F(EncodeThroughSink, AnotherAttemptKeepsTheQuadsAndTheirDepth)
 {
     const auto array = prepared({denseStack(4, 4, 4)});
     array->images()[0]->freeStack();
-    EXPECT_FALSE(array->encodeAll(GL_TEXTURE_3D, 7, sink));
+    EXPECT_FALSE(array->encodeAll(GL_TEXTURE_3D, 7));
     gl.clear();
-    EXPECT_FALSE(array->encodeAll(GL_TEXTURE_3D, 7, sink));
+    EXPECT_FALSE(array->encodeAll(GL_TEXTURE_3D, 7));
     EXPECT_EQ(gl.count("MultiTexCoord3fARB"), 0);
     EXPECT_EQ(array->finalDepth(), 7);
     EXPECT_EQ(array->quads().size(), 4U + 4U + 7U);
@@ -84,9 +58,8 @@ TEST_F(EncodeThroughSink, AnotherAttemptKeepsTheQuadsAndTheirDepth)
 TEST_F(EncodeThroughSink, TheVolumeTargetMakesOneTextureAChannel)
 {
     const auto array = prepared({denseStack(4, 4, 4, 3, 16)});
-    EXPECT_TRUE(array->encodeAll(GL_TEXTURE_3D, 7, sink));
-    EXPECT_EQ(sink.kinds, "333");
-    EXPECT_EQ(sink.lastFormat, GL_LUMINANCE16);
+    EXPECT_TRUE(array->encodeAll(GL_TEXTURE_3D, 7));
+    EXPECT_EQ(gl.count("TexImage3DEXT"), 3);
     EXPECT_EQ(array->cut.zMax, 6);
 }
 
@@ -94,8 +67,8 @@ TEST_F(EncodeThroughSink, BadSizesAreTold)
 {
     VoxelArray array(0, 4, 4, {});
     array.stack().bitDepth = 8;
-    EXPECT_FALSE(array.encodeAll(GL_TEXTURE_2D, -1, sink));
-    EXPECT_FALSE(array.encodeNext(GL_TEXTURE_2D, -1, sink));
+    EXPECT_FALSE(array.encodeAll(GL_TEXTURE_2D, -1));
+    EXPECT_FALSE(array.encodeNext(GL_TEXTURE_2D, -1));
     EXPECT_EQ(log.warnings(), (QStringList{"dimensions not valid or stack not read.",
                                            "Error: dimensions not valid or stack not read."}));
 }
@@ -106,7 +79,7 @@ TEST_F(EncodeThroughSink, OneImageAtATimeForAStackThatGrows)
     options.conserveMemory = true;
     const auto array = prepared({denseStack(4, 3, 2)}, options);
     array->cut = {};
-    EXPECT_TRUE(array->encodeNext(GL_TEXTURE_2D, -1, sink));
+    EXPECT_TRUE(array->encodeNext(GL_TEXTURE_2D, -1));
     EXPECT_EQ(array->encodedImages(), 1);
     EXPECT_EQ(array->cut, (CutBox{0, 3, 0, 2, 0, 1}));
     EXPECT_TRUE(log.contains("encoding..........0"));
@@ -118,12 +91,12 @@ TEST_F(EncodeThroughSink, OneImageAtATimeForAStackThatGrows)
     array->appendImage(test::imageOf(denseStack(4, 3, 2)));
     array->setTimePoints(2);
     gl.clear();
-    EXPECT_TRUE(array->encodeNext(GL_TEXTURE_2D, -1, sink));
+    EXPECT_TRUE(array->encodeNext(GL_TEXTURE_2D, -1));
     EXPECT_TRUE(log.contains("encoding..........1"));
     EXPECT_TRUE(log.contains("*** stack size 18"));
     EXPECT_EQ(gl.count("NewList"), 0);
 
-    EXPECT_TRUE(array->encodeNext(GL_TEXTURE_2D, -1, sink));
+    EXPECT_TRUE(array->encodeNext(GL_TEXTURE_2D, -1));
     EXPECT_EQ(log.count("*** stack size 18"), 2);
 }
 
@@ -131,8 +104,8 @@ TEST_F(EncodeThroughSink, ANextImageWithoutTexturesClearsTheList)
 {
     const auto array = prepared({denseStack(4, 3, 2), denseStack(4, 3, 2)});
     array->images()[1]->freeStack();
-    EXPECT_TRUE(array->encodeNext(GL_TEXTURE_2D, -1, sink));
-    EXPECT_FALSE(array->encodeNext(GL_TEXTURE_2D, -1, sink));
+    EXPECT_TRUE(array->encodeNext(GL_TEXTURE_2D, -1));
+    EXPECT_FALSE(array->encodeNext(GL_TEXTURE_2D, -1));
     EXPECT_EQ(log.warnings().last(), "failed to generate texmaps");
     EXPECT_TRUE(array->textures().empty());
 }

@@ -2,7 +2,7 @@
 
 #include <QDialog>
 
-#include "image/filterkernel.h"
+#include "image/filters/filterkernel.h"
 
 class QCheckBox;
 class QSpinBox;

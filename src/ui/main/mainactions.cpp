@@ -5,6 +5,7 @@
 
 #include <QLatin1String>
 
+#include "image/filters/filtertable.h"
 #include "ui/formlist.h"
 
 namespace tirn {
@@ -31,7 +32,7 @@ constexpr ActionRow ofStack(const char* menu, const char* name, const char* text
     return {menu, name, text, shortcut, toolTip, kPlain, true, true};
 }
 
-constexpr ActionRow kActions[] = {
+constexpr ActionRow kBeforeFilters[] = {
     {"&File/Load", "stackOpenAction", "Stack..."},
     later("&File/Load", "paletteOpenAction", "Palette..."),
     later("&File/Load", "paletteNewAction", "New Palette"),
@@ -63,12 +64,9 @@ constexpr ActionRow kActions[] = {
     ofStack("&Edit", "editCopyAction", "&Copy", "Ctrl+C",
             "Copy the current window contents to the clipboard."),
     separator("&Edit"),
-    ofStack("&Edit/Filter", "filterMeanAction", "Mean"),
-    ofStack("&Edit/Filter", "filterMedianAction", "Median"),
-    ofStack("&Edit/Filter", "filterMinAction", "Min"),
-    ofStack("&Edit/Filter", "filterMaxAction", "Max"),
-    ofStack("&Edit/Filter", "filterCustomAction", "Custom..."),
-    ofStack("&Edit/Filter", "backgroundAction", "Background Subtract"),
+};
+
+constexpr ActionRow kBehindFilters[] = {
     ofStack("&Edit/Flip", "flipXAction", "X Axis"),
     ofStack("&Edit/Flip", "flipYAction", "Y Axis"),
     ofStack("&Edit/Flip", "flipZAction", "Z Axis"),
@@ -119,7 +117,12 @@ void disableMissingForms(std::vector<ActionRow>& rows)
 
 std::vector<ActionRow> allActions()
 {
-    std::vector<ActionRow> rows(std::begin(kActions), std::end(kActions));
+    std::vector<ActionRow> rows(std::begin(kBeforeFilters), std::end(kBeforeFilters));
+    for (const Filter& filter : filters()) {
+        if (filter.action != nullptr)
+            rows.push_back(ofStack("&Edit/Filter", filter.action, filter.menuText));
+    }
+    rows.insert(rows.end(), std::begin(kBehindFilters), std::end(kBehindFilters));
     const std::vector<ActionRow> window = windowActions();
     const auto help = std::find_if(rows.begin(), rows.end(),
                                    [](const ActionRow& row) { return QLatin1String(row.menu) == "&Help"; });

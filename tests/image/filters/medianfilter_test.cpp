@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "image/allocationerror.h"
+#include "image/filters/medianfilter.h"
 #include "support/filtershapes.h"
 #include "support/logcapture.h"
 #include "support/slowfilters.h"
@@ -19,7 +20,7 @@ void expectMedian(ImageFile& stack, int size, int channel, bool is3D, const std:
 {
     const SlowStack slow(stack);
     stack.generateStatistics();
-    ASSERT_TRUE(stack.medianFilter(size, channel, is3D)) << what;
+    ASSERT_TRUE(medianFilter(stack, size, channel, is3D)) << what;
     ASSERT_TRUE(sameVoxels(stack, slowMedianFilter(slow, size, channel, is3D, minimaOf(slow)))) << what;
 }
 
@@ -88,7 +89,7 @@ TEST(MedianFilter, AConstantStackStaysConstantUnderAnySize)
     for (const int size : {1, 2, 3, 4, 5, 9}) {
         for (const int bits : {8, 12, 16}) {
             const auto stack = test::constantStack({12, 9, 2, 1, bits}, (1 << bits) - 2);
-            ASSERT_TRUE(stack->medianFilter(size, -1, size % 2 == 0));
+            ASSERT_TRUE(medianFilter(*stack, size, -1, size % 2 == 0));
             EXPECT_EQ(samples(*stack), std::vector<int>(216, (1 << bits) - 2)) << size;
         }
     }
@@ -97,7 +98,7 @@ TEST(MedianFilter, AConstantStackStaysConstantUnderAnySize)
 TEST(MedianFilter, SizeThreeInTwoDimensionsTakesTheFifthOfNine)
 {
     const auto stack = test::stackFrom({3, 3, 1, 1, 8}, {90, 20, 70, 30, 10, 80, 60, 40, 50});
-    ASSERT_TRUE(stack->medianFilter(3, -1, false));
+    ASSERT_TRUE(medianFilter(*stack, 3, -1, false));
     EXPECT_EQ(test::sample(*stack, 1, 1, 0), 50);
 }
 
@@ -120,7 +121,7 @@ TEST(MedianFilter, ValuesBelowTheOldMinimumCountAsTheLargest)
                                  stack->stackData() +
                                      stack->sampleCount() * stack->attributes().bytesPerSample(),
                                  older->stackData());
-                ASSERT_TRUE(stack->medianFilter(size, -1, is3D));
+                ASSERT_TRUE(medianFilter(*stack, size, -1, is3D));
                 EXPECT_TRUE(sameVoxels(*stack, slowMedianFilter(slow, size, -1, is3D, {minimum, minimum})))
                     << size << bits;
             }
@@ -134,7 +135,7 @@ TEST(MedianFilter, ValuesAboveTheDepthCountAsTheLargestOfIt)
     auto stack = test::stackFrom({17, 9, 2, 1, 12}, samples(*wide));
     const SlowStack slow(*stack);
     stack->generateStatistics();
-    ASSERT_TRUE(stack->medianFilter(5, -1, false));
+    ASSERT_TRUE(medianFilter(*stack, 5, -1, false));
     EXPECT_TRUE(sameVoxels(*stack, slowMedianFilter(slow, 5, -1, false, minimaOf(slow))));
 }
 
@@ -142,7 +143,7 @@ TEST(MedianFilter, StatisticsAreMadeWhenThereAreNone)
 {
     const auto stack = test::randomStack({17, 9, 3, 2, 8}, 6);
     const SlowStack slow(*stack);
-    ASSERT_TRUE(stack->medianFilter(3, -1, false));
+    ASSERT_TRUE(medianFilter(*stack, 3, -1, false));
     EXPECT_TRUE(sameVoxels(*stack, slowMedianFilter(slow, 3, -1, false, minimaOf(slow))));
 }
 
@@ -150,7 +151,7 @@ TEST(MedianFilter, OtherChannelsStayExact)
 {
     const auto stack = test::randomStack({33, 9, 4, 2, 8}, 8);
     const std::vector<int> before = test::channelSamples(*stack, 0);
-    ASSERT_TRUE(stack->medianFilter(5, 1, true));
+    ASSERT_TRUE(medianFilter(*stack, 5, 1, true));
     EXPECT_EQ(test::channelSamples(*stack, 0), before);
 }
 
@@ -159,18 +160,19 @@ TEST(MedianFilter, TheLogHasTheSizeTwice)
     const auto stack = test::constantStack({5, 4, 3, 1, 8}, 1);
     stack->generateStatistics();
     LogCapture log;
-    ASSERT_TRUE(stack->medianFilter(7, -1, true));
+    ASSERT_TRUE(medianFilter(*stack, 7, -1, true));
     EXPECT_EQ(log.lines(), QStringList{QStringLiteral("median 7x7 elapsed 0ms")});
 }
 
 TEST(MedianFilter, WhatCannotBeFilteredIsRefused)
 {
     const auto stack = test::randomStack({5, 4, 3, 2, 8}, 8);
-    EXPECT_FALSE(stack->medianFilter(3, 2, false));
-    EXPECT_FALSE(stack->medianFilter(1025, -1, false));
-    EXPECT_FALSE(stack->medianFilter(257, -1, true));
-    EXPECT_FALSE(stack->backgroundSubtract(1025, -1, 100));
-    EXPECT_FALSE(ImageFile().medianFilter(3, -1, false));
+    EXPECT_FALSE(medianFilter(*stack, 3, 2, false));
+    EXPECT_FALSE(medianFilter(*stack, 1025, -1, false));
+    EXPECT_FALSE(medianFilter(*stack, 257, -1, true));
+    EXPECT_FALSE(backgroundSubtract(*stack, 1025, -1, 100));
+    ImageFile none;
+    EXPECT_FALSE(medianFilter(none, 3, -1, false));
 }
 
 TEST(MedianFilter, ACancelledFilterLeavesTheStackAsItWas)
@@ -181,9 +183,9 @@ TEST(MedianFilter, ACancelledFilterLeavesTheStackAsItWas)
     Progress progress;
     progress.cancel = &cancel;
     progress.report = [&](const QString&, int done, int) { cancel = done > 0; };
-    EXPECT_FALSE(stack->medianFilter(9, -1, false, progress));
+    EXPECT_FALSE(medianFilter(*stack, 9, -1, false, progress));
     EXPECT_TRUE(cancel);
-    EXPECT_FALSE(stack->backgroundSubtract(9, -1, 100, progress));
+    EXPECT_FALSE(backgroundSubtract(*stack, 9, -1, 100, progress));
     EXPECT_EQ(samples(*stack), before);
 }
 
@@ -201,9 +203,9 @@ TEST(MedianFilter, WithoutMemoryTheStackStays)
             EXPECT_STREQ(error.what(), text);
         }
     };
-    expectText("Could not allocate memory for medianfilter", [&] { stack->medianFilter(3, -1, false); });
+    expectText("Could not allocate memory for medianfilter", [&] { medianFilter(*stack, 3, -1, false); });
     expectText("Could not allocate memory for backgroundSubtract",
-               [&] { stack->backgroundSubtract(3, -1, 9); });
+               [&] { backgroundSubtract(*stack, 3, -1, 9); });
     EXPECT_TRUE(sameVoxels(*stack, before));
 }
 
@@ -215,7 +217,7 @@ TEST(BackgroundSubtract, AgreesWithTheMedianTakenOff)
         const auto stack = test::randomStack(one.shape, one.seed);
         const SlowStack slow(*stack);
         stack->generateStatistics();
-        ASSERT_TRUE(stack->backgroundSubtract(one.size, one.channel, percent));
+        ASSERT_TRUE(backgroundSubtract(*stack, one.size, one.channel, percent));
         ASSERT_TRUE(
             sameVoxels(*stack, slowBackgroundSubtract(slow, one.size, one.channel, percent, minimaOf(slow))))
             << one.text() << percent;
@@ -226,14 +228,14 @@ TEST(BackgroundSubtract, PercentZeroGivesBackTheStack)
 {
     const auto stack = test::randomStack({17, 9, 3, 2, 16}, 6);
     const SlowStack before(*stack);
-    ASSERT_TRUE(stack->backgroundSubtract(5, -1, 0));
+    ASSERT_TRUE(backgroundSubtract(*stack, 5, -1, 0));
     EXPECT_TRUE(sameVoxels(*stack, before));
 }
 
 TEST(BackgroundSubtract, AHundredPercentOfAConstantStackLeavesNothing)
 {
     const auto stack = test::constantStack({17, 9, 3, 2, 12}, 777);
-    ASSERT_TRUE(stack->backgroundSubtract(5, -1, 100));
+    ASSERT_TRUE(backgroundSubtract(*stack, 5, -1, 100));
     EXPECT_EQ(samples(*stack), std::vector<int>(918, 0));
 }
 
@@ -242,7 +244,7 @@ TEST(BackgroundSubtract, TheMedianLogsFirst)
     const auto stack = test::constantStack({5, 4, 3, 1, 8}, 1);
     stack->generateStatistics();
     LogCapture log;
-    ASSERT_TRUE(stack->backgroundSubtract(31, -1, 50));
+    ASSERT_TRUE(backgroundSubtract(*stack, 31, -1, 50));
     EXPECT_EQ(log.lines(), (QStringList{QStringLiteral("median 31x31 elapsed 0ms"),
                                         QStringLiteral("background subtract 31x31 elapsed 0ms")}));
 }

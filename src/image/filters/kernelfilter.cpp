@@ -1,11 +1,12 @@
+#include "image/filters/kernelfilter.h"
+
 #include <algorithm>
 #include <vector>
 
 #include "base/log.h"
 #include "base/stopwatch.h"
-#include "image/filterjob.h"
-#include "image/filterkernel.h"
-#include "image/imagefile.h"
+#include "image/filters/filterkernel.h"
+#include "image/filters/filterparts.h"
 #include "image/targetclones.h"
 #include "image/voxelallocation.h"
 
@@ -121,29 +122,27 @@ TIRN_TARGET_CLONES void kernelOverPart(const std::uint16_t* from, const ImageAtt
 
 } // namespace
 
-bool ImageFile::kernelFilter(const FilterKernel& kernel, int channel, const Progress& progress)
+bool kernelFilter(ImageFile& stack, const FilterKernel& kernel, int channel, const Progress& progress)
 {
-    if (!kernel.isValid() || !canFilter(channel))
+    if (!kernel.isValid() || !canFilter(stack, channel))
         return false;
+    const ImageAttributes& a = stack.attributes();
     const Stopwatch stopwatch;
     const char* text = "Could not allocate memory for kernelfilter";
-    VoxelBuffer result = allocateVoxels(sampleCount() * m_attributes.bytesPerSample(), text);
+    VoxelBuffer result = allocateVoxels(stack.sampleCount() * a.bytesPerSample(), text);
     const bool done = withAllocationText(text, [&] {
         const auto run = [&](const auto* from, auto* to) {
-            return forEachPart(m_attributes, {}, progress, [&](const FilterPart& part) {
-                kernelOverPart(from, m_attributes, kernel, part, to);
-            });
+            return forEachPart(a, {}, progress,
+                               [&](const FilterPart& part) { kernelOverPart(from, a, kernel, part, to); });
         };
-        return m_attributes.hasWords() ? run(stackData16(), reinterpret_cast<std::uint16_t*>(result.data()))
-                                       : run(stackData(), reinterpret_cast<std::uint8_t*>(result.data()));
+        return a.hasWords() ? run(stack.stackData16(), reinterpret_cast<std::uint16_t*>(result.data()))
+                            : run(stack.stackData(), reinterpret_cast<std::uint8_t*>(result.data()));
     });
     if (!done)
         return false;
-    keepOtherChannels(*this, channel, result);
+    keepOtherChannels(stack, channel, result);
     logDebug("kernel %dx%d elapsed %dms", kernel.width, kernel.height, static_cast<int>(stopwatch.seconds()));
-    replaceStack(std::move(result));
-    // Weights of both signs reach beyond the values that there were.
-    m_attributes.maxValue = -1;
+    stack.replaceVoxels(std::move(result));
     return true;
 }
 

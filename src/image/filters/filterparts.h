@@ -33,6 +33,9 @@ struct PartLimits
 bool forEachPart(const ImageAttributes& attributes, const PartLimits& limits, const Progress& progress,
                  const std::function<void(const FilterPart&)>& body);
 
+/// True when a filter can work on a channel, or on all for -1, after reading the voxels again if need be.
+bool canFilter(ImageFile& stack, int channel);
+
 /// The widest window of the filters that repeat the edges; wider ones are refused.
 constexpr int kWidestWindow = 1023;
 

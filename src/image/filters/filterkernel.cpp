@@ -1,4 +1,4 @@
-#include "image/filterkernel.h"
+#include "image/filters/filterkernel.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "image/filterjob.h"
+#include "image/filters/filterparts.h"
 
 #include <algorithm>
 #include <atomic>
@@ -48,6 +48,12 @@ void blendStack(const Sample* other, std::int64_t samples, int channels, int cha
 }
 
 } // namespace
+
+bool canFilter(ImageFile& stack, int channel)
+{
+    return stack.ensureLoaded() && stack.sampleCount() > 0 && channel >= -1 &&
+           channel < stack.attributes().channels;
+}
 
 bool forEachPart(const ImageAttributes& attributes, const PartLimits& limits, const Progress& progress,
                  const std::function<void(const FilterPart&)>& body)

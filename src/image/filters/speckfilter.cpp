@@ -1,9 +1,10 @@
+#include "image/filters/speckfilter.h"
+
 #include <algorithm>
 #include <vector>
 
 #include "base/parallel.h"
-#include "image/filterjob.h"
-#include "image/imagefile.h"
+#include "image/filters/filterparts.h"
 #include "image/targetclones.h"
 #include "image/voxelallocation.h"
 
@@ -139,26 +140,27 @@ void clearOtherChannels(const ImageAttributes& a, int channel, std::int64_t samp
 
 } // namespace
 
-bool ImageFile::zFilter(int size, int channel, int threshold, const Progress& progress)
+bool zFilter(ImageFile& stack, int size, int channel, int threshold, const Progress& progress)
 {
-    if (!canFilter(channel))
+    if (!canFilter(stack, channel))
         return false;
+    const ImageAttributes& a = stack.attributes();
     const char* text = "Could not allocate memory for zfilter";
-    VoxelBuffer result = allocateVoxels(sampleCount() * m_attributes.bytesPerSample(), text);
+    VoxelBuffer result = allocateVoxels(stack.sampleCount() * a.bytesPerSample(), text);
     const bool done = withAllocationText(text, [&] {
         const int half = std::max(0, size / 2);
         const auto run = [&](const auto* from, auto* to) {
-            if (!filterStack(from, m_attributes, half, threshold, progress, to))
+            if (!filterStack(from, a, half, threshold, progress, to))
                 return false;
             // The other channels of the result are empty, not the stack's.
-            clearOtherChannels(m_attributes, channel, sampleCount(), to);
+            clearOtherChannels(a, channel, stack.sampleCount(), to);
             return true;
         };
-        return m_attributes.hasWords() ? run(stackData16(), reinterpret_cast<std::uint16_t*>(result.data()))
-                                       : run(stackData(), reinterpret_cast<std::uint8_t*>(result.data()));
+        return a.hasWords() ? run(stack.stackData16(), reinterpret_cast<std::uint16_t*>(result.data()))
+                            : run(stack.stackData(), reinterpret_cast<std::uint8_t*>(result.data()));
     });
     if (done)
-        replaceStack(std::move(result));
+        stack.replaceVoxels(std::move(result));
     return done;
 }
 

@@ -1,11 +1,12 @@
+#include "image/filters/extremafilters.h"
+
 #include <algorithm>
 
 #include "base/log.h"
 #include "base/parallel.h"
 #include "base/stopwatch.h"
-#include "image/filterjob.h"
-#include "image/imagefile.h"
-#include "image/runningextremum.h"
+#include "image/filters/filterparts.h"
+#include "image/filters/runningextremum.h"
 #include "image/voxelallocation.h"
 
 namespace tirn {
@@ -186,34 +187,31 @@ VoxelBuffer filtered(const ImageFile& stack, int size, int channel, bool is3D, E
 
 } // namespace
 
-bool ImageFile::maxFilter(int size, int channel, bool is3D, const Progress& progress)
+bool maxFilter(ImageFile& stack, int size, int channel, bool is3D, const Progress& progress)
 {
-    if (!canFilter(channel))
+    if (!canFilter(stack, channel))
         return false;
     const Stopwatch stopwatch;
-    VoxelBuffer result = filtered(*this, size, channel, is3D, Extremum::Largest, progress,
+    VoxelBuffer result = filtered(stack, size, channel, is3D, Extremum::Largest, progress,
                                   "Could not allocate memory for maxfilter");
     if (result.isNull())
         return false;
     logDebug("maxfilter %dx%d elapsed %dms", size, size, static_cast<int>(stopwatch.seconds()));
-    replaceStack(std::move(result));
+    stack.replaceVoxels(std::move(result));
     return true;
 }
 
-bool ImageFile::minFilter(int size, int channel, bool is3D, const Progress& progress)
+bool minFilter(ImageFile& stack, int size, int channel, bool is3D, const Progress& progress)
 {
-    if (!canFilter(channel))
+    if (!canFilter(stack, channel))
         return false;
     const Stopwatch stopwatch;
-    VoxelBuffer result = filtered(*this, size, channel, is3D, Extremum::Smallest, progress,
+    VoxelBuffer result = filtered(stack, size, channel, is3D, Extremum::Smallest, progress,
                                   "Could not allocate memory for minfilter");
     if (result.isNull())
         return false;
     logDebug("minfilter %dx%d elapsed %dms", size, size, static_cast<int>(stopwatch.seconds()));
-    replaceStack(std::move(result));
-    // An empty window leaves more than there was.
-    if (size < 2)
-        m_attributes.maxValue = -1;
+    stack.replaceVoxels(std::move(result));
     return true;
 }
 

@@ -6,7 +6,8 @@
 #include <QTemporaryDir>
 
 #include "image/allocationerror.h"
-#include "image/filterkernel.h"
+#include "image/filters/filterkernel.h"
+#include "image/filters/kernelfilter.h"
 #include "support/filtershapes.h"
 #include "support/logcapture.h"
 #include "support/slowfilters.h"
@@ -37,7 +38,7 @@ TEST(KernelFilter, AgreesWithSumsOfTheWindow)
             randomKernel(one.size, 1 + one.size * 7 % 6, one.seed, made++ % 2 == 0 ? 1.0 : 0.1);
         const auto stack = test::randomStack(one.shape, one.seed);
         const SlowStack slow(*stack);
-        ASSERT_TRUE(stack->kernelFilter(kernel, one.channel));
+        ASSERT_TRUE(kernelFilter(*stack, kernel, one.channel));
         ASSERT_TRUE(sameVoxels(
             *stack, slowConvolution(slow, kernel.weights, kernel.width, kernel.height, one.channel)))
             << one.text();
@@ -49,7 +50,7 @@ TEST(KernelFilter, RowsWiderThanATileAgreeToo)
     const FilterKernel kernel = randomKernel(5, 4, 9, 0.3);
     const auto stack = test::randomStack({700, 5, 1, 2, 16}, 5);
     const SlowStack slow(*stack);
-    ASSERT_TRUE(stack->kernelFilter(kernel, -1));
+    ASSERT_TRUE(kernelFilter(*stack, kernel, -1));
     EXPECT_TRUE(sameVoxels(*stack, slowConvolution(slow, kernel.weights, 5, 4, -1)));
 }
 
@@ -57,7 +58,7 @@ TEST(KernelFilter, TheTableLiesOverTheVoxelsAsItStands)
 {
     const auto stack = test::stackFrom({5, 1, 1, 1, 8}, {0, 0, 90, 0, 0});
     // What stands at the left of the table counts for the voxel at the left.
-    ASSERT_TRUE(stack->kernelFilter({3, 1, {2, 1, 0}}, -1));
+    ASSERT_TRUE(kernelFilter(*stack, {3, 1, {2, 1, 0}}, -1));
     EXPECT_EQ(samples(*stack), (std::vector<int>{0, 0, 30, 60, 0}));
 }
 
@@ -65,10 +66,10 @@ TEST(KernelFilter, SumsAreDividedByTheWeightsAndRounded)
 {
     const auto stack = test::stackFrom({3, 1, 1, 1, 8}, {1, 2, 4});
     // (1 + 1 + 2) / 3 = 1.33, (1 + 2 + 4) / 3 = 2.33, (2 + 4 + 4) / 3 = 3.33; edges repeat.
-    ASSERT_TRUE(stack->kernelFilter({3, 1, {1, 1, 1}}, -1));
+    ASSERT_TRUE(kernelFilter(*stack, {3, 1, {1, 1, 1}}, -1));
     EXPECT_EQ(samples(*stack), (std::vector<int>{1, 2, 3}));
     // (1 + 2) / 2 = 1.5 is rounded up; the centre of two columns is the right one.
-    ASSERT_TRUE(stack->kernelFilter({2, 1, {1, 1}}, -1));
+    ASSERT_TRUE(kernelFilter(*stack, {2, 1, {1, 1}}, -1));
     EXPECT_EQ(samples(*stack), (std::vector<int>{1, 2, 3}));
 }
 
@@ -76,16 +77,16 @@ TEST(KernelFilter, WeightsThatSumUpToNothingAreNotDivided)
 {
     const auto stack = test::stackFrom({4, 1, 1, 1, 8}, {10, 10, 40, 200});
     // Differences to the right: 0, 30, 160, and 0 at the repeated edge; a negative one would be cut.
-    ASSERT_TRUE(stack->kernelFilter({3, 1, {0, -1, 1}}, -1));
+    ASSERT_TRUE(kernelFilter(*stack, {3, 1, {0, -1, 1}}, -1));
     EXPECT_EQ(samples(*stack), (std::vector<int>{0, 30, 160, 0}));
-    ASSERT_TRUE(stack->kernelFilter({3, 1, {0, -1, 1}}, -1));
+    ASSERT_TRUE(kernelFilter(*stack, {3, 1, {0, -1, 1}}, -1));
     EXPECT_EQ(samples(*stack), (std::vector<int>{30, 130, 0, 0}));
 }
 
 TEST(KernelFilter, ResultsStayWithinTheDepth)
 {
     const auto stack = test::stackFrom({3, 1, 1, 1, 12}, {0, 4095, 0});
-    ASSERT_TRUE(stack->kernelFilter({3, 1, {-1, 3, -1}}, -1));
+    ASSERT_TRUE(kernelFilter(*stack, {3, 1, {-1, 3, -1}}, -1));
     EXPECT_EQ(samples(*stack), (std::vector<int>{0, 4095, 0}));
 }
 
@@ -94,7 +95,7 @@ TEST(KernelFilter, OtherChannelsStayExactAndTheLargestValueIsUnknown)
     const auto stack = test::randomStack({9, 8, 2, 2, 16}, 5);
     stack->attributes().maxValue = 65535;
     const std::vector<int> before = test::channelSamples(*stack, 0);
-    ASSERT_TRUE(stack->kernelFilter({1, 1, {0.5}}, 1));
+    ASSERT_TRUE(kernelFilter(*stack, {1, 1, {0.5}}, 1));
     EXPECT_EQ(test::channelSamples(*stack, 0), before);
     EXPECT_EQ(stack->attributes().maxValue, -1);
 }
@@ -103,12 +104,13 @@ TEST(KernelFilter, WhatCannotBeFilteredIsRefused)
 {
     const auto stack = test::randomStack({5, 4, 3, 2, 8}, 8);
     const SlowStack before(*stack);
-    EXPECT_FALSE(stack->kernelFilter({1, 1, {1}}, 2));
-    EXPECT_FALSE(stack->kernelFilter({0, 0, {}}, -1));
-    EXPECT_FALSE(stack->kernelFilter({2, 2, {1, 1, 1}}, -1));
-    EXPECT_FALSE(stack->kernelFilter({1, 1, {std::nan("")}}, -1));
-    EXPECT_FALSE(stack->kernelFilter({1, 1, {1e200}}, -1));
-    EXPECT_FALSE(ImageFile().kernelFilter({1, 1, {1}}, -1));
+    EXPECT_FALSE(kernelFilter(*stack, {1, 1, {1}}, 2));
+    EXPECT_FALSE(kernelFilter(*stack, {0, 0, {}}, -1));
+    EXPECT_FALSE(kernelFilter(*stack, {2, 2, {1, 1, 1}}, -1));
+    EXPECT_FALSE(kernelFilter(*stack, {1, 1, {std::nan("")}}, -1));
+    EXPECT_FALSE(kernelFilter(*stack, {1, 1, {1e200}}, -1));
+    ImageFile none;
+    EXPECT_FALSE(kernelFilter(none, {1, 1, {1}}, -1));
     EXPECT_TRUE(sameVoxels(*stack, before));
 }
 
@@ -120,7 +122,7 @@ TEST(KernelFilter, ACancelledFilterLeavesTheStackAsItWas)
     Progress progress;
     progress.cancel = &cancel;
     progress.report = [&](const QString&, int done, int) { cancel = done > 0; };
-    EXPECT_FALSE(stack->kernelFilter({3, 1, {1, 1, 1}}, -1, progress));
+    EXPECT_FALSE(kernelFilter(*stack, {3, 1, {1, 1, 1}}, -1, progress));
     EXPECT_TRUE(cancel);
     EXPECT_TRUE(sameVoxels(*stack, before));
 }
@@ -131,7 +133,7 @@ TEST(KernelFilter, WithoutMemoryTheStackStays)
     const SlowStack before(*stack);
     const test::NoVoxelMemory none;
     try {
-        stack->kernelFilter({1, 1, {1}}, -1);
+        kernelFilter(*stack, {1, 1, {1}}, -1);
         FAIL() << "no exception";
     } catch (const AllocationError& error) {
         EXPECT_STREQ(error.what(), "Could not allocate memory for kernelfilter");
@@ -143,7 +145,7 @@ TEST(KernelFilter, TheLogHasWidthAndHeight)
 {
     const auto stack = test::randomStack({5, 4, 3, 2, 8}, 8);
     LogCapture log;
-    ASSERT_TRUE(stack->kernelFilter({3, 2, {1, 1, 1, 1, 1, 1}}, -1));
+    ASSERT_TRUE(kernelFilter(*stack, {3, 2, {1, 1, 1, 1, 1, 1}}, -1));
     EXPECT_EQ(log.lines(), QStringList{"kernel 3x2 elapsed 0ms"});
 }
 

@@ -1,4 +1,4 @@
-#include "image/sortingnetwork.h"
+#include "image/filters/median/sortingnetwork.h"
 
 #include <algorithm>
 #include <vector>

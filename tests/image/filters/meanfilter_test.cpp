@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "image/allocationerror.h"
+#include "image/filters/meanfilter.h"
 #include "support/filtershapes.h"
 #include "support/logcapture.h"
 #include "support/slowfilters.h"
@@ -18,7 +19,7 @@ TEST(MeanFilter, AgreesWithSumsOfTheWindow)
     for (const test::FilterCase& one : test::filterCases(200, 24, 2)) {
         const auto stack = test::randomStack(one.shape, one.seed);
         const SlowStack slow(*stack);
-        ASSERT_TRUE(stack->meanFilter(one.size, one.channel, one.is3D));
+        ASSERT_TRUE(meanFilter(*stack, one.size, one.channel, one.is3D));
         ASSERT_TRUE(sameVoxels(*stack, slowMeanFilter(slow, one.size, one.channel, one.is3D))) << one.text();
     }
 }
@@ -29,7 +30,7 @@ TEST(MeanFilter, LargeWindowsAgreeToo)
         for (const int bits : {8, 16}) {
             const auto stack = test::randomStack({9, 7, 2, 2, bits}, 3);
             const SlowStack slow(*stack);
-            ASSERT_TRUE(stack->meanFilter(size, -1, false));
+            ASSERT_TRUE(meanFilter(*stack, size, -1, false));
             EXPECT_TRUE(sameVoxels(*stack, slowMeanFilter(slow, size, -1, false))) << size;
         }
     }
@@ -42,7 +43,7 @@ TEST(MeanFilter, CubesOfEverySizeAgreeInNumbersOfEveryWidth)
             const int channels = 1 + size % 4;
             const auto stack = test::randomStack({13, 3, 2, channels, bits}, 3);
             const SlowStack slow(*stack);
-            ASSERT_TRUE(stack->meanFilter(size, -1, true));
+            ASSERT_TRUE(meanFilter(*stack, size, -1, true));
             EXPECT_TRUE(sameVoxels(*stack, slowMeanFilter(slow, size, -1, true))) << size << " " << bits;
         }
     }
@@ -56,7 +57,7 @@ TEST(MeanFilter, CubesOfTheLargestValuesDoNotOverflow)
             const auto stack = test::makeStack(
                 {9, 5, 9, 1, bits}, [bits](int, int, int z, int) { return z % 8 < 4 ? (1 << bits) - 1 : 0; });
             const SlowStack slow(*stack);
-            ASSERT_TRUE(stack->meanFilter(size, -1, true));
+            ASSERT_TRUE(meanFilter(*stack, size, -1, true));
             EXPECT_TRUE(sameVoxels(*stack, slowMeanFilter(slow, size, -1, true))) << size << " " << bits;
         }
     }
@@ -69,7 +70,7 @@ TEST(MeanFilter, RowsOfAnyWidthHaveTheirTailsInThreeDimensions)
             for (const int bits : {8, 16}) {
                 const auto stack = test::randomStack({x, 2, 3, 1, bits}, 4);
                 const SlowStack slow(*stack);
-                ASSERT_TRUE(stack->meanFilter(size, -1, true));
+                ASSERT_TRUE(meanFilter(*stack, size, -1, true));
                 EXPECT_TRUE(sameVoxels(*stack, slowMeanFilter(slow, size, -1, true))) << x << " " << size;
             }
         }
@@ -82,7 +83,7 @@ TEST(MeanFilter, AxesOfOneVoxelRepeatIt)
          {test::StackShape{1, 9, 9, 1, 8}, {9, 1, 9, 2, 8}, {9, 9, 1, 1, 16}, {1, 1, 1, 3, 8}}) {
         const auto stack = test::randomStack(shape, 6);
         const SlowStack slow(*stack);
-        ASSERT_TRUE(stack->meanFilter(7, -1, true));
+        ASSERT_TRUE(meanFilter(*stack, 7, -1, true));
         EXPECT_TRUE(sameVoxels(*stack, slowMeanFilter(slow, 7, -1, true)));
     }
 }
@@ -92,7 +93,7 @@ TEST(MeanFilter, TheSumWrapsAtThirtyTwoBits)
     const auto stack = test::randomStack({5, 4, 3, 1, 16}, 3);
     const SlowStack slow(*stack);
     // 47^3 voxels of up to 65535 are more than 2^32.
-    ASSERT_TRUE(stack->meanFilter(47, -1, true));
+    ASSERT_TRUE(meanFilter(*stack, 47, -1, true));
     EXPECT_TRUE(sameVoxels(*stack, slowMeanFilter(slow, 47, -1, true)));
 }
 
@@ -102,7 +103,7 @@ TEST(MeanFilter, RowsWiderThanATileAndPartsOfManyLayersAgreeToo)
          {test::StackShape{1100, 3, 2, 1, 8}, {400, 4, 3, 3, 16}, {10, 300, 2, 1, 8}, {6, 5, 70, 1, 8}}) {
         const auto stack = test::randomStack(shape, 8);
         const SlowStack slow(*stack);
-        ASSERT_TRUE(stack->meanFilter(5, -1, true));
+        ASSERT_TRUE(meanFilter(*stack, 5, -1, true));
         EXPECT_TRUE(sameVoxels(*stack, slowMeanFilter(slow, 5, -1, true)));
     }
 }
@@ -114,7 +115,7 @@ TEST(MeanFilter, RoundsEveryQuotientLikeADivision)
         const auto stack =
             test::makeStack({900, 1, 1, 1, 16}, [](int x, int, int, int) { return x % 3 == 1 ? x : 0; });
         const SlowStack slow(*stack);
-        ASSERT_TRUE(stack->meanFilter(size, -1, false));
+        ASSERT_TRUE(meanFilter(*stack, size, -1, false));
         EXPECT_TRUE(sameVoxels(*stack, slowMeanFilter(slow, size, -1, false)));
     }
 }
@@ -124,7 +125,7 @@ TEST(MeanFilter, AConstantStackStaysConstantUnderAnOddSizeInTwoDimensions)
     for (const int size : {1, 3, 9, 127}) {
         for (const int bits : {8, 12, 16}) {
             const auto stack = test::constantStack({12, 9, 2, 1, bits}, (1 << bits) - 2);
-            ASSERT_TRUE(stack->meanFilter(size, -1, false));
+            ASSERT_TRUE(meanFilter(*stack, size, -1, false));
             EXPECT_EQ(samples(*stack), std::vector<int>(216, (1 << bits) - 2)) << size;
         }
     }
@@ -133,10 +134,10 @@ TEST(MeanFilter, AConstantStackStaysConstantUnderAnOddSizeInTwoDimensions)
 TEST(MeanFilter, TheDivisorIsThatOfASquareInThreeDimensionsToo)
 {
     const auto dark = test::constantStack({5, 5, 5, 1, 8}, 10);
-    ASSERT_TRUE(dark->meanFilter(3, -1, true));
+    ASSERT_TRUE(meanFilter(*dark, 3, -1, true));
     EXPECT_EQ(samples(*dark), std::vector<int>(125, 30));
     const auto bright = test::constantStack({5, 5, 5, 1, 8}, 100);
-    ASSERT_TRUE(bright->meanFilter(3, -1, true));
+    ASSERT_TRUE(meanFilter(*bright, 3, -1, true));
     EXPECT_EQ(samples(*bright), std::vector<int>(125, 300 - 256));
     EXPECT_EQ(bright->attributes().maxValue, -1);
 }
@@ -144,7 +145,7 @@ TEST(MeanFilter, TheDivisorIsThatOfASquareInThreeDimensionsToo)
 TEST(MeanFilter, AnEvenSizeSumsOneVoxelMoreThanItDividesBy)
 {
     const auto stack = test::constantStack({5, 5, 1, 1, 16}, 100);
-    ASSERT_TRUE(stack->meanFilter(2, -1, false));
+    ASSERT_TRUE(meanFilter(*stack, 2, -1, false));
     EXPECT_EQ(samples(*stack), std::vector<int>(25, 225));
 }
 
@@ -152,7 +153,7 @@ TEST(MeanFilter, AtACornerTheCornerVoxelCountsFourTimes)
 {
     const auto stack =
         test::makeStack({3, 3, 1, 1, 8}, [](int x, int y, int, int) { return x == 0 && y == 0 ? 90 : 0; });
-    ASSERT_TRUE(stack->meanFilter(3, -1, false));
+    ASSERT_TRUE(meanFilter(*stack, 3, -1, false));
     EXPECT_EQ(samples(*stack), (std::vector<int>{40, 20, 0, 20, 10, 0, 0, 0, 0}));
 }
 
@@ -160,9 +161,9 @@ TEST(MeanFilter, SizeOneCopiesAndSizeZeroClears)
 {
     const auto stack = test::randomStack({7, 5, 3, 2, 16}, 8);
     const SlowStack before(*stack);
-    ASSERT_TRUE(stack->meanFilter(1, -1, true));
+    ASSERT_TRUE(meanFilter(*stack, 1, -1, true));
     EXPECT_TRUE(sameVoxels(*stack, before));
-    ASSERT_TRUE(stack->meanFilter(0, -1, true));
+    ASSERT_TRUE(meanFilter(*stack, 0, -1, true));
     EXPECT_EQ(samples(*stack), std::vector<int>(210, 0));
 }
 
@@ -170,7 +171,7 @@ TEST(MeanFilter, OtherChannelsStayExact)
 {
     const auto stack = test::randomStack({33, 9, 4, 2, 8}, 8);
     const std::vector<int> before = test::channelSamples(*stack, 0);
-    ASSERT_TRUE(stack->meanFilter(5, 1, true));
+    ASSERT_TRUE(meanFilter(*stack, 5, 1, true));
     EXPECT_EQ(test::channelSamples(*stack, 0), before);
 }
 
@@ -178,17 +179,18 @@ TEST(MeanFilter, TheLogHasTheSizeTwice)
 {
     const auto stack = test::constantStack({5, 4, 3, 1, 8}, 1);
     LogCapture log;
-    ASSERT_TRUE(stack->meanFilter(3, -1, true));
+    ASSERT_TRUE(meanFilter(*stack, 3, -1, true));
     EXPECT_EQ(log.lines(), QStringList{QStringLiteral("mean 3x3 elapsed 0ms")});
 }
 
 TEST(MeanFilter, WhatCannotBeFilteredIsRefused)
 {
     const auto stack = test::randomStack({5, 4, 3, 2, 8}, 8);
-    EXPECT_FALSE(stack->meanFilter(3, 2, false));
-    EXPECT_FALSE(stack->meanFilter(3, -2, false));
-    EXPECT_FALSE(stack->meanFilter(1025, -1, false));
-    EXPECT_FALSE(ImageFile().meanFilter(3, -1, false));
+    EXPECT_FALSE(meanFilter(*stack, 3, 2, false));
+    EXPECT_FALSE(meanFilter(*stack, 3, -2, false));
+    EXPECT_FALSE(meanFilter(*stack, 1025, -1, false));
+    ImageFile none;
+    EXPECT_FALSE(meanFilter(none, 3, -1, false));
 }
 
 TEST(MeanFilter, ACancelledFilterLeavesTheStackAsItWas)
@@ -199,7 +201,7 @@ TEST(MeanFilter, ACancelledFilterLeavesTheStackAsItWas)
     Progress progress;
     progress.cancel = &cancel;
     progress.report = [&](const QString&, int done, int) { cancel = done > 0; };
-    EXPECT_FALSE(stack->meanFilter(9, -1, false, progress));
+    EXPECT_FALSE(meanFilter(*stack, 9, -1, false, progress));
     EXPECT_TRUE(cancel);
     EXPECT_EQ(samples(*stack), before);
 }
@@ -210,7 +212,7 @@ TEST(MeanFilter, WithoutMemoryTheStackStays)
     const SlowStack before(*stack);
     const test::NoVoxelMemory none;
     try {
-        stack->meanFilter(3, -1, false);
+        meanFilter(*stack, 3, -1, false);
         FAIL() << "no exception";
     } catch (const AllocationError& error) {
         EXPECT_STREQ(error.what(), "Could not allocate memory for meanfilter");

@@ -1,3 +1,5 @@
+#include "image/filters/medianfilter.h"
+
 #include <algorithm>
 #include <atomic>
 #include <cmath>
@@ -7,9 +9,8 @@
 #include "base/log.h"
 #include "base/parallel.h"
 #include "base/stopwatch.h"
-#include "image/filterjob.h"
-#include "image/imagefile.h"
-#include "image/mediansource.h"
+#include "image/filters/filterparts.h"
+#include "image/filters/median/mediansource.h"
 #include "image/targetclones.h"
 #include "image/voxelallocation.h"
 
@@ -17,10 +18,7 @@ namespace tirn {
 
 namespace {
 
-/// The widest window of the median in three dimensions: counters of columns have 16 bits.
-constexpr int kWidestCube = 255;
-
-bool tooWide(int size, bool is3D) { return size > (is3D ? kWidestCube : kWidestWindow); }
+bool tooWide(int size, bool is3D) { return size > (is3D ? kWidestMedianCube : kWidestWindow); }
 
 /// A window of the median filter.
 struct MedianWindow
@@ -184,44 +182,42 @@ void takeOff(const Sample* samples, double part, std::int64_t count, Sample* bac
 
 } // namespace
 
-bool ImageFile::medianFilter(int size, int channel, bool is3D, const Progress& progress)
+bool medianFilter(ImageFile& stack, int size, int channel, bool is3D, const Progress& progress)
 {
-    if (!canFilter(channel) || tooWide(size, is3D))
+    if (!canFilter(stack, channel) || tooWide(size, is3D))
         return false;
     const Stopwatch stopwatch;
     VoxelBuffer result =
-        medians(*this, size, channel, is3D, progress, "Could not allocate memory for medianfilter");
+        medians(stack, size, channel, is3D, progress, "Could not allocate memory for medianfilter");
     if (result.isNull())
         return false;
     logDebug("median %dx%d elapsed %dms", size, size, static_cast<int>(stopwatch.seconds()));
-    replaceStack(std::move(result));
+    stack.replaceVoxels(std::move(result));
     return true;
 }
 
-bool ImageFile::backgroundSubtract(int size, int channel, int percent, const Progress& progress)
+bool backgroundSubtract(ImageFile& stack, int size, int channel, int percent, const Progress& progress)
 {
-    if (!canFilter(channel) || tooWide(size, false))
+    if (!canFilter(stack, channel) || tooWide(size, false))
         return false;
     const Stopwatch stopwatch;
     VoxelBuffer result =
-        medians(*this, size, channel, false, progress, "Could not allocate memory for backgroundSubtract");
+        medians(stack, size, channel, false, progress, "Could not allocate memory for backgroundSubtract");
     if (result.isNull())
         return false;
     logDebug("median %dx%d elapsed %dms", size, size, static_cast<int>(stopwatch.seconds()));
     const double part = percent / 100.0;
-    parallelFor(0, sampleCount(), std::int64_t{1} << 18, [&](std::int64_t begin, std::int64_t end) {
-        if (m_attributes.hasWords())
-            takeOff(stackData16() + begin, part, end - begin,
+    parallelFor(0, stack.sampleCount(), std::int64_t{1} << 18, [&](std::int64_t begin, std::int64_t end) {
+        if (stack.attributes().hasWords())
+            takeOff(stack.stackData16() + begin, part, end - begin,
                     reinterpret_cast<std::uint16_t*>(result.data()) + begin);
         else
-            takeOff(stackData() + begin, part, end - begin,
+            takeOff(stack.stackData() + begin, part, end - begin,
                     reinterpret_cast<std::uint8_t*>(result.data()) + begin);
     });
-    keepOtherChannels(*this, channel, result);
+    keepOtherChannels(stack, channel, result);
     logDebug("background subtract %dx%d elapsed %dms", size, size, static_cast<int>(stopwatch.seconds()));
-    replaceStack(std::move(result));
-    if (percent < 0)
-        m_attributes.maxValue = -1;
+    stack.replaceVoxels(std::move(result));
     return true;
 }
 

@@ -1,9 +1,11 @@
+#include "image/filters/pointfilters.h"
+
 #include <algorithm>
 #include <cmath>
 #include <vector>
 
 #include "base/log.h"
-#include "image/imagefile.h"
+#include "image/filters/filterparts.h"
 #include "image/steploop.h"
 #include "image/targetclones.h"
 
@@ -93,62 +95,64 @@ bool addToStack(const AddPattern<Sample>& pattern, std::int64_t count, Sample* s
 
 } // namespace
 
-void ImageFile::invert(const Progress& progress)
+void invert(ImageFile& stack, const Progress& progress)
 {
-    if (!ensureLoaded())
+    if (!stack.ensureLoaded())
         return;
-    const std::int64_t samples = sampleCount();
-    const int highest = (1 << m_attributes.bitDepth) - 1;
+    const std::int64_t samples = stack.sampleCount();
+    const ImageAttributes& a = stack.attributes();
+    const int highest = (1 << a.bitDepth) - 1;
     const auto body = [&](std::int64_t begin, std::int64_t end) {
         const std::int64_t first = begin * kItem;
         const std::int64_t count = std::max<std::int64_t>(0, std::min(samples, end * kItem) - first);
-        if (m_attributes.hasWords())
-            invertWords(stackData16() + first, count, static_cast<std::uint16_t>(highest));
+        if (a.hasWords())
+            invertWords(stack.stackData16() + first, count, static_cast<std::uint16_t>(highest));
         else
-            invertBytes(stackData() + first, count, static_cast<std::uint8_t>(highest));
+            invertBytes(stack.stackData() + first, count, static_cast<std::uint8_t>(highest));
     };
-    const StepLoop loop = {(samples + kItem - 1) / kItem, 1, kItem * m_attributes.bytesPerSample()};
+    const StepLoop loop = {(samples + kItem - 1) / kItem, 1, kItem * a.bytesPerSample()};
     const std::int64_t done = runSteps(loop, QString(), progress, body);
     // Inverting once more restores what a cancelled run has done.
-    if (done < loop.steps)
+    if (done < loop.steps) {
         body(0, done);
-    else
-        m_attributes.maxValue = -1;
+        return;
+    }
+    stack.valuesInverted();
 }
 
-bool ImageFile::addConstant(int value, int channel, const Progress& progress)
+bool addConstant(ImageFile& stack, int value, int channel, const Progress& progress)
 {
-    if (!canFilter(channel))
+    if (!canFilter(stack, channel))
         return false;
-    const int highest = (1 << m_attributes.bitDepth) - 1;
-    if (value > 0)
-        m_attributes.maxValue = -1;
-    if (m_attributes.hasWords())
-        return addToStack<std::uint16_t>({m_attributes.channels, channel, value, highest}, sampleCount(),
-                                         stackData16(), addToWords, progress);
-    return addToStack<std::uint8_t>({m_attributes.channels, channel, value, highest}, sampleCount(),
-                                    stackData(), addToBytes, progress);
+    const ImageAttributes& a = stack.attributes();
+    const int highest = (1 << a.bitDepth) - 1;
+    stack.forgetValues();
+    if (a.hasWords())
+        return addToStack<std::uint16_t>({a.channels, channel, value, highest}, stack.sampleCount(),
+                                         stack.stackData16(), addToWords, progress);
+    return addToStack<std::uint8_t>({a.channels, channel, value, highest}, stack.sampleCount(),
+                                    stack.stackData(), addToBytes, progress);
 }
 
-std::vector<bool> ImageFile::thresholdMask(int channel, int threshold)
+std::vector<bool> thresholdMask(ImageFile& stack, int channel, int threshold)
 {
-    if (channel < 0 || channel >= m_attributes.channels || threshold < 0 ||
-        threshold >= 1 << m_attributes.bitDepth || !canFilter(channel))
+    if (channel < 0 || channel >= stack.attributes().channels || threshold < 0 ||
+        threshold >= 1 << stack.attributes().bitDepth || !canFilter(stack, channel))
         return {};
-    const std::int64_t step = m_attributes.channels;
-    std::vector<bool> mask(static_cast<std::size_t>(sampleCount() / step));
+    const std::int64_t step = stack.attributes().channels;
+    std::vector<bool> mask(static_cast<std::size_t>(stack.sampleCount() / step));
     const auto mark = [&](const auto* samples) {
         for (std::size_t i = 0; i < mask.size(); ++i)
             mask[i] = samples[static_cast<std::int64_t>(i) * step] >= threshold;
     };
-    if (m_attributes.hasWords())
-        mark(stackData16() + channel);
+    if (stack.attributes().hasWords())
+        mark(stack.stackData16() + channel);
     else
-        mark(stackData() + channel);
+        mark(stack.stackData() + channel);
     return mask;
 }
 
-std::vector<double> ImageFile::gaussianKernel(double sigma)
+std::vector<double> gaussianKernel(double sigma)
 {
     constexpr double kPi = 3.14159265358979323846;
     constexpr double kLargestSigma = 10000;

@@ -1,14 +1,15 @@
+#include "image/filters/meanfilter.h"
+
 #include <algorithm>
 #include <cmath>
 #include <vector>
 
 #include "base/log.h"
 #include "base/stopwatch.h"
-#include "image/columnhistograms.h"
-#include "image/cubemean.h"
-#include "image/filterjob.h"
-#include "image/imagefile.h"
-#include "image/meanscale.h"
+#include "image/filters/cubemean.h"
+#include "image/filters/filterparts.h"
+#include "image/filters/meanscale.h"
+#include "image/filters/median/columnhistograms.h"
 #include "image/targetclones.h"
 #include "image/voxelallocation.h"
 
@@ -294,26 +295,25 @@ bool filterStack(const Sample* from, const ImageAttributes& a, int size, bool is
 
 } // namespace
 
-bool ImageFile::meanFilter(int size, int channel, bool is3D, const Progress& progress)
+bool meanFilter(ImageFile& stack, int size, int channel, bool is3D, const Progress& progress)
 {
-    if (!canFilter(channel) || size > kWidestWindow)
+    if (!canFilter(stack, channel) || size > kWidestWindow)
         return false;
+    const ImageAttributes& a = stack.attributes();
     const Stopwatch stopwatch;
     const char* text = "Could not allocate memory for meanfilter";
-    VoxelBuffer result = allocateVoxels(sampleCount() * m_attributes.bytesPerSample(), text);
+    VoxelBuffer result = allocateVoxels(stack.sampleCount() * a.bytesPerSample(), text);
     const bool done = withAllocationText(text, [&] {
-        return m_attributes.hasWords() ? filterStack(stackData16(), m_attributes, size, is3D, progress,
-                                                     reinterpret_cast<std::uint16_t*>(result.data()))
-                                       : filterStack(stackData(), m_attributes, size, is3D, progress,
-                                                     reinterpret_cast<std::uint8_t*>(result.data()));
+        return a.hasWords() ? filterStack(stack.stackData16(), a, size, is3D, progress,
+                                          reinterpret_cast<std::uint16_t*>(result.data()))
+                            : filterStack(stack.stackData(), a, size, is3D, progress,
+                                          reinterpret_cast<std::uint8_t*>(result.data()));
     });
     if (!done)
         return false;
-    keepOtherChannels(*this, channel, result);
+    keepOtherChannels(stack, channel, result);
     logDebug("mean %dx%d elapsed %dms", size, size, static_cast<int>(stopwatch.seconds()));
-    replaceStack(std::move(result));
-    // The divisor of a square under the sum of a cube, or of an even window, raises values.
-    m_attributes.maxValue = -1;
+    stack.replaceVoxels(std::move(result));
     return true;
 }
 

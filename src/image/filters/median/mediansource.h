@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "image/filterjob.h"
+#include "image/filters/filterparts.h"
 #include "image/targetclones.h"
 
 namespace tirn {

@@ -1,8 +1,8 @@
 #include <vector>
 
-#include "image/columnhistograms.h"
-#include "image/mediansearch.h"
-#include "image/mediansource.h"
+#include "image/filters/median/columnhistograms.h"
+#include "image/filters/median/mediansearch.h"
+#include "image/filters/median/mediansource.h"
 
 namespace tirn {
 

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <cstring>
 
-#include "image/alignedrow.h"
-#include "image/filterjob.h"
-#include "image/meanscale.h"
+#include "image/filters/alignedrow.h"
+#include "image/filters/filterparts.h"
+#include "image/filters/meanscale.h"
 #include "image/targetclones.h"
 
 namespace tirn {

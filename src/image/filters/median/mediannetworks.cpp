@@ -1,7 +1,7 @@
 #include <vector>
 
-#include "image/mediansource.h"
-#include "image/sortingnetwork.h"
+#include "image/filters/median/mediansource.h"
+#include "image/filters/median/sortingnetwork.h"
 
 namespace tirn {
 

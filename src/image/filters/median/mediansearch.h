@@ -6,7 +6,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "image/mediansource.h"
+#include "image/filters/median/mediansource.h"
 #include "image/targetclones.h"
 
 namespace tirn {
