@@ -14,6 +14,7 @@ ShownStack shownStack(const VoxelArray& array)
 {
     ShownStack stack;
     stack.scale = {array.scale.x, array.scale.y, array.scale.z};
+    stack.slices = {array.width(), array.height(), array.finalDepth()};
     stack.cutMin = {array.cut.xMin, array.cut.yMin, array.cut.zMin};
     stack.cutMax = {array.cut.xMax, array.cut.yMax, array.cut.zMax};
     stack.timePoint = array.timePoint();
