@@ -4,9 +4,9 @@
 
 #include "base/checkedsize.h"
 #include "base/log.h"
+#include "base/outputfile.h"
 #include "formats/bioradio.h"
 #include "formats/bioradlayout.h"
-#include "formats/outputfile.h"
 #include "image/voxelallocation.h"
 
 namespace tirn {

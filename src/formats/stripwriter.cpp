@@ -5,7 +5,7 @@
 
 #include "base/checkedsize.h"
 #include "base/log.h"
-#include "formats/outputfile.h"
+#include "base/outputfile.h"
 #include "formats/tiffifdio.h"
 
 namespace tirn {

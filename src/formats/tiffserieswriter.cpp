@@ -2,7 +2,7 @@
 
 #include "base/checkedsize.h"
 #include "base/log.h"
-#include "formats/outputfile.h"
+#include "base/outputfile.h"
 #include "formats/stripwriter.h"
 #include "formats/tiffseriesio.h"
 #include "formats/tifftags.h"

@@ -4,8 +4,8 @@
 
 #include "base/checkedsize.h"
 #include "base/log.h"
+#include "base/outputfile.h"
 #include "base/stopwatch.h"
-#include "formats/outputfile.h"
 #include "formats/planarread.h"
 #include "formats/tiffdirectory.h"
 #include "formats/tifftags.h"

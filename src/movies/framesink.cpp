@@ -7,7 +7,7 @@
 #include <QFileInfo>
 
 #include "base/log.h"
-#include "formats/outputfile.h"
+#include "base/outputfile.h"
 #include "pictures/picturewriter.h"
 
 namespace tirn {
@@ -60,14 +60,12 @@ AviSink::~AviSink()
 bool AviSink::begin(std::int64_t reserve)
 {
     logDebug("writing %s", m_fileName.toUtf8().constData());
-    const QFileInfo info(m_fileName);
-    if (info.exists() && (!info.isFile() || !info.isWritable()))
+    // Counts are patched into the head at the end: a pipe cannot take them.
+    const OutputPlace place = outputPlace(m_fileName);
+    if (!place.usable || place.inPlace)
         return fail(cannotWriteText(m_fileName));
-    // The file behind a link is the one to replace, not the link.
-    if (info.exists() && info.isSymLink())
-        m_fileName = info.canonicalFilePath();
     for (int attempt = 0; attempt < kAttempts && m_writer == nullptr; ++attempt) {
-        const QString part = partName(m_fileName, attempt);
+        const QString part = partName(place.target, attempt);
         auto writer = std::make_unique<AviWriter>(part, m_width, m_height, m_frameRate);
         if (writer->open())
             m_writer = std::move(writer);

@@ -9,8 +9,8 @@
 
 #include "base/checkedsize.h"
 #include "base/log.h"
+#include "base/outputfile.h"
 #include "depth/curvebaking.h"
-#include "formats/outputfile.h"
 #include "image/interleave.h"
 #include "image/voxelallocation.h"
 
