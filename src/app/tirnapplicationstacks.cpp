@@ -192,6 +192,7 @@ void TirnApplication::loadSegmentation(const QString& fileName)
     }
     logDebug("Segmentation %s loaded.", qPrintable(fileName));
     m_currentWidget->stopAndWait();
+    m_scene.segmentations.clear();
     m_scene.segmentations.push_back(std::move(mesh));
     m_currentWidget->requestFrame();
     showBox(QMessageBox::Information, "Segmentation", fileName + " loaded.");

@@ -346,11 +346,12 @@ void GLThread::drawFourViews(const FrameState& frame)
 
 void GLThread::drawSegmentation(const FrameState& frame)
 {
-    const auto& segmentations = m_host.scene.segmentations;
-    if (segmentations.empty() || segmentations.front()->facets.empty())
+    if (m_host.scene.segmentations.empty())
+        m_meshList.clear();
+    const Segmentation* mesh = drawnSurface(m_host.scene.segmentations);
+    if (mesh == nullptr)
         return;
-    const Segmentation& mesh = *segmentations.front();
-    const GLuint list = m_meshList.of(mesh);
+    const GLuint list = m_meshList.of(*mesh);
     if (list == 0)
         return;
     disableTexturing();
@@ -364,7 +365,7 @@ void GLThread::drawSegmentation(const FrameState& frame)
         gl().ShadeModel(GL_SMOOTH);
         m_light.apply();
         applyView(frame);
-        applyMaterial(mesh.material);
+        applyMaterial(mesh->material);
         gl().CallList(list);
     }
     // What is drawn next has the plain material again.
