@@ -7,6 +7,7 @@
 
 #include "base/log.h"
 #include "gl/glstate.h"
+#include "movies/playback.h"
 
 namespace tirn {
 
@@ -131,7 +132,7 @@ int GLThread::millisecondsToNextChange()
         next = next < 0 ? left : std::min(next, left);
     };
     if (animating)
-        consider(m_lastTimeStep + 1000 / std::max(1, timeRate.load()));
+        consider(m_lastTimeStep + millisecondsPerTimePoint(timeRate));
     const auto& channels = array->channels();
     if (std::any_of(channels.begin(), channels.end(),
                     [](const Channel& channel) { return isFlashing(channel.display.state); }))
@@ -278,7 +279,7 @@ void GLThread::stepScene()
 
 void GLThread::stepTimePoint()
 {
-    if (!animating || elapsed() - m_lastTimeStep < 1000 / std::max(1, timeRate.load()))
+    if (!animating || elapsed() - m_lastTimeStep < millisecondsPerTimePoint(timeRate))
         return;
     VoxelArray& array = *m_host.scene.current();
     array.setTimePoint(array.timePoint() + 1);
