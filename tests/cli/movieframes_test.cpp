@@ -219,19 +219,33 @@ TEST_F(MovieFrames, AComposedMovieShowsItsTimePoints)
     expectSecond("f0000.png");
 }
 
-TEST_F(MovieFrames, AFadeBehindRecordedFramesFades)
+TEST_F(MovieFrames, AFadeDrawsEachEntryAtItsPartOfTheWay)
 {
-    const QString fade = "<action type='Palette' channels='1'><palchannel num='0' action='4'/></action>";
-    compose(fade, "0-10");
-    const QImage full = frame("f0000.png");
-    const QImage faded = frame("f0010.png");
-    EXPECT_NE(full, faded);
+    // A palette of four different tables, and what a third of it rounds to.
+    const auto table = [this](const QString& name, int parts) {
+        QString text;
+        for (int i = 0; i < 256; ++i) {
+            for (const int value : {i, 255 - i, 128, 64 + i / 2})
+                text += QString::number((value * parts * 2 + 15) / 30) + ' ';
+            text.back() = '\n';
+        }
+        return test::saveBytes(path(name), text.toLatin1());
+    };
+    const QStringList whole = {"--palette", table("whole.map", 15)};
+    const QStringList third = {"--palette", table("third.map", 5)};
+    const QString fade = "<action type='Palette' channels='1'><palchannel num='0' action='%1'/></action>";
+    compose(fade.arg(4), "0-10", whole);
+    expectFrame(0, whole);
+    expectFrame(10, third);
+    compose(fade.arg(3), "5-5", whole);
+    expectFrame(5, third);
+    // Behind a recorded frame, which holds no palettes, it fades what was there.
     const QString recorded = "<action type='Custom'><keyframe xmax='5' ymax='4' zmax='7'/></action>";
-    const QString name =
-        xml("t.xml", "<d><timeframe>" + recorded + "</timeframe><timeframe>" + fade + "</timeframe></d>");
-    film({"--timeframes", name, "--range", "0-11"});
-    EXPECT_EQ(frame("f0000.png"), full);
-    EXPECT_EQ(frame("f0011.png"), faded);
+    const QString name = xml("t.xml", "<d><timeframe>" + recorded + "</timeframe><timeframe>" + fade.arg(4) +
+                                          "</timeframe></d>");
+    film(QStringList{"--timeframes", name, "--range", "0-11"} + whole);
+    expectFrame(0, whole);
+    expectFrame(11, third);
 }
 
 TEST_F(MovieFrames, AFlashHidesAndShows)
