@@ -87,9 +87,38 @@ void readStl(benchmark::State& state)
     }
 }
 
+/// The same surface as text, as real programs write it, with exponents.
+void readAsciiStl(benchmark::State& state)
+{
+    constexpr int facets = 1000000;
+    const QTemporaryDir folder;
+    const QString name = folder.filePath("mesh.stl");
+    QFile file(name);
+    if (!file.open(QIODevice::WriteOnly))
+        return state.SkipWithError("not written");
+    file.write("solid mesh\n");
+    const QByteArray facet = "facet normal -9.161820e-02 0.000000e+00 -7.207260e-02\n"
+                             "  outer loop\n"
+                             "    vertex 3.604630e-01 0.000000e+00 2.525000e+00\n"
+                             "    vertex 0.000000e+00 1.234568e+01 -2.983090e+00\n"
+                             "    vertex 3.604630e-01 2.000000e-01 2.525000e+00\n"
+                             "  endloop\n"
+                             "endfacet\n";
+    for (int i = 0; i < facets; ++i)
+        file.write(facet);
+    file.write("endsolid mesh\n");
+    file.close();
+    for (auto _ : state) {
+        Segmentation mesh;
+        if (!mesh.load(name) || mesh.facets.size() != facets)
+            state.SkipWithError("not read");
+    }
+}
+
 BENCHMARK(writeAvi)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(writeAviLimit)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(readStl)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(readAsciiStl)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 } // namespace
 } // namespace tirn::bench

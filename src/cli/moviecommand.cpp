@@ -39,6 +39,8 @@ struct MovieOptions
     int frames = 0;
     std::vector<KeyFrame> keyFrames;
     std::vector<TimeFrame> timeFrames;
+    /// Whether the view that was asked for is where a movie begins.
+    bool oriented = false;
     int rate = kUsualRate;
     std::optional<FrameRange> range;
 };
@@ -113,7 +115,7 @@ MovieOptions movieOptions(const QCommandLineParser& parser)
     MovieSettings& settings = options.settings;
     settings.type = wordOption(parser, "type", types());
     const MovieAxis axis = wordOption(parser, "axis", axes());
-    const bool oriented = parser.isSet("rotate");
+    const bool oriented = options.oriented = parser.isSet("rotate");
     const int turns = numberOption(parser, "turns", 1, 1, 10000);
     options.frames = numberOption(parser, "frames", 0, 1, kMostFrames);
     const RotationSettings rotation;
@@ -192,7 +194,10 @@ MovieJob movieJob(OffscreenStage& stage, MovieOptions& options)
     job.range = options.range;
     const KeyFrame start = shownKeyFrame(stage.scene, true);
     if (!options.timeFrames.empty()) {
-        const TimeFrameMovie movie{options.timeFrames, {sizes[0], sizes[1], sizes[2]}, start};
+        if (array.timePointCount() > 1)
+            letTimePass(options.timeFrames, options.time.framesPerTimePoint);
+        const TimeFrameMovie movie{
+            options.timeFrames, {sizes[0], sizes[1], sizes[2]}, start, options.oriented};
         job.total = movie.frames();
         job.start = movie.firstPose();
         job.steps = timeFrameSteps(movie);
@@ -214,27 +219,23 @@ MovieJob movieJob(OffscreenStage& stage, MovieOptions& options)
     return job;
 }
 
-/// The frames that will be written, padding apart.
-std::int64_t framesToWrite(const MovieJob& job)
-{
-    if (!job.range)
-        return job.total;
-    return std::max<std::int64_t>(0, std::min(job.range->last, job.total - 1) - job.range->first + 1);
-}
-
 void checkTargets(const QString& out, MovieFormat format, const MovieJob& job, QSize size, bool overwrite)
 {
-    if (format == MovieFormat::Avi) {
-        checkReplaceable(out, overwrite);
-        if (aviFileBytes(size.width(), size.height(), framesToWrite(job)) > kAviLimit)
-            Console::report(out,
-                            {"warning: more than 2 GiB; many programs read only the beginning of such an AVI "
-                             "file; .png makes a file for each frame"});
+    std::int64_t pictures = 0;
+    job.forEachPicture([&](std::int64_t frame) {
+        ++pictures;
+        if (format != MovieFormat::Avi)
+            checkReplaceable(numberedPictureName(out, frame), overwrite);
+    });
+    if (pictures == 0)
+        throw UsageError{QString("the movie has %1 frames, none of which is asked for").arg(job.total)};
+    if (format != MovieFormat::Avi)
         return;
-    }
-    const std::int64_t first = job.range ? job.range->first : 0;
-    for (std::int64_t i = 0; i < framesToWrite(job); ++i)
-        checkReplaceable(numberedPictureName(out, static_cast<int>(first + i)), overwrite);
+    checkReplaceable(out, overwrite);
+    if (aviFileBytes(size.width(), size.height(), pictures) > kAviLimit)
+        Console::report(out,
+                        {"warning: more than 2 GiB; many programs read only the beginning of such an AVI "
+                         "file; .png makes a file for each frame"});
 }
 
 std::unique_ptr<FrameSink> makeSink(const QString& out, MovieFormat format, const MovieOptions& options,
@@ -261,8 +262,6 @@ void run(const QCommandLineParser& parser)
         timePoints.push_back(files.split(','));
     const auto stage = makeStage(timePoints, render);
     const MovieJob job = movieJob(*stage, options);
-    if (framesToWrite(job) == 0)
-        throw UsageError{QString("the movie has %1 frames, none of which is asked for").arg(job.total)};
     checkTargets(out, format, job, render.size, parser.isSet("overwrite"));
     OffscreenFrames frames(*stage, render.size, render.transparent);
     const std::unique_ptr<FrameSink> sink = makeSink(out, format, options, render);

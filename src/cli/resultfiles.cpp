@@ -1,23 +1,11 @@
 #include "cli/resultfiles.h"
 
-#include <filesystem>
-#include <system_error>
-
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
+#include "base/outputfile.h"
 #include "cli/toolerror.h"
 
 namespace tirn {
-
-namespace {
-
-QString folderOf(const QStringList& names) { return QFileInfo(names.value(0)).absolutePath(); }
-
-std::filesystem::path pathOf(const QString& name) { return QFile::encodeName(name).toStdString(); }
-
-} // namespace
 
 void checkReplaceable(const QString& name, bool overwrite)
 {
@@ -26,10 +14,12 @@ void checkReplaceable(const QString& name, bool overwrite)
         throw FileError(name, QStringLiteral("is a folder"));
     if (!overwrite && info.isFile())
         throw FileError(name, QStringLiteral("File exists; --overwrite replaces it"));
+    if (!outputPlace(name).usable)
+        throw FileError(name, QStringLiteral("may not be written to"));
 }
 
 ResultFiles::ResultFiles(QStringList names, bool overwrite)
-    : m_names(std::move(names)), m_folder(folderOf(m_names) + QStringLiteral("/.tirntool-XXXXXX"))
+    : m_names(std::move(names)), m_folder(stagingPattern(m_names.value(0)))
 {
     for (const QString& name : m_names)
         checkReplaceable(name, overwrite);
@@ -50,10 +40,8 @@ void ResultFiles::commit(std::int64_t leastBytes)
             throw FileError(name, QStringLiteral("could not be written whole"));
     }
     for (const QString& name : m_names) {
-        std::error_code error;
-        std::filesystem::rename(pathOf(place(name)), pathOf(name), error);
-        if (error)
-            throw FileError(name, QString::fromStdString(error.message()));
+        if (!moveOver(place(name), name))
+            throw FileError(name, QStringLiteral("could not be replaced"));
     }
 }
 

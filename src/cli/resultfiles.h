@@ -8,8 +8,8 @@
 
 namespace tirn {
 
-/// Files that are made in a folder beside their target and moved there together, so that a failed run leaves
-/// nothing and replaces nothing.
+/// Files that are made in a folder beside the first one's target and moved there together, so that a failed
+/// run leaves nothing and replaces nothing.
 class ResultFiles
 {
 public:
@@ -27,8 +27,8 @@ private:
     QTemporaryDir m_folder;
 };
 
-/// Throws FileError when a plain file of this name is there and may not be replaced. Devices and pipes may
-/// always be written to.
+/// Throws FileError when a plain file of this name, or behind a link of it, is there and may not be replaced,
+/// and for what cannot be written to. Devices and pipes may always be written to, and never are replaced.
 void checkReplaceable(const QString& name, bool overwrite);
 
 } // namespace tirn

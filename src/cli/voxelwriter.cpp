@@ -4,11 +4,11 @@
 #include <bit>
 #include <functional>
 
+#include "base/outputfile.h"
 #include "cli/activity.h"
 #include "cli/console.h"
 #include "cli/resultfiles.h"
 #include "cli/toolerror.h"
-#include "formats/files/outputfile.h"
 #include "image/imagefile.h"
 
 namespace tirn {

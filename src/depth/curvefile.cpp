@@ -4,9 +4,9 @@
 
 #include <QFile>
 #include <QRegularExpression>
-#include <QSaveFile>
 
 #include "base/log.h"
+#include "base/outputfile.h"
 #include "formats/files/textlines.h"
 
 namespace tirn {
@@ -65,9 +65,8 @@ QString curveFileText(std::span<const CurveBlock> blocks)
 
 bool writeCurveFile(const QString& name, std::span<const CurveBlock> blocks)
 {
-    QSaveFile file(name);
     const QByteArray bytes = curveFileText(blocks).toUtf8();
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
+    return writeFile(name, bytes.constData(), bytes.size());
 }
 
 CurveFileResult readCurveFile(const QString& name, int slices, std::span<std::vector<double>* const> curves)

@@ -1,5 +1,6 @@
 #include "mesh/segmentation.h"
 
+#include <atomic>
 #include <cmath>
 #include <limits>
 
@@ -36,8 +37,22 @@ bool Segmentation::load(const QString& fileName)
     name = content.name;
     facets = std::move(content.facets);
     bounds = boundsOf(facets);
+    facetsChanged();
     logSummary(*this);
     return true;
+}
+
+std::uint64_t Segmentation::nextRevision()
+{
+    static std::atomic<std::uint64_t> last = 0;
+    return ++last;
+}
+
+const Segmentation* drawnSurface(const std::vector<std::unique_ptr<Segmentation>>& surfaces)
+{
+    if (surfaces.empty() || !surfaces.back()->visible || surfaces.back()->facets.empty())
+        return nullptr;
+    return surfaces.back().get();
 }
 
 MeshBounds boundsOf(const std::vector<Triangle>& facets)

@@ -7,10 +7,10 @@
 #include <cstring>
 #include <limits>
 #include <optional>
+#include <string_view>
 
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 
 #include "base/bytereader.h"
 #include "base/log.h"
@@ -27,105 +27,226 @@ constexpr qint64 kRecordBytes = 50;
 constexpr qint64 kRecordsAtATime = 8192;
 constexpr std::size_t kFloatsOfRecord = 12;
 /// Longer lines are none of this format.
-constexpr qint64 kLongestLine = 0x10000;
+constexpr std::size_t kLongestLine = 0x10000;
+constexpr std::size_t kBufferBytes = 1 << 20;
 constexpr std::size_t kFacetsBetweenLogs = 10000;
 
-/// A pattern of the ASCII form. "%1" stands for a number: digits, one character that may be any, digits; no
-/// exponent. The possessive quantifiers match the same lines; without them a long row of digits takes the
-/// square of its length.
-QRegularExpression pattern(const char* text)
+/// The lines of a file, without their ends; empty ones behind its end.
+class Lines
 {
-    return QRegularExpression(QString(text).replace("%1", R"((-?\d++.?\d*+))"),
-                              QRegularExpression::UseUnicodePropertiesOption |
-                                  QRegularExpression::DotMatchesEverythingOption);
-}
+public:
+    explicit Lines(QFile& file) : m_file(file), m_buffer(kBufferBytes) {}
 
-/// A line of a facet, and what is said where it is another one.
-struct FacetLine
-{
-    QRegularExpression pattern;
-    const char* otherwise;
-    /// The place of its numbers: 0 to 2 for a vertex, 3 for the normal, -1 for none.
-    int place;
+    /// Valid until the next call.
+    std::string_view next()
+    {
+        if (!m_complete && m_end - m_at < kLongestLine)
+            fill();
+        const std::string_view rest(m_buffer.data() + m_at, std::min(m_end - m_at, kLongestLine));
+        const std::size_t length = std::min(rest.find('\n'), rest.size());
+        m_at += std::min(length + 1, rest.size());
+        return rest.substr(0, length > 0 && rest[length - 1] == '\r' ? length - 1 : length);
+    }
+
+private:
+    void fill()
+    {
+        std::copy(m_buffer.begin() + static_cast<std::ptrdiff_t>(m_at),
+                  m_buffer.begin() + static_cast<std::ptrdiff_t>(m_end), m_buffer.begin());
+        m_end -= m_at;
+        m_at = 0;
+        const qint64 read =
+            m_file.read(m_buffer.data() + m_end, static_cast<qint64>(m_buffer.size() - m_end));
+        m_complete = read <= 0;
+        m_end += static_cast<std::size_t>(std::max<qint64>(0, read));
+    }
+
+    QFile& m_file;
+    std::vector<char> m_buffer;
+    std::size_t m_at = 0;
+    std::size_t m_end = 0;
+    bool m_complete = false;
 };
 
-constexpr int kNormal = 3;
+bool isBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
-const std::vector<FacetLine>& facetLines()
+/// A line that is taken from its beginning.
+class Taker
 {
-    // The normal allows no white space behind it, a vertex does.
-    static const QRegularExpression vertex = pattern(R"(^\s*vertex\s*%1\s+%1\s+%1\s*$)");
-    static const std::vector<FacetLine> lines = {
-        {pattern(R"(^\s*facet\s*normal\s*%1\s+%1\s+%1$)"), "can't find normal", kNormal},
-        {pattern(R"(^\s*outer\s+loop\s*$)"), "can't find outer loop", -1},
-        {vertex, "can't find vertex 1", 0},
-        {vertex, "can't find vertex 2", 1},
-        {vertex, "can't find vertex 3", 2},
-        {pattern(R"(^\s*endloop\s*$)"), "can't find endloop", -1},
-        {pattern(R"(^\s*endfacet\s*$)"), "can't find endfacet", -1},
-    };
-    return lines;
-}
+public:
+    explicit Taker(std::string_view line) : m_rest(line) {}
 
-/// The number that a capture begins with: "1,5" is 1. Too large a one is infinite.
-float leadingNumber(const QString& text)
+    /// Takes blanks, as many as there are.
+    Taker& blanks()
+    {
+        while (!m_rest.empty() && isBlank(m_rest.front()))
+            m_rest.remove_prefix(1);
+        return *this;
+    }
+    bool word(std::string_view word) { return m_rest.starts_with(word) && drop(word.size()); }
+    bool character(std::string_view oneOf)
+    {
+        return !m_rest.empty() && oneOf.find(m_rest.front()) != std::string_view::npos && drop(1);
+    }
+    /// Any one character, which may be several bytes long.
+    bool anyCharacter()
+    {
+        if (m_rest.empty())
+            return false;
+        std::size_t bytes = 1;
+        while (bytes < m_rest.size() && (m_rest[bytes] & 0xC0) == 0x80)
+            ++bytes;
+        return drop(bytes);
+    }
+    /// Takes digits; false where there are none.
+    bool digits()
+    {
+        const std::size_t before = m_rest.size();
+        while (!m_rest.empty() && isDigit(m_rest.front()))
+            m_rest.remove_prefix(1);
+        return m_rest.size() < before;
+    }
+    bool startsWithBlank() const { return !m_rest.empty() && isBlank(m_rest.front()); }
+    bool atEnd() const { return m_rest.empty(); }
+    std::string_view rest() const { return m_rest; }
+
+private:
+    bool drop(std::size_t bytes)
+    {
+        m_rest.remove_prefix(bytes);
+        return true;
+    }
+
+    std::string_view m_rest;
+};
+
+/// The number that a text begins with: "1,5" is 1. Too large a one is infinite.
+float leadingNumber(std::string_view text)
 {
-    const QByteArray bytes = text.toLatin1();
+    if (text.starts_with('+'))
+        text.remove_prefix(1);
     float number = 0;
-    const auto result = std::from_chars(bytes.constData(), bytes.constData() + bytes.size(), number);
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
     if (result.ec == std::errc::result_out_of_range) {
-        const bool large = std::fabs(bytes.toDouble()) > 1;
+        const auto used = static_cast<int>(result.ptr - text.data());
+        const bool large = std::fabs(QByteArray(text.data(), used).toDouble()) > 1;
         number = !large                  ? 0
-                 : bytes.startsWith('-') ? -std::numeric_limits<float>::infinity()
+                 : text.starts_with('-') ? -std::numeric_limits<float>::infinity()
                                          : std::numeric_limits<float>::infinity();
     }
     return number;
 }
 
-Vector3f vectorOf(const QRegularExpressionMatch& match)
+bool takeNumbers(const Taker& line, std::size_t index, Vector3f& numbers);
+
+/// Whether the line goes on as it must behind number `index`, which ends where `line` stands.
+bool goesOn(Taker line, std::size_t index, Vector3f& numbers)
 {
-    return {leadingNumber(match.captured(1)), leadingNumber(match.captured(2)),
-            leadingNumber(match.captured(3))};
+    if (index + 1 == numbers.size())
+        return line.blanks().atEnd();
+    return line.startsWithBlank() && takeNumbers(line.blanks(), index + 1, numbers);
 }
 
-/// The next line without its end; empty at the end of the file.
-QString nextLine(QFile& file)
+bool takesExponent(Taker& line)
 {
-    QByteArray line = file.readLine(kLongestLine);
-    if (line.endsWith('\n'))
-        line.chop(1);
-    if (line.endsWith('\r'))
-        line.chop(1);
-    return QString::fromUtf8(line);
+    if (!line.character("eE"))
+        return false;
+    line.character("+-");
+    return line.digits();
 }
 
-/// The reason why the lines from `first` on are no facet; empty, with the facet, when they are.
-QString readFacet(QFile& file, QString line, Triangle& facet)
+/// The numbers from `index` on, with blanks between, up to the end of the line. A number is digits, one
+/// character that may be any, digits; an exponent may follow where that character is a point or is missing.
+bool takeNumbers(const Taker& line, std::size_t index, Vector3f& numbers)
 {
-    for (const FacetLine& wanted : facetLines()) {
-        const QRegularExpressionMatch match = wanted.pattern.match(line);
-        if (!match.hasMatch())
-            return wanted.otherwise;
-        if (wanted.place == kNormal)
-            facet.normal = vectorOf(match);
-        else if (wanted.place >= 0)
-            facet.vertices[static_cast<std::size_t>(wanted.place)] = vectorOf(match);
-        if (&wanted != &facetLines().back())
-            line = nextLine(file);
+    Taker whole = line;
+    whole.character("+-");
+    if (!whole.digits())
+        return false;
+    const auto keep = [&] {
+        numbers[index] = leadingNumber(line.rest());
+        return true;
+    };
+    Taker fraction = whole;
+    const bool point = fraction.character(".");
+    if (point || fraction.anyCharacter()) {
+        fraction.digits();
+        Taker exponent = fraction;
+        if (point && takesExponent(exponent) && goesOn(exponent, index, numbers))
+            return keep();
+        if (goesOn(fraction, index, numbers))
+            return keep();
     }
-    return {};
+    Taker exponent = whole;
+    return ((takesExponent(exponent) && goesOn(exponent, index, numbers)) || goesOn(whole, index, numbers)) &&
+           keep();
 }
 
-QString readAscii(QFile& file, std::vector<Triangle>& facets)
+/// A line of a facet: one word or two, then numbers or none, and what is said where it is another one.
+struct FacetLine
 {
-    static const QRegularExpression end = pattern(R"(^\s*endsolid\s*$)");
+    const char* word;
+    const char* second;
+    /// Between the words there must be a blank.
+    bool apart;
+    /// The place of its numbers: 0 to 2 for a vertex, 3 for the normal, -1 for none.
+    int place;
+    const char* otherwise;
+};
+
+constexpr int kNormal = 3;
+constexpr FacetLine kFacetLines[] = {
+    {"facet", "normal", false, kNormal, "can't find normal"},
+    {"outer", "loop", true, -1, "can't find outer loop"},
+    {"vertex", "", false, 0, "can't find vertex 1"},
+    {"vertex", "", false, 1, "can't find vertex 2"},
+    {"vertex", "", false, 2, "can't find vertex 3"},
+    {"endloop", "", false, -1, "can't find endloop"},
+    {"endfacet", "", false, -1, "can't find endfacet"},
+};
+
+bool matches(std::string_view text, const FacetLine& wanted, Triangle& facet)
+{
+    Taker line(text);
+    if (!line.blanks().word(wanted.word) || (wanted.apart && !line.startsWithBlank()) ||
+        !line.blanks().word(wanted.second))
+        return false;
+    line.blanks();
+    if (wanted.place < 0)
+        return line.atEnd();
+    return takeNumbers(line, 0,
+                       wanted.place == kNormal ? facet.normal
+                                               : facet.vertices[static_cast<std::size_t>(wanted.place)]);
+}
+
+/// The reason why the lines from `line` on are no facet; null, with the facet, when they are.
+const char* readFacet(Lines& lines, std::string_view line, Triangle& facet)
+{
+    for (const FacetLine& wanted : kFacetLines) {
+        if (!matches(line, wanted, facet))
+            return wanted.otherwise;
+        if (&wanted != std::end(kFacetLines) - 1)
+            line = lines.next();
+    }
+    return nullptr;
+}
+
+/// "endsolid", with or without a name.
+bool isEnd(std::string_view text)
+{
+    Taker line(text);
+    return line.blanks().word("endsolid") && (line.atEnd() || line.startsWithBlank());
+}
+
+QString readAscii(Lines& lines, std::vector<Triangle>& facets)
+{
     for (;;) {
-        const QString line = nextLine(file);
-        if (end.match(line).hasMatch())
+        const std::string_view line = lines.next();
+        if (isEnd(line))
             return {};
         Triangle facet;
-        const QString reason = readFacet(file, line, facet);
-        if (!reason.isEmpty())
+        if (const char* reason = readFacet(lines, line, facet))
             return reason;
         facets.push_back(facet);
         if (facets.size() % kFacetsBetweenLogs == 0)
@@ -146,15 +267,21 @@ Triangle facetOfRecord(const char* bytes)
     return facet;
 }
 
-QString readBinary(QFile& file, std::vector<Triangle>& facets)
+/// The number of facets that the head of a binary file states; nothing for a file without one.
+std::optional<std::uint32_t> statedFacets(QFile& file)
 {
     const QByteArray head = file.seek(0) ? file.read(kHeaderBytes + kCountBytes) : QByteArray();
     if (head.size() < kHeaderBytes + kCountBytes)
-        return "No idea what this file is";
-    const std::uint32_t count = ByteReader(head.constData() + kHeaderBytes, kCountBytes).u32();
+        return std::nullopt;
+    return ByteReader(head.constData() + kHeaderBytes, kCountBytes).u32();
+}
+
+/// Reads the records, at the first of which the file stands.
+void readBinary(QFile& file, std::uint32_t count, std::vector<Triangle>& facets)
+{
     logDebug(" facets %d", static_cast<int>(count));
     // The count may say anything: the file's length decides.
-    const qint64 wanted = std::min<qint64>(count, (file.size() - head.size()) / kRecordBytes);
+    const qint64 wanted = std::min<qint64>(count, (file.size() - file.pos()) / kRecordBytes);
     facets.reserve(static_cast<std::size_t>(std::max<qint64>(wanted, 0)));
     while (facets.size() < count) {
         const qint64 records = std::min<qint64>(kRecordsAtATime, count - static_cast<qint64>(facets.size()));
@@ -167,7 +294,6 @@ QString readBinary(QFile& file, std::vector<Triangle>& facets)
     if (facets.size() != count)
         logWarning("facet count does not match %d vs %d", static_cast<int>(facets.size()),
                    static_cast<int>(count));
-    return {};
 }
 
 } // namespace
@@ -176,14 +302,30 @@ QString readStl(const QString& fileName, StlContent& content)
 {
     const QFileInfo info(fileName);
     QFile file(fileName);
-    if (!info.isFile() || !file.open(QIODevice::ReadOnly))
+    if (!info.isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return "Failed to load";
-    static const QRegularExpression solid = pattern(R"(^\s*solid\s*(.*)$)");
-    const QRegularExpressionMatch match = solid.match(nextLine(file));
-    if (!match.hasMatch())
-        return readBinary(file, content.facets);
-    content.name = match.captured(1);
-    return readAscii(file, content.facets);
+    const std::optional<std::uint32_t> count = statedFacets(file);
+    const auto readRecords = [&] {
+        readBinary(file, *count, content.facets);
+        return QString();
+    };
+    // Some programs begin binary files with "solid", too. The count of a text, four of its characters, would
+    // need gigabytes of records.
+    if (count && file.size() >= file.pos() + kRecordBytes * std::int64_t{*count})
+        return readRecords();
+    const qint64 behindHead = file.pos();
+    file.seek(0);
+    Lines lines(file);
+    Taker first(lines.next());
+    if (first.blanks().word("solid")) {
+        const std::string_view name = first.blanks().rest();
+        content.name = QString::fromUtf8(name.data(), static_cast<int>(name.size()));
+        return readAscii(lines, content.facets);
+    }
+    if (!count)
+        return "No idea what this file is";
+    file.seek(behindHead);
+    return readRecords();
 }
 
 } // namespace tirn

@@ -4,6 +4,15 @@
 
 namespace tirn {
 
+namespace {
+
+bool isByNothing(const Action& action)
+{
+    return action.type == ActionType::Rotation && action.x == 0 && action.y == 0 && action.z == 0;
+}
+
+} // namespace
+
 QString Action::name() const
 {
     constexpr std::array<const char*, 8> names = {"Rotation",     "Scale",   "Translation", "Palette",
@@ -56,6 +65,23 @@ bool addAction(TimeFrame& timeFrame, const Action& action)
 QString incompatibleText(const Action& action)
 {
     return action.name() + " is not compatible with the other actions in this timeframe.";
+}
+
+void letTimePass(std::vector<TimeFrame>& timeFrames, int framesPerTimePoint)
+{
+    for (TimeFrame& timeFrame : timeFrames) {
+        Action time;
+        time.type = ActionType::TimePoints;
+        time.framesPerTimePoint = framesPerTimePoint;
+        if (timeFrame.actions.empty() || !isByNothing(timeFrame.actions.front())) {
+            addAction(timeFrame, time);
+            continue;
+        }
+        Action& lost = timeFrame.actions.front();
+        time.start = lost.start;
+        time.end = lost.end;
+        lost = time;
+    }
 }
 
 std::array<double, 3> rockingAngles(int item, double angle)

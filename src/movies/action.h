@@ -98,6 +98,11 @@ bool addAction(TimeFrame& timeFrame, const Action& action);
 /// What people read then.
 QString incompatibleText(const Action& action);
 
+/// Makes time pass in each time frame of a stack with several time points, as a new time frame of one does. A
+/// rotation by nothing in front, which is what a session file makes of time points, is replaced; a time frame
+/// of recorded frames, which bring their own time points, stays as it is.
+void letTimePass(std::vector<TimeFrame>& timeFrames, int framesPerTimePoint);
+
 /// The angles about the axes that an item of the rocking axis box gives: X, Y, Z, X and Y, X and Z, Y and Z.
 std::array<double, 3> rockingAngles(int item, double angle);
 

@@ -218,7 +218,7 @@ void rock(const Share& s)
 void replay(const Share& s)
 {
     if (s.i >= 0 && s.i < static_cast<std::int64_t>(s.action.keyFrames.size()))
-        s.work = s.action.keyFrames[static_cast<std::size_t>(s.i)];
+        replayKeyFrame(s.action.keyFrames[static_cast<std::size_t>(s.i)], s.work);
     else
         logWarning("Trying to load non-existant keyframe!!!!");
 }

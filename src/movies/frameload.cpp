@@ -1,27 +1,32 @@
 #include "movies/frameload.h"
 
 #include <algorithm>
-#include <climits>
 
 namespace tirn {
 
 namespace {
 
-void loadSide(double value, int& side)
+/// A side of the cut box: truncated and within the stack. A negative value, and what is no number, leave the
+/// present one.
+int loadedSide(double value, int present, int last)
 {
-    if (value >= 0)
-        side = static_cast<int>(std::min(value, static_cast<double>(INT_MAX)));
+    if (!(value >= 0))
+        return std::clamp(present, 0, last);
+    return static_cast<int>(std::min(value, static_cast<double>(last)));
 }
 
 void loadStack(const KeyFrame& frame, ShownStack& stack)
 {
     stack.scale = {frame.xscale, frame.yscale, frame.zscale};
-    loadSide(frame.xmin, stack.cutMin[0]);
-    loadSide(frame.xmax, stack.cutMax[0]);
-    loadSide(frame.ymin, stack.cutMin[1]);
-    loadSide(frame.ymax, stack.cutMax[1]);
-    loadSide(frame.zmin, stack.cutMin[2]);
-    loadSide(frame.zmax, stack.cutMax[2]);
+    const std::array<double, 3> low = {frame.xmin, frame.ymin, frame.zmin};
+    const std::array<double, 3> high = {frame.xmax, frame.ymax, frame.zmax};
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        const int last = std::max(stack.slices[axis] - 1, 0);
+        const int one = loadedSide(low[axis], stack.cutMin[axis], last);
+        const int other = loadedSide(high[axis], stack.cutMax[axis], last);
+        stack.cutMin[axis] = std::min(one, other);
+        stack.cutMax[axis] = std::max(one, other);
+    }
     stack.timePoint = frame.timepoint;
     const std::size_t channels = std::min(frame.channels.size(), stack.channels.size());
     std::copy_n(frame.channels.begin(), channels, stack.channels.begin());

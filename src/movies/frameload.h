@@ -13,6 +13,8 @@ struct ShownStack
 {
     /// Voxel scale.
     std::array<double, 3> scale = {1, 1, 1};
+    /// Slices along each axis.
+    std::array<int, 3> slices = {};
     /// The cut box in slices, inclusive.
     std::array<int, 3> cutMin = {};
     std::array<int, 3> cutMax = {};
@@ -34,8 +36,9 @@ struct ShownFrame
     bool operator==(const ShownFrame&) const = default;
 };
 
-/// Shows a key frame: sides of the cut box are truncated, and negative ones leave theirs as it was; channels
-/// are set as far as both are there. The time point is taken as it stands.
+/// Shows a key frame: sides of the cut box are truncated, and negative ones leave theirs as it was; the box
+/// is then sorted and kept within the stack, since files may hold any numbers. Channels are set as far as
+/// both are there. The time point is taken as it stands.
 void loadKeyFrame(const KeyFrame& frame, ShownFrame& shown);
 
 /// The key frame of what is shown, without palettes. Without a stack its part keeps its defaults.

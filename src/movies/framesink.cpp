@@ -1,12 +1,13 @@
 #include "movies/framesink.h"
 
+#include <algorithm>
 #include <new>
 
 #include <QFile>
 #include <QFileInfo>
 
 #include "base/log.h"
-#include "formats/files/outputfile.h"
+#include "base/outputfile.h"
 #include "pictures/picturewriter.h"
 
 namespace tirn {
@@ -16,6 +17,13 @@ namespace {
 constexpr int kAttempts = 100;
 constexpr int kBytesPerPixel = 4;
 constexpr int kDotsAnInch = 72;
+
+/// The fourth byte of a pixel means nothing in an AVI file, but some programs read opacity out of it.
+void makeOpaque(std::vector<std::uint8_t>& pixels)
+{
+    for (std::size_t alpha = kBytesPerPixel - 1; alpha < pixels.size(); alpha += kBytesPerPixel)
+        pixels[alpha] = 255;
+}
 
 } // namespace
 
@@ -52,14 +60,12 @@ AviSink::~AviSink()
 bool AviSink::begin(std::int64_t reserve)
 {
     logDebug("writing %s", m_fileName.toUtf8().constData());
-    const QFileInfo info(m_fileName);
-    if (info.exists() && (!info.isFile() || !info.isWritable()))
+    // Counts are patched into the head at the end: a pipe cannot take them.
+    const OutputPlace place = outputPlace(m_fileName);
+    if (!place.usable || place.inPlace)
         return fail(cannotWriteText(m_fileName));
-    // The file behind a link is the one to replace, not the link.
-    if (info.exists() && info.isSymLink())
-        m_fileName = info.canonicalFilePath();
     for (int attempt = 0; attempt < kAttempts && m_writer == nullptr; ++attempt) {
-        const QString part = partName(m_fileName, attempt);
+        const QString part = partName(place.target, attempt);
         auto writer = std::make_unique<AviWriter>(part, m_width, m_height, m_frameRate);
         if (writer->open())
             m_writer = std::move(writer);
@@ -87,9 +93,25 @@ bool AviSink::write(const FramePicture& picture, std::int64_t frame)
         return fail(
             QString("Frame %1 is no picture of %2 by %3 pixels.").arg(frame).arg(m_width).arg(m_height));
     }
-    if (!m_writer->writeFrameAt(picture.pixels, frame - m_firstFrame))
+    m_opaque.assign(picture.pixels, picture.pixels + m_writer->frameBytes());
+    makeOpaque(m_opaque);
+    const std::int64_t place = frame - m_firstFrame;
+    if (!m_writer->writeFrameAt(m_opaque.data(), place))
         return fail(QString("The file %1 could not be written past frame %2.").arg(m_fileName).arg(frame));
-    m_frames = m_writer->frames();
+    m_written.resize(std::max(m_written.size(), static_cast<std::size_t>(place) + 1));
+    m_written[static_cast<std::size_t>(place)] = true;
+    m_frames = static_cast<std::int64_t>(m_written.size());
+    return true;
+}
+
+bool AviSink::fillGaps()
+{
+    m_opaque.assign(m_opaque.size(), 0);
+    makeOpaque(m_opaque);
+    for (std::size_t place = 0; place < m_written.size(); ++place) {
+        if (!m_written[place] && !m_writer->writeFrameAt(m_opaque.data(), static_cast<std::int64_t>(place)))
+            return false;
+    }
     return true;
 }
 
@@ -97,6 +119,9 @@ bool AviSink::finish()
 {
     if (m_writer == nullptr)
         return false;
+    // Places count, not what was written: a frame behind a gap would be cut off.
+    if (fillGaps())
+        m_writer->setFrames(m_frames);
     const std::unique_ptr<AviWriter> writer = std::move(m_writer);
     const bool valid = writer->close();
     m_frames = writer->frames();
@@ -113,7 +138,7 @@ PictureWriter pictureWriterOf(MovieFormat format)
                                    : format == MovieFormat::Tiff ? PictureFormat::Tiff
                                                                  : PictureFormat::Printer;
     return [pictures](const QString& fileName, const FramePicture& picture) {
-        return savePicture(imageOf(picture), fileName, pictures, kDotsAnInch);
+        return savePicture(imageOf(picture), fileName, pictures, kDotsAnInch, true);
     };
 }
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include <QImage>
 #include <QString>
@@ -55,7 +56,8 @@ private:
 QString cannotWriteText(const QString& fileName);
 
 /// An AVI file, made beside its target and moved over it when the movie ends. Where the disk fills up, the
-/// frames that are whole stay.
+/// frames that are whole stay. Frames are opaque, and black where a movie that came out of order ended before
+/// it had written them.
 class AviSink : public FrameSink
 {
 public:
@@ -70,12 +72,17 @@ public:
     std::int64_t frames() const { return m_frames; }
 
 private:
+    bool fillGaps();
+
     QString m_fileName;
     int m_width;
     int m_height;
     float m_frameRate;
     std::int64_t m_firstFrame;
     std::int64_t m_frames = 0;
+    /// Which places of the file hold a frame, up to the highest one.
+    std::vector<bool> m_written;
+    std::vector<std::uint8_t> m_opaque;
     std::unique_ptr<AviWriter> m_writer;
 };
 
@@ -83,7 +90,8 @@ private:
 /// leaves what was there.
 using PictureWriter = std::function<QString(const QString& fileName, const FramePicture& picture)>;
 
-/// The writer of a format's pictures, at 72 dots an inch. Formats without pictures fail.
+/// The writer of a format's pictures, at 72 dots an inch. All have three colours, grey ones, too, so that the
+/// files of a movie are of one kind. Formats without pictures fail.
 PictureWriter pictureWriterOf(MovieFormat format);
 
 /// A picture file for each frame, its number in four digits before the ending.

@@ -39,4 +39,7 @@ struct KeyFrame
     bool operator==(const KeyFrame&) const = default;
 };
 
+/// Shows a recorded frame; what it was recorded without, palettes or channels, stays as it was.
+void replayKeyFrame(const KeyFrame& recorded, KeyFrame& shown);
+
 } // namespace tirn

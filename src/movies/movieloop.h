@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 
 #include <QString>
@@ -45,6 +46,12 @@ struct MovieJob
     bool outOfOrder = false;
     /// Only these are drawn and written, with the numbers of the whole movie.
     std::optional<FrameRange> range;
+
+    /// The frames that are drawn and written, padding apart.
+    std::int64_t wanted() const;
+    bool isWanted(std::int64_t frame) const;
+    /// Names each picture that will be written, padding among them, in the order in which they come.
+    void forEachPicture(const std::function<void(std::int64_t frame)>& act) const;
 };
 
 /// How a movie ended.

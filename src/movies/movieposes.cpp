@@ -227,7 +227,7 @@ void posePassThrough(const PassSettings& settings, const KeyFrame& start, std::i
 void poseCustom(std::span<const KeyFrame> frames, std::int64_t f, KeyFrame& pose)
 {
     if (f >= 0 && f < static_cast<std::int64_t>(frames.size()))
-        pose = frames[static_cast<std::size_t>(f)];
+        replayKeyFrame(frames[static_cast<std::size_t>(f)], pose);
 }
 
 void poseMovie(const MovieSettings& settings, const KeyFrame& start, std::span<const KeyFrame> frames,

@@ -5,6 +5,52 @@
 
 namespace tirn {
 
+namespace {
+
+void exchangePalettes(ChannelDisplay& channel)
+{
+    std::swap(channel.palette, channel.alternatePalette);
+    channel.swapped = !channel.swapped;
+}
+
+/// Puts the user's first choice back in its place.
+void unswap(ChannelDisplay& channel)
+{
+    if (channel.swapped)
+        exchangePalettes(channel);
+}
+
+} // namespace
+
+int chosenPalette(const ChannelDisplay& channel)
+{
+    return channel.swapped ? channel.alternatePalette : channel.palette;
+}
+
+int secondPalette(const ChannelDisplay& channel)
+{
+    return channel.swapped ? channel.palette : channel.alternatePalette;
+}
+
+void choosePalette(ChannelDisplay& channel, int palette)
+{
+    unswap(channel);
+    channel.palette = palette;
+}
+
+void chooseSecondPalette(ChannelDisplay& channel, int palette)
+{
+    unswap(channel);
+    channel.alternatePalette = palette;
+}
+
+void chooseState(ChannelDisplay& channel, ChannelState state)
+{
+    if (state != ChannelState::PaletteSwap)
+        unswap(channel);
+    channel.state = state;
+}
+
 void turnFlashes(std::span<ChannelDisplay> channels)
 {
     for (ChannelDisplay& channel : channels) {
@@ -37,7 +83,7 @@ void swapPalettes(std::span<ChannelDisplay> channels)
 {
     for (ChannelDisplay& channel : channels) {
         if (channel.state == ChannelState::PaletteSwap)
-            std::swap(channel.palette, channel.alternatePalette);
+            exchangePalettes(channel);
     }
 }
 

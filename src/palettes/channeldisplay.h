@@ -28,10 +28,22 @@ struct ChannelDisplay
     ChannelState state = ChannelState::Shown;
     /// The palette that PaletteSwap swaps with.
     int alternatePalette = 0;
+    /// The palette that is drawn.
     int palette = 0;
+    /// Whether the two have changed places, so that the user's first choice is the alternate one just now.
+    bool swapped = false;
 
     bool operator==(const ChannelDisplay&) const = default;
 };
+
+/// The palette that the user chose for a channel, and the one that it swaps with, whichever is drawn now.
+int chosenPalette(const ChannelDisplay& channel);
+int secondPalette(const ChannelDisplay& channel);
+/// Chooses them. While palettes swap, the chosen one is drawn at once, too.
+void choosePalette(ChannelDisplay& channel, int palette);
+void chooseSecondPalette(ChannelDisplay& channel, int palette);
+/// Another state. What does not swap palettes draws the one that was chosen.
+void chooseState(ChannelDisplay& channel, ChannelState state);
 
 /// Turns flashing channels on and off.
 void turnFlashes(std::span<ChannelDisplay> channels);

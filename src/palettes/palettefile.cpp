@@ -10,9 +10,9 @@
 #include <QFileInfo>
 #include <QLocale>
 #include <QRegularExpression>
-#include <QSaveFile>
 
 #include "base/log.h"
+#include "base/outputfile.h"
 #include "palettes/maptext.h"
 
 namespace tirn {
@@ -229,9 +229,8 @@ bool PaletteFile::replace(const Palette& palette) const
     else
         text = mapText(palette);
 
-    QSaveFile file(m_fileName);
     const QByteArray bytes = text.toUtf8();
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
+    return writeFile(m_fileName, bytes.constData(), bytes.size());
 }
 
 } // namespace tirn

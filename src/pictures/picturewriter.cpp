@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
-#include <system_error>
 #include <vector>
 
 #include <QBuffer>
@@ -12,7 +10,7 @@
 #include <QTemporaryDir>
 
 #include "base/log.h"
-#include "formats/files/outputfile.h"
+#include "base/outputfile.h"
 #include "image/imagefile.h"
 
 namespace tirn {
@@ -27,10 +25,7 @@ constexpr int kFastPng = 89;
 
 QString writeBytes(const QString& name, const void* bytes, std::int64_t count)
 {
-    OutputFile file(name);
-    if (!file.open() || !file.write(bytes, count) || !file.commit())
-        return "Could not be written";
-    return {};
+    return writeFile(name, bytes, count) ? QString() : QString("Could not be written");
 }
 
 /// The colours of a picture, three bytes a pixel, rows from the top without gaps.
@@ -90,15 +85,12 @@ QString saveTiff(const QImage& picture, const QString& name, int dpi, bool keepC
     file.attributes().dimX = micronsAPixel;
     file.attributes().dimY = micronsAPixel;
     // The writer says nothing of a file that cannot be made: what is missing afterwards has failed.
-    const QTemporaryDir folder(QFileInfo(name).absolutePath() + "/.tirn-XXXXXX");
+    const QTemporaryDir folder(stagingPattern(name));
     const QString made = folder.filePath("picture.tif");
     if (!folder.isValid() || !file.write({made}, ImageType::TiffSeries, 8, true) ||
         QFileInfo(made).size() < static_cast<qint64>(bytes.size()))
         return file.writeErrors().isEmpty() ? "Could not be written" : file.writeErrors().join('\n');
-    std::error_code error;
-    std::filesystem::rename(QFile::encodeName(made).toStdString(), QFile::encodeName(name).toStdString(),
-                            error);
-    return error ? QString("Could not be written") : QString();
+    return moveOver(made, name) ? QString() : QString("Could not be written");
 }
 
 QString savePicture(const QImage& picture, const QString& name, PictureFormat format, int dpi,

@@ -8,6 +8,7 @@
 
 #include "base/log.h"
 #include "gl/glstate.h"
+#include "movies/playback.h"
 #include "scene/keyframeview.h"
 
 namespace tirn {
@@ -134,7 +135,7 @@ int GLThread::millisecondsToNextChange()
         next = next < 0 ? left : std::min(next, left);
     };
     if (m_host.scene.isPlaying())
-        consider(m_lastTimeStep + timePointMilliseconds(view));
+        consider(m_lastTimeStep + millisecondsPerTimePoint(view.timeRate));
     const auto& channels = array->channels();
     if (std::any_of(channels.begin(), channels.end(),
                     [](const Channel& channel) { return isFlashing(channel.display.state); }))
@@ -266,7 +267,8 @@ void GLThread::stepScene()
 
 void GLThread::stepTimePoint()
 {
-    if (!m_host.scene.isPlaying() || elapsed() - m_lastTimeStep < timePointMilliseconds(m_host.scene.view))
+    if (!m_host.scene.isPlaying() ||
+        elapsed() - m_lastTimeStep < millisecondsPerTimePoint(m_host.scene.view.timeRate))
         return;
     VoxelArray& array = *m_host.scene.current();
     array.setTimePoint(array.timePoint() + 1);

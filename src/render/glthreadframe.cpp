@@ -342,10 +342,12 @@ void GLThread::drawFourViews(const FrameState& frame)
 
 void GLThread::drawSegmentation(const FrameState& frame)
 {
-    if (frame.segmentation == nullptr || frame.segmentation->facets.empty())
+    const Segmentation* mesh = frame.segmentation;
+    if (mesh == nullptr) {
+        m_meshList.clear();
         return;
-    const Segmentation& mesh = *frame.segmentation;
-    const GLuint list = m_meshList.of(mesh);
+    }
+    const GLuint list = m_meshList.of(*mesh);
     if (list == 0)
         return;
     disableTexturing();
@@ -359,7 +361,7 @@ void GLThread::drawSegmentation(const FrameState& frame)
         gl().ShadeModel(GL_SMOOTH);
         frame.light->apply();
         applyView(frame);
-        applyMaterial(mesh.material);
+        applyMaterial(mesh->material);
         gl().CallList(list);
     }
     // What is drawn next has the plain material again.

@@ -45,10 +45,9 @@ ListNames makeMeshList(const Segmentation& mesh)
 
 GLuint MeshList::of(const Segmentation& mesh)
 {
-    if (m_list.empty() || m_facets != mesh.facets.data() || m_count != mesh.facets.size()) {
+    if (m_list.empty() || m_revision != mesh.revision) {
         m_list = makeMeshList(mesh);
-        m_facets = mesh.facets.data();
-        m_count = mesh.facets.size();
+        m_revision = mesh.revision;
     }
     return m_list.empty() ? 0 : m_list.first();
 }
@@ -56,8 +55,7 @@ GLuint MeshList::of(const Segmentation& mesh)
 void MeshList::clear()
 {
     m_list.clear();
-    m_facets = nullptr;
-    m_count = 0;
+    m_revision = 0;
 }
 
 } // namespace tirn

@@ -12,7 +12,7 @@ void applyMaterial(const Material& material);
 /// normal of the one before.
 ListNames makeMeshList(const Segmentation& mesh);
 
-/// The list of the surface that was drawn last, made when it is drawn first.
+/// The list of the surface that was drawn last, made when it is drawn first and when its facets changed.
 class MeshList
 {
 public:
@@ -21,8 +21,7 @@ public:
     void clear();
 
 private:
-    const Triangle* m_facets = nullptr;
-    std::size_t m_count = 0;
+    std::uint64_t m_revision = 0;
     ListNames m_list;
 };
 

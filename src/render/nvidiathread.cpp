@@ -53,8 +53,9 @@ void NvidiaThread::bindChannelTables(const FrameState& frame, std::size_t channe
         gl().BindTexture(GL_TEXTURE_1D, palette);
     }
     if (frame.view.zCorrection) {
+        const std::vector<unsigned>& curves = frame.curveHandles[channel];
         gl().ActiveTextureARB(GL_TEXTURE2_ARB);
-        gl().BindTexture(GL_TEXTURE_1D, frame.array->channels()[channel].zCurve.textureName(zBlock));
+        gl().BindTexture(GL_TEXTURE_1D, curves[std::min(static_cast<std::size_t>(zBlock), curves.size() - 1)]);
     }
 }
 

@@ -38,7 +38,9 @@ bool OffscreenFrames::draw(const KeyFrame& pose, FramePicture* picture)
     view.rotY = wrapDegrees(pose.yrot);
     view.rotZ = wrapDegrees(pose.zrot);
     showPalettes(pose, m_stage.scene);
-    m_stage.thread().drawPicture({m_size, QRect(QPoint(0, 0), m_size), overlayScale(m_size), m_transparent});
+    const QRect whole(QPoint(0, 0), m_size);
+    if (!m_stage.thread().drawPicture({m_size, whole, overlayScale(m_size), m_transparent}))
+        return false;
     if (picture != nullptr) {
         gl().ReadPixels(0, 0, m_size.width(), m_size.height(), GL_BGRA, GL_UNSIGNED_BYTE, m_pixels.data());
         if (m_transparent)

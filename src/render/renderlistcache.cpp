@@ -1,11 +1,30 @@
 #include "render/renderlistcache.h"
 
-#include <algorithm>
+#include <utility>
 
 #include "base/log.h"
 #include "gl/gltable.h"
 
 namespace tirn {
+
+namespace {
+
+/// Lists of a time point.
+constexpr int kOrientations = 6;
+
+ListSource sourceOf(const FrameState& frame)
+{
+    return {frame.array->id(),
+            frame.voxelRevision,
+            frame.array->timePointCount(),
+            frame.array->textureTarget(),
+            frame.cut,
+            frame.channels,
+            frame.paletteHandles,
+            frame.curveHandles};
+}
+
+} // namespace
 
 void RenderListCache::clear()
 {
@@ -22,21 +41,20 @@ bool RenderListCache::rebuild(const FrameState& frame, bool force, const Builder
     if (!frame.array->isComplete())
         return false;
     const Orientation orientation = orientationOf(frame.rotation);
-    const bool stale = force || frame.array != m_array || frame.channels != m_channels ||
-                       m_renderLists.size() != static_cast<std::size_t>(frame.array->timePointCount()) * 6;
+    ListSource source = sourceOf(frame);
+    const bool stale = force || source != m_source || m_renderLists.empty();
     if (!stale && orientation == m_orientation && frame.timePoint == m_timePoint &&
         frame.view.renderMode == m_renderMode && m_currentRenderList != 0 &&
         gl().IsList(m_currentRenderList) == GL_TRUE)
         return true;
     if (stale) {
         clear();
-        m_renderLists.resize(static_cast<std::size_t>(frame.array->timePointCount()) * 6);
+        m_renderLists.resize(static_cast<std::size_t>(source.timePoints) * kOrientations);
+        m_source = std::move(source);
     }
-    m_array = frame.array;
     m_orientation = orientation;
     m_timePoint = frame.timePoint;
     m_renderMode = frame.view.renderMode;
-    m_channels = frame.channels;
     m_currentRenderList = slotList(frame, orientation, build);
     if (m_currentRenderList == 0) {
         logWarning("Render list is busted");
@@ -52,7 +70,8 @@ bool RenderListCache::rebuild(const FrameState& frame, bool force, const Builder
 
 GLuint RenderListCache::slotList(const FrameState& frame, Orientation orientation, const Builder& build)
 {
-    const auto index = static_cast<std::size_t>(frame.timePoint * 6 + orientationSlot(orientation));
+    const auto index =
+        static_cast<std::size_t>(frame.timePoint * kOrientations + orientationSlot(orientation));
     if (index >= m_renderLists.size())
         return 0;
     ListNames& slot = m_renderLists[index];

@@ -9,6 +9,21 @@
 
 namespace tirn {
 
+/// All that the lists of a volume are made from; lists are stale when it differs.
+struct ListSource
+{
+    StackId stack = StackId::None;
+    std::int64_t voxelRevision = 0;
+    int timePoints = 0;
+    GLenum target = 0;
+    CutBox cut;
+    std::vector<ChannelDisplay> channels;
+    std::vector<unsigned> paletteHandles;
+    std::vector<std::vector<unsigned>> curveHandles;
+
+    bool operator==(const ListSource&) const = default;
+};
+
 /// The display lists that draw a volume: one for each time point and orientation, built when first needed.
 ///
 /// Used with the render thread's context current.
@@ -18,10 +33,10 @@ public:
     /// Builds a list; an empty result means that it failed.
     using Builder = std::function<ListNames(Orientation, const SliceWalk&)>;
 
-    /// Makes the list of the frame's time point and view current. A changed channel display drops all lists,
-    /// and so does `force`; a time step or a turn drops none. False when there is nothing to draw. An array
-    /// that is not complete leaves the current list as it was; a list that could not be built leaves none, so
-    /// that the next call tries again.
+    /// Makes the list of the frame's time point and view current. A change of what they are made from drops
+    /// all lists, and so does `force`; a time step or a turn drops none. False when there is nothing to draw.
+    /// An array that is not complete leaves the current list as it was; a list that could not be built leaves
+    /// none, so that the next call tries again.
     bool rebuild(const FrameState& frame, bool force, const Builder& build);
 
     /// The list to call, 0 while there is none.
@@ -49,11 +64,10 @@ private:
     GLuint m_xyList = 0;
     GLuint m_yzList = 0;
     GLuint m_xzList = 0;
-    const VoxelArray* m_array = nullptr;
+    ListSource m_source;
     Orientation m_orientation = Orientation::Current;
     int m_timePoint = -1;
     RenderMode m_renderMode = RenderMode::Normal;
-    std::vector<ChannelDisplay> m_channels;
 };
 
 } // namespace tirn

@@ -15,10 +15,11 @@ ShownFrame shownFrame(const ViewState& view)
     return {{view.rotX, view.rotY, view.rotZ}, {view.transX, view.transY, view.transZ}, std::nullopt};
 }
 
-ShownStack shownStack(const AxisScale& scale, const CutBox& cut, int timePoint,
+ShownStack shownStack(const VoxelArray& array, const AxisScale& scale, const CutBox& cut, int timePoint,
                       std::vector<ChannelDisplay> channels)
 {
     return {{scale.x, scale.y, scale.z},
+            {array.width(), array.height(), array.finalDepth()},
             {cut.xMin, cut.yMin, cut.zMin},
             {cut.xMax, cut.yMax, cut.zMax},
             timePoint,
@@ -50,7 +51,7 @@ void showKeyFrame(const KeyFrame& frame, Scene& scene)
         std::vector<ChannelDisplay> channels;
         for (const Channel& channel : array->channels())
             channels.push_back(channel.display);
-        shown.stack = shownStack(array->scale, array->cut, array->timePoint(), std::move(channels));
+        shown.stack = shownStack(*array, array->scale, array->cut, array->timePoint(), std::move(channels));
     }
     loadKeyFrame(frame, shown);
     putOnScreen(shown, scene.view, array);
@@ -72,7 +73,7 @@ KeyFrame keyFrameOf(const FrameState& frame)
 {
     ShownFrame shown = shownFrame(frame.view);
     if (frame.array != nullptr)
-        shown.stack = shownStack(frame.scale, frame.cut, frame.timePoint, frame.channels);
+        shown.stack = shownStack(*frame.array, frame.scale, frame.cut, frame.timePoint, frame.channels);
     KeyFrame keyFrame = keyFrameOf(shown);
     keyFrame.array = frame.arrayIndex;
     return keyFrame;

@@ -12,6 +12,14 @@ unsigned paletteHandle(const Scene& scene, int palette)
     return index < scene.palettes.size() ? scene.palettes[index]->glHandle() : 0;
 }
 
+std::vector<unsigned> curveHandles(const ZCurve& curve, const StackGeometry& geometry)
+{
+    std::vector<unsigned> handles;
+    for (int block = 0; block < std::max(1, geometry.zBlocks); ++block)
+        handles.push_back(curve.textureName(block));
+    return handles;
+}
+
 } // namespace
 
 int Scene::indexOf(StackId id) const
@@ -31,19 +39,21 @@ FrameState takeFrameState(const Scene& scene)
     frame.recording = scene.recording;
     frame.watermark = scene.watermark;
     frame.light = scene.light;
-    if (!scene.segmentations.empty())
-        frame.segmentation = scene.segmentations.front().get();
+    frame.segmentation = drawnSurface(scene.segmentations);
     frame.array = scene.current();
     if (frame.array == nullptr)
         return frame;
     frame.arrayIndex = scene.currentIndex;
     frame.scale = frame.array->scale;
     frame.cut = frame.array->cut;
+    frame.voxelRevision = frame.array->voxelRevision();
     frame.timePoint = frame.array->timePoint();
     frame.timeLabel = frame.array->timeLabels().value(frame.timePoint);
     for (const Channel& channel : frame.array->channels()) {
         frame.channels.push_back(channel.display);
         frame.paletteHandles.push_back(paletteHandle(scene, channel.display.palette));
+        if (frame.view.zCorrection)
+            frame.curveHandles.push_back(curveHandles(channel.zCurve, frame.array->geometry()));
     }
     return frame;
 }

@@ -71,10 +71,14 @@ struct FrameState
     int arrayIndex = -1;
     AxisScale scale;
     CutBox cut;
+    /// Differs from what it was whenever voxels or textures changed.
+    std::int64_t voxelRevision = 0;
     int timePoint = 0;
     std::vector<ChannelDisplay> channels;
     /// What each channel's colours are bound by on the card, 0 for a channel without a palette.
     std::vector<unsigned> paletteHandles;
+    /// With depth correction: what each channel's curve is bound by, for each block along z.
+    std::vector<std::vector<unsigned>> curveHandles;
     bool batchMode = false;
     bool recording = false;
     QString timeLabel;

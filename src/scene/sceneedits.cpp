@@ -28,7 +28,7 @@ bool translateView(ViewState& view, double offset, int axis)
     return place != nullptr;
 }
 
-void setScale(VoxelArray& array, const AxisScale& scale) { array.scale = scale; }
+void setScale(VoxelArray& array, const AxisScale& scale) { array.scale = clampedScale(scale); }
 
 void setAxisScale(VoxelArray& array, int axis, double value)
 {

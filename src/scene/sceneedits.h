@@ -13,7 +13,7 @@ bool translateView(ViewState& view, double offset, int axis);
 
 /// Gives one axis a scale; a volume that keeps its ratio has the others follow.
 void setAxisScale(VoxelArray& array, int axis, double value);
-/// Gives each axis its scale.
+/// Gives each axis its scale, within what a volume can have.
 void setScale(VoxelArray& array, const AxisScale& scale);
 
 /// Makes a volume current; what played stops.

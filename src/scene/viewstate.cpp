@@ -83,8 +83,6 @@ bool spin(ViewState& view, int width)
     return true;
 }
 
-int timePointMilliseconds(const ViewState& view) { return 1000 / std::max(1, view.timeRate); }
-
 OrthoBounds widenedBounds(const ViewState& view, const AxisScale& scale)
 {
     const double offset = std::hypot(view.transX, view.transY, view.transZ);

@@ -100,9 +100,6 @@ double wrapDegrees(double angle);
 /// One step of the spin: the angles move by rate * -180 / width each. Returns whether they moved.
 bool spin(ViewState& view, int width);
 
-/// Milliseconds that a time point is shown while it plays.
-int timePointMilliseconds(const ViewState& view);
-
 /// Near and far that hold the whole scaled volume, and never less than the stored bounds.
 OrthoBounds widenedBounds(const ViewState& view, const AxisScale& scale);
 

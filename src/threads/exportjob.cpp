@@ -9,8 +9,8 @@
 
 #include "base/checkedsize.h"
 #include "base/log.h"
+#include "base/outputfile.h"
 #include "depth/curvebaking.h"
-#include "formats/files/outputfile.h"
 #include "formats/imageformats.h"
 #include "image/interleave.h"
 #include "image/voxelallocation.h"

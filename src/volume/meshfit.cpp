@@ -90,6 +90,7 @@ void fitMesh(Segmentation& mesh, MeshFit fit, const StackGeometry& geometry,
             facet.normal[axis] = maps[axis].factor < 0 ? -facet.normal[axis] : facet.normal[axis];
     }
     mesh.bounds = boundsOf(mesh.facets);
+    mesh.facetsChanged();
 }
 
 } // namespace tirn

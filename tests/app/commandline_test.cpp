@@ -1,5 +1,6 @@
 #include "app/commandline.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -37,7 +38,13 @@ TEST(CommandLine, ANumberIsAPaletteIndexEvenIfAFileIsCalledSo)
 {
     const QTemporaryDir directory;
     const QString name = existingFile(directory, "3");
-    EXPECT_EQ(parseCommandLine({"tirn", "3"}, everything).paletteIds, std::vector<unsigned>{3});
+    const QString before = QDir::currentPath();
+    ASSERT_TRUE(QDir::setCurrent(directory.path()));
+    ASSERT_TRUE(QFile::exists("3"));
+    const CommandLine line = parseCommandLine({"tirn", "3", "./3"}, everything);
+    QDir::setCurrent(before);
+    EXPECT_EQ(line.paletteIds, std::vector<unsigned>{3});
+    EXPECT_EQ(line.stacks, QStringList{"./3"});
     EXPECT_EQ(parseCommandLine({"tirn", name}, everything).stacks, QStringList{name});
 }
 

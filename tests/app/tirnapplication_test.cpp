@@ -419,7 +419,17 @@ TEST_F(Application, ASurfaceIsDrawnInTheVolume)
     EXPECT_EQ(takeBox(), "Segmentation: " + mesh + " loaded.");
     EXPECT_TRUE(log.contains("Segmentation " + mesh + " loaded."));
     settle();
-    EXPECT_NE(widget().renderThread().grabNextFrame(), before);
+    const QImage small = widget().renderThread().grabNextFrame();
+    EXPECT_NE(small, before);
+    writeText(
+        mesh,
+        "solid m\nfacet normal 0 0 1\nouter loop\nvertex -1 -1 0\nvertex 1 -1 0\nvertex 0 1 0\nendloop\n"
+        "endfacet\nendsolid m\n");
+    app().loadSegmentation(mesh);
+    EXPECT_EQ(takeBox(), "Segmentation: " + mesh + " loaded.");
+    settle();
+    EXPECT_NE(widget().renderThread().grabNextFrame(), small) << "the newest replaces the former";
+    EXPECT_EQ(app().scene().segmentations.size(), 1U);
     writeText(mesh, "solid m\nnothing of the kind\n");
     app().loads().loadSegmentation(mesh);
     EXPECT_EQ(takeBox(), "Load Error: Failed to load " + mesh);

@@ -2,57 +2,11 @@
 
 #include <csignal>
 
-#include "cli/drawingtool.h"
+#include "cli/movietool.h"
 #include "depth/curvefile.h"
 
 namespace tirn {
 namespace {
-
-class MovieTool : public DrawingTool
-{
-protected:
-    Outcome movie(const QStringList& arguments) const
-    {
-        return program(TIRN_TOOL, QStringList{"movie"} + arguments);
-    }
-    void make(const QStringList& arguments) const
-    {
-        const Outcome done = movie(arguments);
-        EXPECT_EQ(done.code, 0) << done.err.toStdString();
-        EXPECT_EQ(done.err, "");
-        EXPECT_TRUE(done.out.isEmpty());
-    }
-    QImage rendered(const QStringList& options) const
-    {
-        const Outcome done =
-            program(TIRN_TOOL, QStringList{"render", "--overwrite"} + options + QStringList{path("one.png")});
-        EXPECT_EQ(done.code, 0) << done.err.toStdString();
-        return QImage(path("one.png"));
-    }
-    QImage frame(const char* name) const { return QImage(path(name)); }
-    /// "FRAMES,WIDTH,HEIGHT,RATE" as ffprobe counts them.
-    QString probed(const QString& name) const
-    {
-        const QByteArray out = program("ffprobe", {"-v", "error", "-count_frames", "-show_entries",
-                                                   "stream=width,height,r_frame_rate,nb_read_frames", "-of",
-                                                   "default=noprint_wrappers=1", path(name)})
-                                   .out;
-        return QString::fromLatin1(out).trimmed().replace('\n', ' ');
-    }
-    void expectUsageError(const QStringList& options, const QString& text) const
-    {
-        const Outcome refused = movie(options + QStringList{pic(), path("never.avi")});
-        EXPECT_EQ(refused.code, 2) << options.join(' ').toStdString();
-        EXPECT_EQ(refused.err, "tirntool: " + text + "; see tirntool --help\n");
-        EXPECT_FALSE(QFileInfo::exists(path("never.avi")));
-    }
-    QString xml(const QString& name, const QString& text) const
-    {
-        return test::saveBytes(path(name), text.toUtf8());
-    }
-};
-
-const QStringList kSmall = {"--size", "48x32"};
 
 TEST_F(MovieTool, ARotationIsThePicturesOfItsAngles)
 {
@@ -82,6 +36,16 @@ TEST_F(MovieTool, AnAviHasItsFramesSizeAndRate)
     make(QStringList{"--frames", "6", "--turns", "2", "--rate", "25", pic(), path("turn.avi")} + kSmall);
     EXPECT_EQ(probed("turn.avi"), "width=48 height=32 r_frame_rate=25/1 nb_read_frames=12");
     EXPECT_EQ(files(), (QStringList{"in.pic", "turn.avi"}));
+}
+
+TEST_F(MovieTool, AnAvisFramesAreOpaque)
+{
+    make(QStringList{"--frames", "2", pic(), path("turn.avi")} + kSmall);
+    const QByteArray bytes = test::fileContent(path("turn.avi"));
+    constexpr int frameBytes = 48 * 32 * 4;
+    ASSERT_GT(bytes.size(), 224 + 2 * (frameBytes + 8));
+    for (int at = 224 + 8 + 3; at < 224 + 8 + frameBytes; at += 4)
+        ASSERT_EQ(static_cast<unsigned char>(bytes.at(at)), 255);
 }
 
 TEST_F(MovieTool, AnAvisFramesAreThePictures)
@@ -190,6 +154,25 @@ TEST_F(MovieTool, NothingIsReplacedUnasked)
     EXPECT_EQ(files(), (QStringList{"in.pic", "turn0002.png"}));
     make(QStringList{"--overwrite", "--frames", "4", in, path("turn.png")} + kSmall);
     EXPECT_EQ(frame("turn0002.png").size(), QSize(48, 32));
+}
+
+TEST_F(MovieTool, PaddingReplacesNothingUnaskedEither)
+{
+    // Two time points of three frames and four to pad: after frame 6 come 7 to 10, past the eight frames.
+    const QString in = pic();
+    const QStringList options = QStringList{"--type", "time",      "--frames", "8", "--frames-per-time-point",
+                                            "3",      "--padding", "4",        in,  path("t.png")} +
+                                kSmall + QStringList{"--time-point", pic("b.pic", false)};
+    test::saveBytes(path("t0009.png"), "before");
+    const Outcome refused = movie(options);
+    EXPECT_EQ(refused.code, 1);
+    EXPECT_TRUE(refused.err.contains(path("t0009.png") + ": File exists")) << refused.err.toStdString();
+    EXPECT_EQ(files(), (QStringList{"b.pic", "in.pic", "t0009.png"}));
+    make(options + QStringList{"--overwrite"});
+    EXPECT_EQ(files().filter("t00").size(), 11);
+    for (const char* padding : {"t0008.png", "t0009.png", "t0010.png"})
+        EXPECT_EQ(frame(padding), frame("t0007.png"));
+    EXPECT_EQ(frame("t0009.png"), rendered(kSmall + QStringList{in}));
 }
 
 TEST_F(MovieTool, SeeThroughFramesKeepTheirOpacity)

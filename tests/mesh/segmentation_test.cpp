@@ -132,16 +132,14 @@ TEST_F(Stl, WordsAreCaseSensitive)
     EXPECT_EQ(warningsOf("SOLID name\n"), QStringList{"No idea what this file is"});
 }
 
-TEST_F(Stl, WhiteSpaceBehindANormalFailsAndBehindAVertexDoesNot)
+TEST_F(Stl, WhiteSpaceMayStandBehindEveryLine)
 {
-    QStringList lines = facetText("0 0 0 ", "1 0 0\t", "0 1 0");
-    EXPECT_TRUE(load(asciiStl(lines)));
-    lines[0] = "facet normal 0.0 0.0 1.0 ";
-    EXPECT_EQ(warningsOf(asciiStl(lines)), QStringList{"can't find normal"});
-    lines[0] = "facet normal 0 0 1  ";
-    EXPECT_EQ(warningsOf(asciiStl(lines)), QStringList{"can't find normal"});
-    lines[0] = "facet normal 0 0 1 ";
-    EXPECT_TRUE(load(asciiStl(lines))) << "one blank is the character that may be any";
+    QStringList lines = facetText();
+    lines[0] = "facet normal 0.0 0.0 1.0";
+    for (QString& line : lines)
+        line += " \t ";
+    ASSERT_TRUE(load(asciiStl(lines)));
+    EXPECT_EQ(mesh.facets[0].normal, (Vector3f{0, 0, 1}));
 }
 
 TEST_F(Stl, LinesMayEndTheOtherWay)
@@ -151,11 +149,25 @@ TEST_F(Stl, LinesMayEndTheOtherWay)
     EXPECT_EQ(mesh.facets.size(), 1U);
 }
 
-TEST_F(Stl, AnEndWithANameIsNoEnd)
+TEST_F(Stl, AnEndMayHaveAName)
 {
-    EXPECT_EQ(warningsOf(asciiStl(facetText()).replace("endsolid", "endsolid name")),
+    for (const char* end : {"endsolid name", "endsolid\tname", "\t endsolid  ", "endsolid"})
+        EXPECT_TRUE(load(asciiStl(facetText()).replace("endsolid", end))) << end;
+    EXPECT_EQ(warningsOf(asciiStl(facetText()).replace("endsolid", "endsolidname")),
               QStringList{"can't find normal"});
-    EXPECT_TRUE(load(asciiStl(facetText()).replace("endsolid", "\t endsolid  ")));
+}
+
+TEST_F(Stl, NumbersMayHaveExponentsAndALeadingPlus)
+{
+    EXPECT_EQ(vertexOf("1.5e-3 -2.5E+2 +4e1"), (Vector3f{1.5e-3F, -250, 40}));
+    EXPECT_EQ(vertexOf("1e-3 2.e2 +0.5"), (Vector3f{1e-3F, 200, 0.5F}));
+    EXPECT_EQ(vertexOf("1.0e39 -1e40 1e-60"), (Vector3f{kInfinity, -kInfinity, 0}));
+    QStringList lines = facetText();
+    lines[0] = "facet normal -4.371139e-08 +0.000000e+00 1.000000E+00";
+    ASSERT_TRUE(load(asciiStl(lines)));
+    EXPECT_EQ(mesh.facets[0].normal, (Vector3f{-4.371139e-08F, 0, 1}));
+    for (const char* text : {"1.5e+ 0 0", "1.5e-x 0 0", "+ 1 0 0", "+-1 0 0", "1x5e3 0 0"})
+        EXPECT_EQ(warningsOf(asciiStl(facetText(text))), QStringList{"can't find vertex 1"}) << text;
 }
 
 TEST_F(Stl, NumbersAreDigitsAnyCharacterDigits)
@@ -165,8 +177,8 @@ TEST_F(Stl, NumbersAreDigitsAnyCharacterDigits)
     EXPECT_EQ(vertexOf("1e2 2 3"), (Vector3f{100, 2, 3})) << "which is a number all the same here";
     EXPECT_EQ(vertexOf("1 2 3 4"), (Vector3f{1, 3, 4})) << "a blank is a character, too";
     EXPECT_EQ(vertexOf("0007 -0.5 00"), (Vector3f{7, -0.5F, 0}));
-    for (const char* text : {".5 0 0", "+1 0 0", "1.5e-3 0 0", "1 2", "1 2 3 4 5 6 7", "-.5 0 0", "nan 0 0",
-                             "inf 0 0", "", "--1 0 0"})
+    for (const char* text :
+         {".5 0 0", "+.5 0 0", "1 2", "1 2 3 4 5 6 7", "-.5 0 0", "nan 0 0", "inf 0 0", "", "--1 0 0"})
         EXPECT_EQ(warningsOf(asciiStl(facetText(text))), QStringList{"can't find vertex 1"}) << text;
 }
 
@@ -189,11 +201,16 @@ TEST_F(Stl, LongRowsOfDigitsAreInfiniteAndCostNoTime)
     EXPECT_EQ(warningsOf(asciiStl(facetText(digits + "x" + digits))), QStringList{"can't find vertex 1"});
 }
 
-TEST_F(Stl, ABinaryFileThatBeginsWithSolidIsTakenForText)
+TEST_F(Stl, TheSizeSaysThatAFileIsBinaryWhateverItBeginsWith)
 {
-    EXPECT_EQ(warningsOf(binaryStl({StlNumbers{}}, 1, "solid but binary")), QStringList{"can't find normal"});
-    EXPECT_EQ(warningsOf(binaryStl({StlNumbers{}}, 1, "  solid")), QStringList{"can't find normal"});
-    EXPECT_TRUE(load(binaryStl({StlNumbers{}}, 1, "a solid")));
+    for (const char* header : {"solid but binary", "  solid", "a solid", "solid\nfacet normal 0 0 1"}) {
+        ASSERT_TRUE(load(binaryStl({StlNumbers{0, 0, 1, 5}}, 1, header))) << header;
+        EXPECT_EQ(mesh.name, QString());
+        ASSERT_EQ(mesh.facets.size(), 1U);
+        EXPECT_EQ(mesh.facets[0].vertices[0], (Vector3f{5, 0, 0}));
+    }
+    EXPECT_TRUE(load(binaryStl({StlNumbers{}}, 1, "solid") + "!")) << "something behind it does no harm";
+    EXPECT_EQ(warningsOf(binaryStl({StlNumbers{}}, 2, "solid")), QStringList{"can't find normal"});
 }
 
 TEST_F(Stl, WhatIsTooShortForEitherFormIsUnknown)
@@ -309,6 +326,13 @@ TEST_F(Stl, RealFilesAreWhatOthersRead)
          {{0.0023589066695421934F, 0.002530524041503668F, 0.006098172161728144F},
           {0.9998051524162292F, 0.9990550875663757F, 0.999005138874054F}},
          {0.2232132852077484F, -0.6257603168487549F, 0.747395396232605F}},
+        {"Moon_ascii.stl", 116, {{0, 0, 0}, {1.62841F, 0.35F, 3}}, {-0.091618F, 0, -0.072093F}},
+        {"triangle_with_empty_solid.stl", 1, {{-1, -1, 0}, {1, 1, 0}}, {0, 0, 1}},
+        {"HalfDonut.stl",
+         288,
+         {{0, 0, 0}, {3, 0.5F, 3}},
+         {-0.014564807526767254F, 0.07322292029857635F, -0.002897128462791443F}},
+        {"Cube.stl", 12, {{0, 0, 0}, {2, 2, 2}}, {-1, 0, 0}},
         {"sphereWithHole.stl", 285, {{0, 0, 0}, {3, 3, 3}}, {-0.13F, -0.13F, -0.98F}},
     };
     for (const Fact& fact : facts) {
@@ -321,14 +345,38 @@ TEST_F(Stl, RealFilesAreWhatOthersRead)
     EXPECT_EQ(mesh.name, "tinysphere_withhole");
 }
 
-TEST_F(Stl, RealFilesThatAreRefused)
+TEST_F(Stl, AFileOfASolidWithoutFacetsIsAnEmptySurface)
 {
-    EXPECT_EQ(loadSample("triangle_with_empty_solid.stl"), "can't find normal")
-        << "a blank behind the normal";
-    EXPECT_EQ(loadSample("Moon_ascii.stl"), "can't find normal") << "a name behind endsolid";
-    EXPECT_EQ(loadSample("empty.stl"), "can't find normal") << "the same";
-    EXPECT_EQ(loadSample("HalfDonut.stl"), "can't find normal") << "binary, begins with solid";
-    EXPECT_EQ(loadSample("Cube.stl"), "can't find normal") << "the same behind a blank";
+    EXPECT_EQ(loadSample("empty.stl"), QString());
+    EXPECT_EQ(mesh.name, "Empty");
+    EXPECT_TRUE(mesh.facets.empty());
+}
+
+TEST(DrawnSurface, IsTheNewestUnlessItIsHidden)
+{
+    std::vector<std::unique_ptr<Segmentation>> surfaces;
+    EXPECT_EQ(drawnSurface(surfaces), nullptr);
+    for (int i = 0; i < 2; ++i) {
+        surfaces.push_back(std::make_unique<Segmentation>());
+        EXPECT_EQ(drawnSurface(surfaces), nullptr) << "a surface without facets";
+        surfaces.back()->facets.resize(1);
+    }
+    EXPECT_EQ(drawnSurface(surfaces), surfaces[1].get());
+    surfaces[1]->visible = false;
+    EXPECT_EQ(drawnSurface(surfaces), nullptr);
+    surfaces[1]->visible = true;
+    EXPECT_EQ(drawnSurface(surfaces), surfaces[1].get());
+}
+
+TEST(SurfaceRevisions, TellSurfacesAndTheirChangesApart)
+{
+    Segmentation one;
+    const Segmentation other;
+    EXPECT_NE(one.revision, other.revision);
+    const std::uint64_t before = one.revision;
+    one.facetsChanged();
+    EXPECT_NE(one.revision, before);
+    EXPECT_NE(one.revision, other.revision);
 }
 
 } // namespace

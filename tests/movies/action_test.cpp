@@ -110,6 +110,33 @@ TEST(TimeFrame, TimePointsGoInFrontOfAllOthers)
               "Rocking is not compatible with the other actions in this timeframe.");
 }
 
+TEST(TimeFrame, TimePassesInEachOneOfAStackWithSeveralTimePoints)
+{
+    Action rotation;
+    rotation.y = 1;
+    Action lost;
+    lost.start = 2;
+    lost.end = 5;
+    Action custom;
+    custom.type = ActionType::Custom;
+    std::vector<TimeFrame> timeFrames = {
+        {{}, 1}, {{rotation}, 1}, {{lost, rotation}, 1}, {{custom}, 1}, {{lost, custom}, 1}};
+    letTimePass(timeFrames, 3);
+    Action time;
+    time.type = ActionType::TimePoints;
+    time.framesPerTimePoint = 3;
+    Action told = time;
+    told.start = 2;
+    told.end = 5;
+    EXPECT_EQ(
+        timeFrames,
+        (std::vector<TimeFrame>{
+            {{time}, 1}, {{time, rotation}, 1}, {{told, rotation}, 1}, {{custom}, 1}, {{told, custom}, 1}}));
+    const std::vector<TimeFrame> once = timeFrames;
+    letTimePass(timeFrames, 3);
+    EXPECT_EQ(timeFrames, once);
+}
+
 TEST(RockingAngles, ZRocksAboutX)
 {
     using Angles = std::array<double, 3>;
@@ -433,7 +460,13 @@ TEST(CustomAction, ReplaysItsFramesAndComplainsPastTheEnd)
     action.keyFrames.resize(2);
     action.keyFrames[1].xrot = 7;
     const test::LogCapture log;
-    EXPECT_EQ(applied(action, 1, 2), action.keyFrames[1]);
+    KeyFrame replayed = action.keyFrames[1];
+    replayed.palettes = startFrame().palettes;
+    replayed.channels = startFrame().channels;
+    EXPECT_EQ(applied(action, 1, 2), replayed) << "without palettes and channels those that were there stay";
+    action.keyFrames[0].palettes = {{{1}, {2}, {3}, {4}}};
+    action.keyFrames[0].channels = {{ChannelState::Hidden, 0, 0}};
+    EXPECT_EQ(applied(action, 0, 2), action.keyFrames[0]);
     EXPECT_TRUE(log.lines().isEmpty());
     EXPECT_EQ(applied(action, 2, 2), startFrame());
     EXPECT_EQ(log.warnings(), QStringList{"Trying to load non-existant keyframe!!!!"});

@@ -8,6 +8,7 @@
 #include "movies/aviwriter.h"
 #include "movies/framesink.h"
 #include "support/foreignavi.h"
+#include "support/foreigntiff.h"
 #include "support/logcapture.h"
 #include "support/picfile.h"
 #include "support/smalldisk.h"
@@ -23,6 +24,14 @@ std::vector<std::uint8_t> pattern(int width, int height, int frame)
     std::vector<std::uint8_t> pixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4);
     for (std::size_t i = 0; i < pixels.size(); ++i)
         pixels[i] = static_cast<std::uint8_t>(i * 7 + static_cast<std::size_t>(frame) * 31);
+    return pixels;
+}
+
+/// The same as the sink writes it: nothing can be seen through.
+std::vector<std::uint8_t> opaque(std::vector<std::uint8_t> pixels)
+{
+    for (std::size_t i = 3; i < pixels.size(); i += 4)
+        pixels[i] = 0xff;
     return pixels;
 }
 
@@ -380,9 +389,34 @@ TEST_F(Avi, OthersReadAnInterruptedMovieWithReservedPlaces)
     for (const int frame : {0, 1, 2, 6})
         ASSERT_TRUE(sink.write({pattern(16, 16, frame).data(), 16, 16}, frame));
     ASSERT_TRUE(sink.finish());
+    EXPECT_EQ(sink.frames(), 7);
     const test::ForeignAvi avi = test::readWithFfmpeg(path());
-    ASSERT_GE(avi.pictures.size(), 3U);
-    EXPECT_EQ(static_cast<std::uint8_t>(avi.pictures[2][15 * 16 * 4]), pattern(16, 16, 2)[0]);
+    EXPECT_EQ(avi.complaints, QString());
+    ASSERT_EQ(avi.pictures.size(), 7U) << "up to the highest place that was written";
+    for (const std::size_t frame : {0U, 1U, 2U, 6U})
+        EXPECT_EQ(static_cast<std::uint8_t>(avi.pictures[frame][15 * 16 * 4]),
+                  pattern(16, 16, static_cast<int>(frame))[0]);
+    for (const std::size_t gap : {3U, 4U, 5U}) {
+        for (int pixel = 0; pixel < 16 * 16; ++pixel)
+            ASSERT_EQ(avi.pictures[gap].mid(4 * pixel, 3), QByteArray(3, '\0'));
+    }
+}
+
+TEST_F(Avi, TheSinksFramesAreOpaque)
+{
+    AviSink sink(path(), 3, 2, 15);
+    ASSERT_TRUE(sink.begin(3));
+    ASSERT_TRUE(sink.write({pattern(3, 2, 0).data(), 3, 2}, 0));
+    ASSERT_TRUE(sink.write({pattern(3, 2, 2).data(), 3, 2}, 2));
+    ASSERT_TRUE(sink.finish());
+    const QByteArray bytes = fileContent(path());
+    const int s = 8 + 3 * 2 * 4;
+    for (const int frame : {0, 1, 2}) {
+        for (int pixel = 0; pixel < 6; ++pixel)
+            EXPECT_EQ(at(bytes, 224 + frame * s + 8 + 4 * pixel + 3, 1), 255U) << frame;
+    }
+    EXPECT_EQ(bytes.mid(224 + 2 * s + 8, 3),
+              QByteArray(reinterpret_cast<const char*>(pattern(3, 2, 2).data()), 3));
 }
 
 TEST_F(Avi, TheSinkMakesTheFileBesideItsTarget)
@@ -408,7 +442,12 @@ TEST_F(Avi, TheSinkMakesTheFileBesideItsTarget)
     EXPECT_EQ(sink.frames(), 2);
     const QByteArray made = fileContent(path());
     QFile::remove(path());
-    EXPECT_EQ(made, movie(2, 2, 15, 2));
+    AviWriter writer(path(), 2, 2, 15);
+    ASSERT_TRUE(writer.open());
+    for (const int frame : {0, 1})
+        ASSERT_TRUE(writer.writeFrame(opaque(pattern(2, 2, frame)).data()));
+    ASSERT_TRUE(writer.close());
+    EXPECT_EQ(made, fileContent(path()));
     EXPECT_EQ(files(), QStringList{"movie.avi"});
 }
 
@@ -510,6 +549,16 @@ TEST_F(Avi, PicturesOfEachFormatHoldTheFrame)
         NumberedSink sink(path("g.mov"), pictureWriterOf(format));
         EXPECT_FALSE(sink.write({pixels, 1, 2}, 3));
     }
+}
+
+TEST_F(Avi, NumberedTiffsAreInColourGreyOnesToo)
+{
+    const std::uint8_t grey[] = {9, 9, 9, 0, 9, 9, 9, 0};
+    NumberedSink sink(path("f.tif"), pictureWriterOf(MovieFormat::Tiff));
+    ASSERT_TRUE(sink.write({grey, 1, 2}, 0)) << sink.error().toStdString();
+    const test::ForeignTiff tiff = test::readWithTifffile(path("f0000.tif"));
+    EXPECT_EQ(tiff.channels, 3);
+    EXPECT_EQ(tiff.samples, std::vector<int>(6, 9));
 }
 
 TEST(FramePicture, BecomesAnImageWithItsTopRowFirst)

@@ -1,4 +1,3 @@
-#include <climits>
 #include <cmath>
 
 #include <gtest/gtest.h>
@@ -15,6 +14,7 @@ ShownFrame shown()
     frame.rotation = {1, 2, 3};
     frame.translation = {4, 5, 6};
     frame.stack = ShownStack{{7, 8, 9},
+                             {30, 31, 32},
                              {10, 11, 12},
                              {20, 21, 22},
                              3,
@@ -27,6 +27,7 @@ TEST(LoadKeyFrame, SetsAllThatIsShown)
     ShownFrame target;
     target.stack = ShownStack{};
     target.stack->channels.resize(2);
+    target.stack->slices = {30, 31, 32};
     loadKeyFrame(keyFrameOf(shown()), target);
     EXPECT_EQ(target, shown());
 }
@@ -56,7 +57,30 @@ TEST(LoadKeyFrame, ANegativeSideStaysAndFractionsAreCutOff)
     ShownFrame target = shown();
     loadKeyFrame(frame, target);
     EXPECT_EQ(target.stack->cutMin, (std::array<int, 3>{10, 2, 0}));
-    EXPECT_EQ(target.stack->cutMax, (std::array<int, 3>{20, INT_MAX, 22}));
+    EXPECT_EQ(target.stack->cutMax, (std::array<int, 3>{20, 30, 22}));
+}
+
+TEST(LoadKeyFrame, ACrossedCutBoxIsSortedAndAnAbsurdOneKeptWithinTheStack)
+{
+    KeyFrame frame = keyFrameOf(shown());
+    frame.xmin = 25;
+    frame.xmax = 3;
+    frame.ymin = 2e9;
+    frame.ymax = 1e300;
+    frame.zmin = 20;
+    frame.zmax = -1;
+    ShownFrame target = shown();
+    target.stack->cutMax[2] = 5;
+    loadKeyFrame(frame, target);
+    EXPECT_EQ(target.stack->cutMin, (std::array<int, 3>{3, 30, 5}));
+    EXPECT_EQ(target.stack->cutMax, (std::array<int, 3>{25, 30, 20}));
+    // A box that was absurd before is none afterwards, whatever the frame leaves alone.
+    target.stack->cutMin = {-7, 900, 4};
+    target.stack->cutMax = {1000, -3, 4};
+    frame.xmin = frame.xmax = frame.ymin = frame.ymax = frame.zmin = frame.zmax = -1;
+    loadKeyFrame(frame, target);
+    EXPECT_EQ(target.stack->cutMin, (std::array<int, 3>{0, 0, 4}));
+    EXPECT_EQ(target.stack->cutMax, (std::array<int, 3>{29, 30, 4}));
 }
 
 TEST(LoadKeyFrame, SetsChannelsAsFarAsBothAreThere)

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include "movies/movieloop.h"
+#include "support/foreignavi.h"
 #include "support/logcapture.h"
+#include "support/picfile.h"
 
 namespace tirn {
 namespace {
@@ -200,6 +202,27 @@ TEST(MovieSteps, ARecordedFrameBringsItsTimePoint)
     EXPECT_EQ(texts(regularSteps(movie), movie), (QStringList{"0@2", "1@0", "2@3"}));
 }
 
+TEST(MovieSteps, ARecordedFrameWithoutPalettesAndChannelsKeepsThoseThatWereThere)
+{
+    PredefinedMovie movie;
+    movie.settings.type = MovieType::Custom;
+    movie.start.channels = {{ChannelState::FlashOn, 1, 2}};
+    movie.recorded.resize(3);
+    movie.recorded[0].xrot = 5;
+    movie.recorded[1].palettes = {{{1}, {2}, {3}, {4}}};
+    movie.flashMilliseconds = 1000;
+    const MovieSteps steps = regularSteps(movie);
+    MovieStep step;
+    KeyFrame pose = movie.firstPose();
+    ASSERT_TRUE(steps(step, pose));
+    EXPECT_EQ(pose.xrot, 5);
+    EXPECT_EQ(pose.channels, (std::vector<ChannelDisplay>{{ChannelState::FlashOff, 1, 2}}));
+    ASSERT_TRUE(steps(step, pose));
+    EXPECT_EQ(pose.palettes.size(), 1U);
+    ASSERT_TRUE(steps(step, pose));
+    EXPECT_EQ(pose.palettes.size(), 1U);
+}
+
 /// Draws the frame's angle as its one pixel.
 struct TinySource : FrameSource
 {
@@ -335,6 +358,73 @@ TEST(MovieLoop, CancelEndsItAfterTheFrameAtHand)
     EXPECT_EQ(result.error, QString());
     EXPECT_EQ(sink.frames, (QList<std::int64_t>{0, 1}));
     EXPECT_EQ(sink.finished, 1);
+}
+
+TEST(MovieLoop, ACancelBeforeTheFirstFrameLeavesWhatWasThere)
+{
+    TinySource source;
+    TinySink sink;
+    const std::atomic<bool> cancel = true;
+    const MovieResult result = runMovie(jobOf(rotation(5)), source, &sink, {{}, &cancel});
+    EXPECT_TRUE(result.cancelled);
+    EXPECT_TRUE(source.drawn.isEmpty());
+    EXPECT_EQ(sink.finished, 0);
+
+    const QTemporaryDir folder;
+    const QString name = test::saveBytes(folder.filePath("old.avi"), "old");
+    AviSink avi(name, 1, 1, 15);
+    EXPECT_TRUE(runMovie(jobOf(rotation(5)), source, &avi, {{}, &cancel}).cancelled);
+    EXPECT_EQ(test::fileContent(name), "old");
+}
+
+TEST(MovieLoop, AMovieWithoutFramesIsAFileWithNone)
+{
+    PredefinedMovie movie;
+    movie.settings.type = MovieType::Custom;
+    const QTemporaryDir folder;
+    TinySource source;
+    AviSink avi(folder.filePath("none.avi"), 6, 4, 15);
+    const MovieResult result = runMovie(jobOf(movie), source, &avi);
+    EXPECT_EQ(result.error, QString());
+    EXPECT_EQ(result.pictures, 0);
+    EXPECT_EQ(test::fileContent(folder.filePath("none.avi")).size(), 232);
+    ASSERT_TRUE(test::haveForeignAvi()) << "ffmpeg is not installed";
+    EXPECT_EQ(test::probedFrames(folder.filePath("none.avi")), 0);
+}
+
+TEST(MovieLoop, ACancelledBatchKeepsTheFramesBehindGaps)
+{
+    const PredefinedMovie movie = timeMovie(8, {.timePoints = 2, .framesPerTimePoint = 2});
+    const QTemporaryDir folder;
+    TinySource source;
+    AviSink avi(folder.filePath("batch.avi"), 1, 1, 15);
+    std::atomic<bool> cancel = false;
+    // Frames 0, 1, 4 and 5 are those of the first time point.
+    const Progress progress = {[&](const QString&, int done, int) { cancel = done == 4; }, &cancel};
+    runMovie({batchSteps(movie), movie.firstPose(), 8, true, std::nullopt}, source, &avi, progress);
+    EXPECT_EQ(avi.frames(), 6);
+    EXPECT_EQ(test::fileContent(folder.filePath("batch.avi")).size(), aviFileBytes(1, 1, 6));
+}
+
+TEST(MovieLoop, NamesThePicturesBeforeTheyAreMade)
+{
+    const PredefinedMovie movie =
+        timeMovie(8, {.timePoints = 2, .framesPerTimePoint = 3, .paddingFrames = 4});
+    MovieJob job{regularSteps(movie), movie.firstPose(), movie.frames(), false, std::nullopt};
+    const auto named = [&job] {
+        QList<std::int64_t> all;
+        job.forEachPicture([&all](std::int64_t frame) { all << frame; });
+        return all;
+    };
+    // Padding goes on past the end.
+    EXPECT_EQ(named(), (QList<std::int64_t>{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10}));
+    EXPECT_EQ(named().size(), 11) << "the steps of the job are not used up";
+    job.range = FrameRange{5, 8};
+    EXPECT_EQ(named(), (QList<std::int64_t>{5, 6, 7, 8}));
+    TinySource source;
+    TinySink sink;
+    runMovie(job, source, &sink);
+    EXPECT_EQ(sink.frames, (QList<std::int64_t>{5, 6, 7, 8}));
 }
 
 TEST(MovieLoop, AFailureEndsItAndWhatWasWrittenIsFinished)

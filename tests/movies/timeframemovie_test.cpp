@@ -160,6 +160,23 @@ TEST(TimeFrameMovie, AFadeGoesOnFromWhatTheOneBeforeLeft)
     EXPECT_EQ(all[20].palettes[1], movie.start.palettes[1]);
 }
 
+TEST(TimeFrameMovie, AFadeBehindRecordedFramesWithoutPalettesFadesWhatWasThere)
+{
+    TimeFrameMovie movie;
+    Action custom = actionOf(ActionType::Custom);
+    custom.keyFrames.resize(2);
+    Action fadeOut = actionOf(ActionType::Palette);
+    fadeOut.paletteActions = {static_cast<int>(PaletteAction::FadeOut)};
+    fadeOut.paletteAfter = {0};
+    movie.timeFrames = {{{custom}, 1}, {{fadeOut}, 1}};
+    movie.start.channels = {{ChannelState::Shown, 0, 0}};
+    movie.start.palettes = {{{150}, {30}, {0}, {60}}};
+    const std::vector<KeyFrame> all = poses(timeFrameSteps(movie));
+    ASSERT_EQ(all.size(), 17U);
+    EXPECT_EQ(all[1].palettes, movie.start.palettes);
+    EXPECT_EQ(all[2 + 5].palettes[0], (PaletteValues{{100}, {20}, {0}, {40}}));
+}
+
 TEST(FramesByTimePoint, NamesEachFrameOnceInAscendingOrder)
 {
     TimeFrameMovie movie;

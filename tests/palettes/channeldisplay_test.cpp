@@ -46,7 +46,7 @@ TEST(StepChannels, SwapsPalettes)
 {
     std::vector<ChannelDisplay> channels = displays({6, 0});
     EXPECT_TRUE(stepChannels(channels));
-    EXPECT_EQ(channels[0], (ChannelDisplay{ChannelState::PaletteSwap, 20, 10}));
+    EXPECT_EQ(channels[0], (ChannelDisplay{ChannelState::PaletteSwap, 20, 10, true}));
     EXPECT_EQ(channels[1], (ChannelDisplay{ChannelState::Shown, 10, 20}));
 }
 
@@ -68,6 +68,58 @@ TEST(StepChannels, KeepsASingleRotatingFlashShown)
 }
 
 TEST(StepChannels, WaitingChannelsAloneStayHidden) { EXPECT_EQ(stepped({5, 5}), (States{5, 5})); }
+
+/// A channel of palette 5 that swaps with palette 7, after so many swaps.
+ChannelDisplay swapping(int swaps)
+{
+    ChannelDisplay channel;
+    choosePalette(channel, 5);
+    chooseSecondPalette(channel, 7);
+    chooseState(channel, ChannelState::PaletteSwap);
+    for (int swap = 0; swap < swaps; ++swap)
+        swapPalettes({&channel, 1});
+    return channel;
+}
+
+TEST(ChosenPalettes, StayWhileTheyTakeTurns)
+{
+    for (const int swaps : {0, 1, 2, 3}) {
+        const ChannelDisplay channel = swapping(swaps);
+        EXPECT_EQ(channel.palette, swaps % 2 == 0 ? 5 : 7);
+        EXPECT_EQ(channel.alternatePalette, swaps % 2 == 0 ? 7 : 5);
+        EXPECT_EQ(chosenPalette(channel), 5);
+        EXPECT_EQ(secondPalette(channel), 7);
+    }
+}
+
+TEST(ChosenPalettes, TheChosenOneIsDrawnWhenSwappingEnds)
+{
+    for (const int swaps : {0, 1, 2}) {
+        for (const ChannelState state : {ChannelState::Shown, ChannelState::Hidden, ChannelState::FlashOn}) {
+            ChannelDisplay channel = swapping(swaps);
+            chooseState(channel, state);
+            EXPECT_EQ(channel, (ChannelDisplay{state, 7, 5})) << swaps;
+        }
+        ChannelDisplay again = swapping(swaps);
+        chooseState(again, ChannelState::PaletteSwap);
+        EXPECT_EQ(again, swapping(swaps)) << "the same state again changes nothing";
+    }
+}
+
+TEST(ChosenPalettes, AnotherChoiceIsDrawnAtOnce)
+{
+    for (const int swaps : {0, 1}) {
+        ChannelDisplay channel = swapping(swaps);
+        choosePalette(channel, 9);
+        EXPECT_EQ(channel, (ChannelDisplay{ChannelState::PaletteSwap, 7, 9}));
+        channel = swapping(swaps);
+        choosePalette(channel, 5);
+        EXPECT_EQ(channel, (ChannelDisplay{ChannelState::PaletteSwap, 7, 5})) << "the same one, too";
+        channel = swapping(swaps);
+        chooseSecondPalette(channel, 9);
+        EXPECT_EQ(channel, (ChannelDisplay{ChannelState::PaletteSwap, 9, 5}));
+    }
+}
 
 TEST(FlashSteps, EachPartChangesItsOwnStatesOnly)
 {

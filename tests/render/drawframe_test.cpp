@@ -327,15 +327,17 @@ Triangle facet(float size)
     return {{Vector3f{0, 0, 0}, Vector3f{size, 0, 0}, Vector3f{0, size, 0}}, {0, 0, 1}};
 }
 
-TEST_P(DrawFrame, DrawsTheFirstSurfaceInItsLightAfterTheVolume)
+TEST_P(DrawFrame, DrawsTheNewestSurfaceInItsLightAfterTheVolume)
 {
     showVolume();
     rig.draw();
     rig.scene.segmentations.push_back(std::make_unique<Segmentation>());
     EXPECT_EQ(rig.draw({"CallList"}), Calls{call(list())});
-    Segmentation& mesh = *rig.scene.segmentations.front();
-    mesh.facets = {facet(1), facet(2)};
-    rig.scene.segmentations.push_back(std::make_unique<Segmentation>(mesh));
+    rig.scene.segmentations.front()->facets = {facet(1)};
+    rig.draw();
+    EXPECT_EQ(rig.gl.count("Vertex3f"), 3);
+    rig.scene.segmentations.push_back(std::make_unique<Segmentation>());
+    rig.scene.segmentations.back()->facets = {facet(1), facet(2)};
     rig.draw();
     EXPECT_EQ(rig.gl.count("NewList"), 1);
     EXPECT_EQ(rig.gl.count("Normal3f"), 2);
@@ -404,10 +406,43 @@ TEST_P(DrawFrame, AChangedSurfaceIsRecordedAnew)
     mesh.facets = {facet(1)};
     rig.draw();
     mesh.facets = {facet(1), facet(2), facet(3)};
+    mesh.facetsChanged();
     EXPECT_EQ(rig.draw({"NewList"}).size(), 1U);
     EXPECT_EQ(rig.gl.count("Normal3f"), 3);
     rig.scene.segmentations.clear();
     EXPECT_EQ(rig.draw({"CallList"}), Calls{call(list())});
+}
+
+TEST_P(DrawFrame, AHiddenSurfaceIsNotDrawnAndComesBack)
+{
+    showVolume();
+    rig.scene.segmentations.push_back(std::make_unique<Segmentation>());
+    Segmentation& mesh = *rig.scene.segmentations.front();
+    mesh.facets = {facet(1)};
+    rig.draw();
+    mesh.visible = false;
+    EXPECT_EQ(rig.draw({"CallList"}), Calls{call(list())});
+    mesh.visible = true;
+    EXPECT_EQ(rig.draw({"CallList"}).size(), 2U);
+    EXPECT_EQ(rig.gl.count("NewList"), 0) << "its list was kept";
+}
+
+TEST_P(DrawFrame, AClosedSurfaceLeavesNoListBehind)
+{
+    showVolume();
+    rig.draw();
+    const int before = liveGlNames().lists;
+    // One that begins its life where the closed one was is another one all the same.
+    for (int i = 0; i < 2; ++i) {
+        rig.scene.segmentations.push_back(std::make_unique<Segmentation>());
+        rig.scene.segmentations.front()->facets = {facet(1)};
+        EXPECT_EQ(rig.draw({"NewList"}).size(), 1U);
+        EXPECT_EQ(liveGlNames().lists, before + 1);
+        rig.scene.segmentations.clear();
+        if (i == 1)
+            rig.draw();
+    }
+    EXPECT_EQ(liveGlNames().lists, before);
 }
 
 TEST_P(DrawFrame, AFacetWithoutANormalIsLogged)

@@ -126,6 +126,22 @@ TEST_F(RenderLists, AreAllDroppedByAChangedChannel)
     }
 }
 
+TEST_F(RenderLists, AreAllDroppedByACutOnAnySide)
+{
+    rebuild();
+    for (int CutBox::*side :
+         {&CutBox::xMin, &CutBox::xMax, &CutBox::yMin, &CutBox::yMax, &CutBox::zMin, &CutBox::zMax}) {
+        frame.cut.*side += frame.cut.*side == 0 ? 1 : -1;
+        gl.clear();
+        EXPECT_TRUE(rebuild());
+        EXPECT_EQ(built, Orientations{Orientation::XYForward});
+        EXPECT_EQ(gl.count("DeleteLists"), 1);
+        EXPECT_TRUE(rebuild());
+        EXPECT_TRUE(built.empty()) << "a cut that stays costs nothing";
+    }
+    EXPECT_EQ(walks.back(), (SliceWalk{1, 8, 2, 1, -1}));
+}
+
 TEST_F(RenderLists, AreAllDroppedByForce)
 {
     rebuild();

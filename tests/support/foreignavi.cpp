@@ -23,6 +23,16 @@ QByteArray output(const QString& program, const QStringList& arguments, QString*
     return process.readAllStandardOutput();
 }
 
+/// What ffprobe says of the first stream.
+QJsonObject probedStream(const QString& name, QString* complaints)
+{
+    const QByteArray json = output(
+        "ffprobe", {"-v", "warning", "-count_frames", "-show_streams", "-of", "json", name}, complaints);
+    return QJsonDocument::fromJson(json).object().value("streams").toArray().at(0).toObject();
+}
+
+int framesOf(const QJsonObject& stream) { return stream.value("nb_read_frames").toString().toInt(); }
+
 } // namespace
 
 bool haveForeignAvi()
@@ -32,16 +42,20 @@ bool haveForeignAvi()
     return have;
 }
 
+int probedFrames(const QString& name)
+{
+    QString complaints;
+    const QJsonObject stream = probedStream(name, &complaints);
+    return stream.isEmpty() ? -1 : framesOf(stream);
+}
+
 ForeignAvi readWithFfmpeg(const QString& name)
 {
     ForeignAvi avi;
-    const QByteArray json = output(
-        "ffprobe", {"-v", "warning", "-count_frames", "-show_streams", "-of", "json", name}, &avi.complaints);
-    const QJsonObject stream =
-        QJsonDocument::fromJson(json).object().value("streams").toArray().at(0).toObject();
+    const QJsonObject stream = probedStream(name, &avi.complaints);
     avi.width = stream.value("width").toInt();
     avi.height = stream.value("height").toInt();
-    avi.frames = stream.value("nb_read_frames").toString().toInt();
+    avi.frames = framesOf(stream);
     avi.rate = stream.value("r_frame_rate").toString();
     avi.pixelFormat = stream.value("pix_fmt").toString();
     const QString raw = name + ".frames";

@@ -24,6 +24,9 @@ struct ForeignAvi
 /// False where ffmpeg is not installed: tests that need it are skipped.
 bool haveForeignAvi();
 
+/// The frames that ffprobe finds in a file; -1 when it finds no movie.
+int probedFrames(const QString& name);
+
 /// Reads with ffprobe and ffmpeg; a failed test and nothing when they cannot.
 ForeignAvi readWithFfmpeg(const QString& name);
 

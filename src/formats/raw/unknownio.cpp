@@ -5,8 +5,8 @@
 #include <limits>
 
 #include "base/checkedsize.h"
+#include "base/outputfile.h"
 #include "formats/files/layerread.h"
-#include "formats/files/outputfile.h"
 #include "image/imagefile.h"
 #include "image/layercount.h"
 #include "image/voxelallocation.h"

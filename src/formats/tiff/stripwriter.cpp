@@ -7,7 +7,7 @@
 
 #include "base/checkedsize.h"
 #include "base/log.h"
-#include "formats/files/outputfile.h"
+#include "base/outputfile.h"
 #include "formats/tiff/tiffifdio.h"
 
 namespace tirn {

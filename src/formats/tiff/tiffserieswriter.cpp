@@ -2,7 +2,7 @@
 
 #include "base/checkedsize.h"
 #include "base/log.h"
-#include "formats/files/outputfile.h"
+#include "base/outputfile.h"
 #include "formats/names/fileending.h"
 #include "formats/tiff/stripwriter.h"
 #include "formats/tiff/tiffseriesio.h"

@@ -5,7 +5,7 @@
 
 #include "base/checkedsize.h"
 #include "base/log.h"
-#include "formats/files/outputfile.h"
+#include "base/outputfile.h"
 #include "formats/names/fileending.h"
 #include "formats/vendor/bioradio.h"
 #include "formats/vendor/bioradlayout.h"

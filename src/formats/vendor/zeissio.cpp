@@ -4,8 +4,8 @@
 
 #include "base/checkedsize.h"
 #include "base/log.h"
+#include "base/outputfile.h"
 #include "base/stopwatch.h"
-#include "formats/files/outputfile.h"
 #include "formats/files/planarread.h"
 #include "formats/tiff/tiffdirectory.h"
 #include "formats/tiff/tifftags.h"

@@ -1,7 +1,5 @@
 #include "ui/pictures/pictureprinter.h"
 
-#include <algorithm>
-
 #include <QPainter>
 
 #include "base/log.h"
@@ -15,9 +13,9 @@ bool printPicture(const QImage& picture, QPrinter& printer)
         return false;
     const QRect page = painter.viewport();
     logDebug("width %d, height %d", page.width(), page.height());
-    const int shorter = std::min(page.width(), page.height());
-    const int longer = std::max(page.width(), page.height());
-    painter.drawImage(QRect(0, (longer - shorter) / 2, shorter, shorter), picture);
+    QRect printed(QPoint(0, 0), picture.size().scaled(page.size(), Qt::KeepAspectRatio));
+    printed.moveCenter(page.center());
+    painter.drawImage(printed, picture);
     return painter.end();
 }
 

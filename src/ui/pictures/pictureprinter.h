@@ -5,8 +5,8 @@
 
 namespace tirn {
 
-/// Prints a picture into a square as wide as the shorter side of the page, in the middle of the longer one,
-/// whatever the picture's proportions. False when the printer takes nothing.
+/// Prints a picture as large as the page takes it in its own proportions, in the middle. False when the
+/// printer takes nothing.
 bool printPicture(const QImage& picture, QPrinter& printer);
 
 } // namespace tirn
