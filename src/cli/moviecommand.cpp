@@ -224,6 +224,7 @@ void checkTargets(const QString& out, MovieFormat format, const MovieJob& job, Q
     std::int64_t pictures = 0;
     job.forEachPicture([&](std::int64_t frame) {
         ++pictures;
+        Console::checkInterrupt();
         if (format != MovieFormat::Avi)
             checkReplaceable(numberedPictureName(out, frame), overwrite);
     });
