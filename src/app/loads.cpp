@@ -4,8 +4,8 @@
 #include <QFileInfo>
 
 #include "base/log.h"
-#include "formats/names/filefilters.h"
 #include "formats/imageio.h"
+#include "formats/names/filefilters.h"
 #include "palettes/palettefile.h"
 #include "ui/messages.h"
 #include "ui/open/stackopenform.h"

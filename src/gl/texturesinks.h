@@ -1,7 +1,7 @@
 #pragma once
 
 #include "gl/texturemaps.h"
-#include "image/texturesink.h"
+#include "image/encoding/texturesink.h"
 
 namespace tirn {
 

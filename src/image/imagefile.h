@@ -11,7 +11,7 @@
 #include "base/progress.h"
 #include "base/voxelbuffer.h"
 #include "image/imageattributes.h"
-#include "image/stackstats.h"
+#include "image/statistics/stackstats.h"
 
 namespace tirn {
 

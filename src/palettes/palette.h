@@ -8,7 +8,7 @@
 #include <QColor>
 #include <QString>
 
-#include "image/stackstats.h"
+#include "image/statistics/stackstats.h"
 #include "palettes/paletteentry.h"
 #include "palettes/palettetables.h"
 #include "palettes/palettevalues.h"

@@ -55,7 +55,8 @@ void NvidiaThread::bindChannelTables(const FrameState& frame, std::size_t channe
     if (frame.view.zCorrection) {
         const std::vector<unsigned>& curves = frame.curveHandles[channel];
         gl().ActiveTextureARB(GL_TEXTURE2_ARB);
-        gl().BindTexture(GL_TEXTURE_1D, curves[std::min(static_cast<std::size_t>(zBlock), curves.size() - 1)]);
+        gl().BindTexture(GL_TEXTURE_1D,
+                         curves[std::min(static_cast<std::size_t>(zBlock), curves.size() - 1)]);
     }
 }
 

@@ -14,14 +14,9 @@ constexpr int kOrientations = 6;
 
 ListSource sourceOf(const FrameState& frame)
 {
-    return {frame.array->id(),
-            frame.voxelRevision,
-            frame.array->timePointCount(),
-            frame.array->textureTarget(),
-            frame.cut,
-            frame.channels,
-            frame.paletteHandles,
-            frame.curveHandles};
+    return {
+        frame.array->id(), frame.voxelRevision, frame.array->timePointCount(), frame.array->textureTarget(),
+        frame.cut,         frame.channels,      frame.paletteHandles,          frame.curveHandles};
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "depth/zcurve.h"
-#include "image/stackstats.h"
+#include "image/statistics/stackstats.h"
 #include "palettes/channeldisplay.h"
 
 namespace tirn {

@@ -425,7 +425,7 @@ TEST_F(Application, ASurfaceIsDrawnInTheVolume)
         mesh,
         "solid m\nfacet normal 0 0 1\nouter loop\nvertex -1 -1 0\nvertex 1 -1 0\nvertex 0 1 0\nendloop\n"
         "endfacet\nendsolid m\n");
-    app().loadSegmentation(mesh);
+    app().loads().loadSegmentation(mesh);
     EXPECT_EQ(takeBox(), "Segmentation: " + mesh + " loaded.");
     settle();
     EXPECT_NE(widget().renderThread().grabNextFrame(), small) << "the newest replaces the former";

@@ -163,7 +163,7 @@ TEST_P(ProgramRenderList, BindsTheDepthCurveOfTheBlock)
     spec.blockLimit = 2;
     const VoxelArray& array = rig.show({denseStack(2, 2, 4)}, spec);
     rig.makePalettes(1);
-    rig.shaders().zCorrection = true;
+    rig.scene.view.zCorrection = true;
     const ZCurve& curve = array.channels()[0].zCurve;
     Calls curves;
     Calls expected;

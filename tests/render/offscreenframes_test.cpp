@@ -1,8 +1,8 @@
 #include "render/offscreenframes.h"
 
 #include "glsupport/stagewith.h"
-#include "render/keyframeview.h"
 #include "render/picturemaker.h"
+#include "scene/keyframeview.h"
 #include "support/logcapture.h"
 
 namespace tirn::test {
@@ -19,7 +19,7 @@ protected:
           frames(std::make_unique<OffscreenFrames>(*stage, kSize))
     {}
 
-    KeyFrame shown(bool palettes) const { return shownKeyFrame(stage->view, stage->scene, palettes); }
+    KeyFrame shown(bool palettes) const { return shownKeyFrame(stage->scene, palettes); }
     QImage frame(const KeyFrame& pose)
     {
         FramePicture picture;

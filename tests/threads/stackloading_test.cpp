@@ -1,7 +1,5 @@
 // One load, step by step: what is reported, what is made, what is refused.
 
-#include <numeric>
-
 #include "support/stacks.h"
 #include "support/tifffile.h"
 #include "uisupport/loadrig.h"
@@ -258,20 +256,6 @@ TEST_F(StackLoadingTest, SubSamplingReducesEachStackAndIsRemembered)
     EXPECT_EQ(loaded->array->depth(), 2);
     EXPECT_EQ(loaded->array->subsample, 2);
     EXPECT_EQ(loaded->array->images()[1]->attributes().x, 3);
-}
-
-TEST_F(StackLoadingTest, ASubSampledStackHasStatisticsOfItsOwn)
-{
-    for (const bool conserve : {false, true}) {
-        describePics(1);
-        description.setRange(0, 3, 1, 2, GL_TEXTURE_2D, false, 0, conserve);
-        const auto loaded = load();
-        ASSERT_TRUE(loaded);
-        const StackStats& stats = loaded->array->channels()[0].stats;
-        EXPECT_EQ(std::accumulate(stats.histogram.begin(), stats.histogram.end(), std::uint64_t{0}),
-                  3U * 3 * 2);
-        EXPECT_EQ(stats.sliceMean.size(), 2U);
-    }
 }
 
 TEST_F(StackLoadingTest, AFactorThatThereIsNoneReadsTheStackAsItIs)

@@ -2,7 +2,7 @@
 
 #include <QRegularExpression>
 
-#include "image/texturesink.h"
+#include "image/encoding/texturesink.h"
 #include "support/stacks.h"
 
 namespace tirn {

@@ -9,6 +9,10 @@
 
 namespace tirn {
 
+// All filters of this room: `channel` -1 means all. They return false, and leave the stack as it was, when
+// there is no stack or the work was cancelled; without room they throw AllocationError. `size` is that of a
+// window, h = size / 2; `is3D` extends it along z.
+
 /// A piece of a stack that one thread filters at a time: rows [y0, y1) of layers [z0, z1).
 struct FilterPart
 {

@@ -1,4 +1,4 @@
-#include "image/histogrammemory.h"
+#include "image/statistics/histogrammemory.h"
 
 #include <atomic>
 #include <cstdlib>

@@ -6,7 +6,7 @@
 
 #include <QString>
 
-#include "image/histogrammemory.h"
+#include "image/statistics/histogrammemory.h"
 
 namespace tirn {
 

@@ -3,8 +3,8 @@
 
 #include "base/checkedsize.h"
 #include "base/log.h"
+#include "image/encoding/texturesink.h"
 #include "image/imagefile.h"
-#include "image/texturesink.h"
 
 namespace tirn {
 

@@ -1,4 +1,4 @@
-#include "image/histogramcount.h"
+#include "image/statistics/histogramcount.h"
 
 #include <algorithm>
 #include <cstring>

@@ -8,8 +8,8 @@
 #include "base/log.h"
 #include "base/parallel.h"
 #include "base/stopwatch.h"
-#include "image/histogramcount.h"
 #include "image/imagefile.h"
+#include "image/statistics/histogramcount.h"
 #include "image/targetclones.h"
 
 namespace tirn {

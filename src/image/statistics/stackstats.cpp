@@ -1,4 +1,4 @@
-#include "image/stackstats.h"
+#include "image/statistics/stackstats.h"
 
 #include "base/log.h"
 

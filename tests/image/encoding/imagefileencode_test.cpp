@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "image/texturesink.h"
+#include "image/encoding/texturesink.h"
 #include "support/logcapture.h"
 #include "support/picfile.h"
 #include "support/stacks.h"

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "image/stackstats.h"
+#include "image/statistics/stackstats.h"
 
 namespace tirn {
 
