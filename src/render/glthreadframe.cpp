@@ -342,11 +342,12 @@ void GLThread::drawFourViews(const FrameState& frame)
 
 void GLThread::drawSegmentation(const FrameState& frame)
 {
-    const Segmentation* mesh = frame.segmentation;
-    if (mesh == nullptr) {
+    // A hidden surface may come back, one that is closed does not.
+    if (m_host.scene.segmentations.empty())
         m_meshList.clear();
+    const Segmentation* mesh = frame.segmentation;
+    if (mesh == nullptr)
         return;
-    }
     const GLuint list = m_meshList.of(*mesh);
     if (list == 0)
         return;
