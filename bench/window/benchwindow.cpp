@@ -30,12 +30,12 @@ BenchWindow::BenchWindow()
 {
     m_card = m_info.readCapabilities();
     m_shaders = std::make_unique<Shaders>();
-    const WidgetServices services{m_card, m_scene, m_settings, *m_shaders, m_lock, m_events, m_hidden};
+    const WidgetServices services{m_card, m_model, *m_shaders, m_lock, m_events, m_hidden};
     m_widget = std::make_unique<TirnWidget>("bench", services, false, nullptr);
     m_tables = std::make_unique<GlPaletteTables>(m_widget->threadKind(), &m_hidden);
     const QColor colours[] = {QColor(255, 160, 60), QColor(80, 160, 255), QColor(120, 255, 120)};
     for (const QColor& colour : colours)
-        m_scene.palettes.push_back(std::make_unique<Palette>(colour, 8, m_tables.get()));
+        scene().palettes.push_back(std::make_unique<Palette>(colour, 8, m_tables.get()));
     m_widget->setFixedSize(512, 512);
     m_widget->show();
     while (!m_widget->surface().isReady())
@@ -47,7 +47,7 @@ BenchWindow::~BenchWindow()
     closeAll();
     m_widget.reset();
     m_hidden.makeCurrent();
-    m_scene.palettes.clear();
+    scene().palettes.clear();
     m_shaders.reset();
 }
 
@@ -65,18 +65,17 @@ VoxelArray& BenchWindow::show(int x, int y, int z, int channels, GLenum target)
     gl().Finish();
     for (int c = 0; c < channels; ++c)
         array->channels()[static_cast<std::size_t>(c)].display.palette = c % 3;
-    m_scene.arrays.push_back(std::move(array));
-    m_scene.currentIndex = static_cast<int>(m_scene.arrays.size()) - 1;
-    m_widget->renderThread().forceRebuild = true;
-    return *m_scene.arrays.back();
+    scene().arrays.push_back(std::move(array));
+    scene().currentIndex = static_cast<int>(scene().arrays.size()) - 1;
+    return *scene().arrays.back();
 }
 
 void BenchWindow::closeAll()
 {
     m_widget->stopAndWait();
     m_hidden.makeCurrent();
-    m_scene.currentIndex = -1;
-    m_scene.arrays.clear();
+    scene().currentIndex = -1;
+    scene().arrays.clear();
 }
 
 double BenchWindow::frame()

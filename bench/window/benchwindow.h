@@ -37,15 +37,15 @@ public:
     std::vector<double> turn();
 
     TirnWidget& widget() { return *m_widget; }
-    Scene& scene() { return m_scene; }
+    Scene& scene() { return m_model.sharedScene(); }
+    SceneModel& model() { return m_model; }
     HiddenContext& hidden() { return m_hidden; }
 
 private:
     HiddenContext m_hidden;
     GlInfo m_info{m_hidden};
     GlCapabilities m_card;
-    Scene m_scene;
-    RenderSettings m_settings;
+    SceneModel m_model;
     RenderLock m_lock;
     NoEvents m_events;
     std::unique_ptr<Shaders> m_shaders;

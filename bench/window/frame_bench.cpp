@@ -77,13 +77,10 @@ static void bareQuads(benchmark::State& state)
     surface.handTo(*QThread::currentThread());
     surface.makeCurrent();
     {
-        ViewState view;
-        RenderSettings settings;
         Shaders shaders;
         RenderLock lock;
         NoEvents events;
-        BareQuads bare({window.scene(), view, settings, shaders, lock, surface, events,
-                        RenderThreadKind::FragmentProgram});
+        BareQuads bare({window.scene(), shaders, lock, surface, events, RenderThreadKind::FragmentProgram});
         bare.prepare();
         const GLuint palette = window.scene().palettes.front()->glHandle();
         for (auto _ : state) {

@@ -28,10 +28,7 @@ BenchWindow& shownWindow()
     BenchWindow& window = benchWindow();
     window.closeAll();
     window.show(256, 256, 64, 1, GL_TEXTURE_2D);
-    window.widget().changeView([](ViewState& view) {
-        view.rotX = 20;
-        view.rotY = 30;
-    });
+    window.widget().changeVoxelRotation(20, 30, 0);
     window.widget().stopAndWait();
     window.hidden().makeCurrent();
     return window;

@@ -142,6 +142,15 @@ void connectActions(const MenuTargets& targets)
     on("stackOpenAction", [loads = &targets.loads] { loads->chooseStack(); });
     on("sequenceTiffAction", [mainForm] { mainForm->loadSequenceTiff(); });
     on("segmentationOpenAction", [loads = &targets.loads] { loads->chooseSegmentation(); });
+    on("closeSegmentationAction", [model = &targets.model] {
+        model->editLists(Change::Look, [](Scene& scene) { scene.segmentations.clear(); });
+    });
+    on("showSegmentationAction", [model = &targets.model](bool shown) {
+        model->edit(Change::Look, [=](Scene& scene) {
+            if (!scene.segmentations.empty())
+                scene.segmentations.back()->visible = shown;
+        });
+    });
     on("closeStackAction", [stacks = &targets.stacks] { stacks->close(-1); });
     on("closeAllAction", [stacks = &targets.stacks] { stacks->closeAll(); });
     on("printAction", [pictures = &targets.pictures, mainForm] { pictures->printWindow(mainForm); });

@@ -134,7 +134,7 @@ int GLThread::millisecondsToNextChange()
         const qint64 left = std::max<qint64>(1, due - elapsed());
         next = next < 0 ? left : std::min(next, left);
     };
-    if (m_host.scene.isPlaying())
+    if (m_host.scene.isPlaying() && array->timePointCount() > 1)
         consider(m_lastTimeStep + millisecondsPerTimePoint(view.timeRate));
     const auto& channels = array->channels();
     if (std::any_of(channels.begin(), channels.end(),

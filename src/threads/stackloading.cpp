@@ -299,6 +299,7 @@ void StackLoading::loadNamedChannels()
     report("Encoding " + names.first(), m_progress, m_progressTotal, false);
     for (int i = 0; i < names.size() && keepGoing(); ++i)
         encode(m_current);
+    report({}, m_progressTotal, m_progressTotal, false);
 }
 
 /// Each element is one channel of a time point, with a file for each layer.

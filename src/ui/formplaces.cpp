@@ -39,6 +39,21 @@ std::vector<QPoint> placesAlong(const QRect& mainFrame, const QSize& form, const
     return places;
 }
 
+/// Places anywhere that touch what stands there.
+std::vector<QPoint> placesBetween(const QSize& form, const QRect& screen, const std::vector<QRect>& taken)
+{
+    std::vector<QPoint> places;
+    for (const QRect& a : taken) {
+        for (const QRect& b : taken) {
+            for (const int x : {a.left(), a.right() + 1, a.left() - form.width()}) {
+                for (const int y : {b.top(), b.bottom() + 1, b.top() - form.height()})
+                    places.push_back(onScreen({x, y}, form, screen));
+            }
+        }
+    }
+    return places;
+}
+
 } // namespace
 
 QPoint onScreen(QPoint corner, const QSize& form, const QRect& screen)
@@ -74,15 +89,19 @@ QPoint freeFormPosition(const QRect& mainFrame, const QSize& form, const QRect& 
 {
     QPoint best = formPosition(mainFrame, form, screen, side);
     std::int64_t least = std::numeric_limits<std::int64_t>::max();
-    for (const FormSide each : {side, FormSide::Left, FormSide::Right, FormSide::Below, FormSide::Above}) {
-        for (const QPoint& place : placesAlong(mainFrame, form, screen, taken, each)) {
+    // Of places that are as good, the first one counts.
+    const auto consider = [&](const std::vector<QPoint>& places) {
+        for (const QPoint& place : places) {
             const std::int64_t area = coveredArea({place, form}, taken);
             if (area < least) {
                 least = area;
                 best = place;
             }
         }
-    }
+    };
+    for (const FormSide each : {side, FormSide::Left, FormSide::Right, FormSide::Below, FormSide::Above})
+        consider(placesAlong(mainFrame, form, screen, taken, each));
+    consider(placesBetween(form, screen, taken));
     return best;
 }
 

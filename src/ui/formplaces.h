@@ -17,8 +17,8 @@ enum class FormSide { Left = 0, Right = 1, Above = 2, Below = 3 };
 /// the top, and moved back where it would leave it at the right or below.
 QPoint formPosition(const QRect& mainFrame, const QSize& form, const QRect& screen, FormSide side);
 
-/// The same, moved along that side, and then to the other sides, to where the form covers none of `taken`;
-/// where there is no such place, to where it covers least.
+/// The same, moved along that side, then to the other sides and then anywhere, to where the form covers none
+/// of `taken`; where there is no such place, to where it covers least.
 QPoint freeFormPosition(const QRect& mainFrame, const QSize& form, const QRect& screen,
                         const std::vector<QRect>& taken, FormSide side);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 
+#include <QCoreApplication>
 #include <QEvent>
 #include <QMenuBar>
 #include <QSettings>
@@ -72,19 +73,28 @@ ToolForm* FormTable::create(FormId id, bool show)
     if (form(id) == nullptr && make(formRow(id)) == nullptr)
         return nullptr;
     Made& found = *made(id);
-    if (show && !found.form->isShown())
+    const bool isPlaced = show && needsPlace(found);
+    if (isPlaced)
         place(found);
     found.form->setShown(show);
+    // What it shows may have made it larger.
+    if (isPlaced) {
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+        place(found);
+    }
+    found.isUnplaced = found.isUnplaced && !isPlaced;
     return found.form;
+}
+
+bool FormTable::needsPlace(const Made& each) const
+{
+    const auto* dock = qobject_cast<QDockWidget*>(each.form->frame());
+    // A dock stays where the user put it.
+    return !each.form->isShown() && (dock == nullptr || (dock->isFloating() && each.isUnplaced));
 }
 
 void FormTable::place(Made& each)
 {
-    const auto* dock = qobject_cast<QDockWidget*>(each.form->frame());
-    // A dock stays where the user put it.
-    if (dock != nullptr && (!dock->isFloating() || !each.isUnplaced))
-        return;
-    each.isUnplaced = false;
     QWidget& frame = *each.form->frame();
     each.form->ensurePolished();
     frame.adjustSize();

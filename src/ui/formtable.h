@@ -52,6 +52,8 @@ private:
     };
     ToolForm* make(const FormRow& row);
     void putIntoDock(const FormRow& row, ToolForm& form);
+    /// False for a form that stays where it is.
+    bool needsPlace(const Made& made) const;
     void place(Made& made);
     std::vector<QRect> takenPlaces(const Made& except) const;
     Made* made(FormId id);

@@ -3,6 +3,7 @@
 #include <QClipboard>
 #include <QDir>
 #include <QFile>
+#include <QProgressDialog>
 #include <QSignalSpy>
 #include <QTimer>
 
@@ -216,6 +217,17 @@ TEST_F(Application, PalettesClosedDuringALoadLeaveTheFirst)
     ASSERT_EQ(app().arrayCount(), 1);
     EXPECT_EQ(app().scene().palettes.size(), 1U);
     EXPECT_EQ(app().scene().current()->channels()[1].display.palette, 0);
+}
+
+TEST_F(Application, TheProgressOfANamedStackEndsWithIt)
+{
+    for (const QStringList& names :
+         {QStringList{picFile("a.pic")}, QStringList{picFile("b.pic"), picFile("c.pic")}}) {
+        load(names);
+        const auto* progress = app().mainForm().findChild<QProgressDialog*>("progress");
+        ASSERT_NE(progress, nullptr);
+        EXPECT_EQ(progress->value(), -1) << "reset, " << names.size() << " files";
+    }
 }
 
 TEST_F(Application, BatchModeClosesNothing)
@@ -435,6 +447,24 @@ TEST_F(Application, ASurfaceIsDrawnInTheVolume)
     EXPECT_EQ(takeBox(), "Load Error: Failed to load " + mesh);
     EXPECT_EQ(app().scene().segmentations.size(), 1U);
     EXPECT_NE(app().mainForm().action("segmentationOpenAction"), nullptr);
+    QAction* shown = app().mainForm().action("showSegmentationAction");
+    QAction* close = app().mainForm().action("closeSegmentationAction");
+    const QImage drawn = widget().renderThread().grabNextFrame();
+    ASSERT_TRUE(shown->isEnabled() && shown->isChecked());
+    shown->trigger();
+    EXPECT_EQ(widget().renderThread().grabNextFrame(), before);
+    shown->trigger();
+    EXPECT_EQ(widget().renderThread().grabNextFrame(), drawn);
+    close->trigger();
+    EXPECT_EQ(widget().renderThread().grabNextFrame(), before);
+    EXPECT_FALSE(shown->isEnabled() || close->isEnabled());
+    writeText(mesh,
+              "solid m\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\n"
+              "endfacet\nendsolid\n");
+    app().loads().loadSegmentation(mesh);
+    takeBox();
+    app().closeAll();
+    EXPECT_TRUE(app().scene().segmentations.empty());
 }
 
 TEST_F(Application, TwentyStartsAndQuits)

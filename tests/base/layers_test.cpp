@@ -36,11 +36,9 @@ const std::map<QString, Layer>& layers()
 
 /// Arrows within a layer that are not there: the first room knows nothing of the second, which is built on
 /// it.
-const std::vector<std::pair<QString, QString>> strangers = {{"image", "formats"}};
-
-/// The one object that owns everything, and who may know it: workers take their input before they start.
-const QString applicationHeader = "app/tirnapplication.h";
-const QStringList applicationUsers = {"app", "ui", "main"};
+const std::vector<std::pair<QString, QString>> strangers = {{"image", "formats"}, {"scene", "render"},
+                                                            {"ui", "app"},        {"ui", "render"},
+                                                            {"threads", "app"},   {"threads", "ui"}};
 
 QString layerOf(const QString& room)
 {
@@ -49,6 +47,12 @@ QString layerOf(const QString& room)
             return name;
     }
     return {};
+}
+
+/// The folder of a form's task; empty for what lies elsewhere.
+QString taskOf(const QString& path)
+{
+    return path.startsWith("ui/") && path.count('/') > 1 ? path.section('/', 1, 1) : QString();
 }
 
 QString roomOf(const QString& path) { return path.contains('/') ? path.section('/', 0, 0) : QString("main"); }
@@ -103,8 +107,11 @@ private:
             return {};
         if (from.isEmpty() || to.isEmpty() || !name.contains('/'))
             return "not in a known room";
-        if (name == applicationHeader && !applicationUsers.contains(roomOf(path)))
-            return "only the interface knows the application object";
+        // What all forms share lies in ui itself and in its widgets.
+        const QString task = taskOf(path);
+        const QString otherTask = taskOf(name);
+        if (!task.isEmpty() && !otherTask.isEmpty() && otherTask != "widgets" && task != otherTask)
+            return "a form of " + task + " knows none of " + otherTask;
         const bool isStranger =
             std::count(strangers.begin(), strangers.end(), std::pair(roomOf(path), roomOf(name))) > 0;
         if (isStranger)
@@ -132,7 +139,8 @@ TEST(Layers, ArrowsPointDownIsFine)
     EXPECT_FALSE(isFound("image/imagefile.h", "\"base/log.h\""));
     EXPECT_FALSE(isFound("base/log.h", "\"session/paths.h\""));
     EXPECT_FALSE(isFound("render/camera.cpp", "\"image/imagefile.h\""));
-    EXPECT_FALSE(isFound("ui/mainform.cpp", "\"render/tirnwidget.h\""));
+    EXPECT_FALSE(isFound("ui/mainform.cpp", "\"scene/scenemodel.h\""));
+    EXPECT_FALSE(isFound("app/menus.cpp", "\"render/tirnwidget.h\""));
     EXPECT_FALSE(isFound("cli/tirntool.cpp", "\"render/camera.h\""));
     EXPECT_FALSE(isFound("main.cpp", "\"app/tirnapplication.h\""));
     EXPECT_FALSE(isFound("ui/mainform.cpp", "\"ui_mainform.h\""));
@@ -189,12 +197,34 @@ TEST(Layers, TheCoreKnowsNeitherWidgetsNorGl)
     EXPECT_FALSE(isFound("gl/glcalls.h", "<GL/gl.h>"));
 }
 
-TEST(Layers, OnlyTheInterfaceKnowsTheApplicationObject)
+TEST(Layers, OnlyTheTopKnowsTheApplicationObject)
 {
-    EXPECT_FALSE(isFound("ui/viewform.cpp", "\"app/tirnapplication.h\""));
+    EXPECT_FALSE(isFound("app/menus.cpp", "\"app/tirnapplication.h\""));
+    EXPECT_FALSE(isFound("main.cpp", "\"app/tirnapplication.h\""));
+    EXPECT_TRUE(isFound("ui/viewform.cpp", "\"app/tirnapplication.h\""));
     EXPECT_TRUE(isFound("threads/filethread.cpp", "\"app/tirnapplication.h\""));
-    EXPECT_FALSE(isFound("threads/filethread.cpp", "\"app/events.h\""));
+    EXPECT_TRUE(isFound("threads/filethread.cpp", "\"app/events.h\""));
+    EXPECT_TRUE(isFound("threads/filethread.cpp", "\"ui/messages.h\""));
     EXPECT_TRUE(isFound("render/glthread.cpp", "\"app/tirnapplication.h\""));
+}
+
+TEST(Layers, FormsKnowTheModelAndNotHowItIsDrawn)
+{
+    EXPECT_EQ(findings("ui/view/viewform.cpp", "#include \"render/glthread.h\""),
+              QStringList{"ui/view/viewform.cpp: render/glthread.h: ui knows nothing of render"});
+    EXPECT_TRUE(isFound("scene/scene.cpp", "\"render/glthread.h\""));
+    EXPECT_FALSE(isFound("render/glthread.cpp", "\"scene/scene.h\""));
+}
+
+TEST(Layers, FormsOfOneTaskKnowNoneOfAnother)
+{
+    EXPECT_EQ(
+        findings("ui/view/viewform.cpp", "#include \"ui/open/stackopenform.h\""),
+        QStringList{"ui/view/viewform.cpp: ui/open/stackopenform.h: a form of view knows none of open"});
+    EXPECT_FALSE(isFound("ui/view/viewform.cpp", "\"ui/view/cutplanesform.h\""));
+    EXPECT_FALSE(isFound("ui/view/viewform.cpp", "\"ui/toolform.h\""));
+    EXPECT_FALSE(isFound("ui/view/viewform.cpp", "\"ui/widgets/floatspinbox.h\""));
+    EXPECT_FALSE(isFound("ui/formlist.cpp", "\"ui/view/viewform.h\""));
 }
 
 std::set<QString> widgetHeaders()
@@ -223,6 +253,21 @@ TEST(Layers, TheSourcesKeepToTheArrows)
     const Tree tree = sources();
     ASSERT_TRUE(tree.count("base/log.cpp"));
     EXPECT_EQ(LayerCheck(widgets).findings(tree).join('\n').toStdString(), "");
+}
+
+TEST(Layers, NoFileIsLongerThanSixHundredLines)
+{
+    for (const auto& [path, text] : sources())
+        EXPECT_LE(text.count('\n'), 600) << path.toStdString();
+}
+
+TEST(Layers, NoFolderIsTooFullToBeOverlooked)
+{
+    std::map<QString, int> files;
+    for (const auto& [path, text] : sources())
+        ++files[path.section('/', 0, -2)];
+    for (const auto& [folder, count] : files)
+        EXPECT_LE(count, 32) << folder.toStdString();
 }
 
 } // namespace

@@ -29,7 +29,14 @@ constexpr ActionRow later(const char* menu, const char* name, const char* text)
 constexpr ActionRow ofStack(const char* menu, const char* name, const char* text, const char* shortcut = "",
                             const char* toolTip = "")
 {
-    return {menu, name, text, shortcut, toolTip, kPlain, true, true};
+    return {menu, name, text, shortcut, toolTip, kPlain, true, ActionRow::Needs::Stack};
+}
+
+/// An action on the surface that is drawn over it.
+constexpr ActionRow ofSurface(const char* menu, const char* name, const char* text,
+                              ActionRow::Kind kind = ActionRow::Kind::Plain)
+{
+    return {menu, name, text, "", "", kind, true, ActionRow::Needs::Surface};
 }
 
 constexpr ActionRow kBeforeFilters[] = {
@@ -48,6 +55,7 @@ constexpr ActionRow kBeforeFilters[] = {
     later("&File/Save", "paletteSaveAction", "Save Palette..."),
     ofStack("&File/Close", "closeStackAction", "Stack"),
     later("&File/Close", "closePaletteAction", "Palette"),
+    ofSurface("&File/Close", "closeSegmentationAction", "Segmentation"),
     {"&File/Close", "closeAllAction", "All"},
     ofStack("&File/Export", "fileSaveCoreAction", "Export Core...", "Ctrl+S",
             "Write what is inside the cut box to a file."),
@@ -72,6 +80,7 @@ constexpr ActionRow kBehindFilters[] = {
     ofStack("&Edit/Flip", "flipZAction", "Z Axis"),
     ofStack("&Edit", "invertAction", "Invert Intensities"),
     separator("&Edit"),
+    ofSurface("&Edit", "showSegmentationAction", "Show Segmentation", kToggle),
     {"&Edit", "stretchToUsedBitsAction", "Stretch to used bits", "",
      "Spread the bits that the data really use over the whole palette.", kToggle},
     {"&Edit", "editPreferencesAction", "Preferences..."},

@@ -16,6 +16,9 @@ struct ActionRow
         List,
     };
 
+    /// What has to be there for the action to be enabled.
+    enum class Needs { Nothing, Stack, Surface };
+
     const char* menu;
     const char* name;
     const char* text;
@@ -24,8 +27,7 @@ struct ActionRow
     Kind kind = Kind::Plain;
     /// False for an action that has nothing to do; it stands disabled.
     bool enabled = true;
-    /// Enabled only while there is a current stack.
-    bool needsStack = false;
+    Needs needs = Needs::Nothing;
 };
 
 /// All actions in the order of the menus.

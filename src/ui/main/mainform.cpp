@@ -69,17 +69,23 @@ void MainForm::follow(Changes changes)
     if (changes & Change::Look) {
         updateBlendingStatus(static_cast<GLint>(scene.view.blendMode));
         updateZCorrectionStatus(scene.view.zCorrection);
-        const QSignalBlocker blocker(action("stretchToUsedBitsAction"));
-        action("stretchToUsedBitsAction")->setChecked(scene.view.autoBitDepth);
+        const auto check = [this](const char* name, bool on) {
+            const QSignalBlocker blocker(action(name));
+            action(name)->setChecked(on);
+        };
+        check("stretchToUsedBitsAction", scene.view.autoBitDepth);
+        check("showSegmentationAction", drawnSurface(scene.segmentations) != nullptr);
     }
     if (changes & (Change::Stacks | Change::Voxels)) {
         updateTextureStatus();
         updateMemoryStatus();
     }
-    if (changes & Change::Stacks) {
+    if (changes & (Change::Stacks | Change::Look)) {
         for (const ActionRow& row : mainActions()) {
-            if (row.needsStack)
+            if (row.needs == ActionRow::Needs::Stack)
                 action(row.name)->setEnabled(scene.current() != nullptr);
+            else if (row.needs == ActionRow::Needs::Surface)
+                action(row.name)->setEnabled(!scene.segmentations.empty());
         }
     }
 }
@@ -118,7 +124,7 @@ void MainForm::buildMenus()
         action->setObjectName(row.name);
         action->setShortcut(QKeySequence(QLatin1String(row.shortcut)));
         action->setCheckable(row.kind == ActionRow::Kind::Toggle);
-        action->setEnabled(row.enabled && !row.needsStack);
+        action->setEnabled(row.enabled && row.needs == ActionRow::Needs::Nothing);
         if (*row.toolTip != '\0')
             action->setToolTip(tr(row.toolTip));
         if (menu != nullptr)
@@ -142,7 +148,10 @@ void MainForm::buildStatusBar()
     m_memory = label("memory", "Memory: 0000MB", 90);
 }
 
-QAction* MainForm::action(const QString& name) const { return findChild<QAction*>(name); }
+QAction* MainForm::action(const QString& name) const
+{
+    return name.isEmpty() ? nullptr : findChild<QAction*>(name);
+}
 
 QMenu* MainForm::listMenu(const char* name) const { return findChild<QMenu*>(name); }
 

@@ -23,7 +23,8 @@ namespace tirn {
 
 namespace {
 
-enum Column { PaletteColumn, StateColumn, ColumnCount };
+/// The last one is shown while a channel swaps its palettes.
+enum Column { PaletteColumn, StateColumn, SecondPaletteColumn, ColumnCount };
 
 const QStringList& stateItems()
 {
@@ -108,13 +109,15 @@ void TirnStackItem::buildChannels()
     m_channels->horizontalHeader()->hide();
     m_channels->verticalHeader()->hide();
     m_channels->setSizeAdjustPolicy(QAbstractScrollArea::AdjustToContents);
-    m_channels->horizontalHeader()->setSectionResizeMode(PaletteColumn, QHeaderView::Stretch);
+    for (const int column : {PaletteColumn, SecondPaletteColumn})
+        m_channels->horizontalHeader()->setSectionResizeMode(column, QHeaderView::Stretch);
     for (int row = 0; row < array().channelCount(); ++row) {
         const QString name = QString::asprintf("Channel %d", row + 1);
         m_channels->setVerticalHeaderItem(row, new QTableWidgetItem(name));
         for (int column = 0; column < ColumnCount; ++column) {
             auto* box = new QComboBox(m_channels);
-            box->setToolTip(name);
+            box->setToolTip(column == SecondPaletteColumn ? tr("%1 toggles to this palette.").arg(name)
+                                                          : name);
             m_channels->setCellWidget(row, column, box);
             connect(box, qOverload<int>(&QComboBox::currentIndexChanged), this,
                     [this, row, column] { changePalette(row, column); });
@@ -234,19 +237,28 @@ void TirnStackItem::nextFrame()
 void TirnStackItem::refreshPalettes()
 {
     QStringList names;
+    bool toggles = false;
     for (const auto& palette : m_services.model.scene().palettes)
         names.append(palette->name());
     for (int row = 0; row < m_channels->rowCount(); ++row) {
         const ChannelDisplay display = m_services.model.read(
             [&](const Scene&) { return array().channels()[static_cast<std::size_t>(row)].display; });
-        QComboBox* palettes = combo(row, PaletteColumn);
-        const QSignalBlocker paletteBlocker(palettes);
-        palettes->clear();
-        palettes->addItems(names);
-        palettes->setCurrentIndex(display.palette);
+        const auto fill = [&](int column, int palette) {
+            QComboBox* palettes = combo(row, column);
+            const QSignalBlocker blocker(palettes);
+            palettes->clear();
+            palettes->addItems(names);
+            palettes->setCurrentIndex(palette);
+        };
+        fill(PaletteColumn, chosenPalette(display));
+        fill(SecondPaletteColumn, secondPalette(display));
+        const bool isToggling = display.state == ChannelState::PaletteSwap;
+        combo(row, SecondPaletteColumn)->setEnabled(isToggling);
+        toggles = toggles || isToggling;
         const QSignalBlocker stateBlocker(combo(row, StateColumn));
         combo(row, StateColumn)->setCurrentIndex(itemOfState(display.state));
     }
+    m_channels->setColumnHidden(SecondPaletteColumn, !toggles);
 }
 
 void TirnStackItem::updateDimensions()
@@ -266,15 +278,17 @@ void TirnStackItem::changePalette(int row, int column)
     if (item < 0)
         return;
     m_services.model.editUndoably(
-        column == PaletteColumn ? tr("palette of a channel") : tr("state of a channel"), 0, Change::Channels,
+        column == StateColumn ? tr("state of a channel") : tr("palette of a channel"), 0, Change::Channels,
         [&](Scene& scene) {
             ChannelDisplay& display = scene.find(m_id)->channels()[static_cast<std::size_t>(row)].display;
             if (column == PaletteColumn)
-                display.palette = item;
+                choosePalette(display, item);
+            else if (column == SecondPaletteColumn)
+                chooseSecondPalette(display, item);
             else
-                display.state = stateOfItem(item);
+                chooseState(display, stateOfItem(item));
         });
-    if (column == PaletteColumn) {
+    if (column != StateColumn) {
         logDebug("setting palette %d to %d", row, item);
         Q_EMIT paletteAssigned();
     } else {

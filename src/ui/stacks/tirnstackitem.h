@@ -38,7 +38,7 @@ public Q_SLOTS:
     /// Takes over the names of the palettes and what the channels show.
     void refreshPalettes();
     void updateDimensions();
-    /// Column 0 of a channel's row: its palette; column 1: its state.
+    /// Column 0 of a channel's row: its palette; 1: its state; 2: the palette that it toggles to.
     void changePalette(int row, int column);
     /// Shows the time point after the current one, without going there.
     void nextFrame();

@@ -91,12 +91,12 @@ TEST_F(MainWindow, HasTheMenusInOrder)
                            "Sequence Tiff...", "Segmentation...", "Z Correction Curve...", "-",
                            "Recent Stacks", "Recent Palettes"}));
     EXPECT_EQ(entries("&File/Save"), QStringList({"Save Session...", "Save Palette..."}));
-    EXPECT_EQ(entries("&File/Close"), QStringList({"Stack", "Palette", "All"}));
+    EXPECT_EQ(entries("&File/Close"), QStringList({"Stack", "Palette", "Segmentation", "All"}));
     EXPECT_EQ(entries("&File/Export"),
               QStringList({"Export Core...", "Export Z corrected...", "All Changes"}));
     EXPECT_EQ(entries("&Edit"),
               QStringList({"&Undo", "&Redo", "&Copy", "-", "Filter", "Flip", "Invert Intensities", "-",
-                           "Stretch to used bits", "Preferences..."}));
+                           "Show Segmentation", "Stretch to used bits", "Preferences..."}));
     EXPECT_EQ(entries("&Edit/Filter"),
               QStringList({"Mean", "Median", "Min", "Max", "Custom...", "Background Subtract"}));
     EXPECT_EQ(entries("&Edit/Flip"), QStringList({"X Axis", "Y Axis", "Z Axis"}));

@@ -217,7 +217,7 @@ TEST_F(Manager, ChannelsHaveAPaletteAndAState)
     QSignalSpy states(&form(), &ManagerForm::paletteStateChanged);
     auto* channels = row(0).findChild<QTableWidget*>("tblChannels");
     ASSERT_EQ(channels->rowCount(), 2);
-    EXPECT_EQ(channels->columnCount(), 2);
+    EXPECT_TRUE(channels->isColumnHidden(2)) << "no channel toggles";
     EXPECT_EQ(channels->verticalHeaderItem(1)->text(), "Channel 2");
     EXPECT_EQ(combo(0, 1, 0).currentText(), "green.map");
     combo(0, 1, 0).setCurrentIndex(0);
@@ -236,6 +236,67 @@ TEST_F(Manager, ChannelsHaveAPaletteAndAState)
         EXPECT_TRUE(state == expected[item] || (item == 2 && state == ChannelState::FlashOff)) << item;
     }
     EXPECT_EQ(states.size(), 4);
+}
+
+TEST_F(Manager, AChannelTogglesToThePaletteThatIsChosenForItAndBack)
+{
+    load({picFile("a.pic"), mapFile("red.map")});
+    app().loads().loadPalettes({mapFile("green.map"), mapFile("blue.map")});
+    form();
+    combo(0, 0, 1).setCurrentIndex(3);
+    ASSERT_FALSE(row(0).findChild<QTableWidget*>("tblChannels")->isColumnHidden(2));
+    ASSERT_EQ(combo(0, 0, 2).itemText(2), "blue.map");
+    combo(0, 0, 2).setCurrentIndex(2);
+    const auto drawn = [this] {
+        return app().model().read(
+            [](const Scene& scene) { return scene.current()->channels()[0].display.palette; });
+    };
+    EXPECT_TRUE(QTest::qWaitFor([&] { return drawn() == 2; }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return drawn() == 0; }));
+    // Whatever is drawn just now: what is named is drawn when it is named, and when the toggling ends.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return drawn() == 2; }));
+    EXPECT_EQ(combo(0, 0, 0).currentText(), "red.map");
+    combo(0, 0, 1).setCurrentIndex(0);
+    settle();
+    EXPECT_EQ(drawn(), 0);
+    EXPECT_TRUE(row(0).findChild<QTableWidget*>("tblChannels")->isColumnHidden(2));
+}
+
+TEST_F(Manager, ChoosingAPaletteIsTakenBackByUndo)
+{
+    load({picFile("a.pic"), mapFile("red.map")});
+    app().loads().loadPalettes({mapFile("green.map")});
+    form();
+    QAction* undo = app().mainForm().action("editUndoAction");
+    EXPECT_FALSE(undo->isEnabled());
+    combo(0, 0, 0).setCurrentIndex(1);
+    EXPECT_EQ(display(0).palette, 1);
+    ASSERT_TRUE(undo->isEnabled());
+    undo->trigger();
+    EXPECT_EQ(display(0).palette, 0);
+    EXPECT_EQ(combo(0, 0, 0).currentIndex(), 0);
+    app().mainForm().action("editRedoAction")->trigger();
+    EXPECT_EQ(display(0).palette, 1);
+    EXPECT_EQ(combo(0, 0, 0).currentIndex(), 1);
+}
+
+TEST_F(Manager, PlayingEndsWithItsStackAndWhenAnotherIsShown)
+{
+    addSeries(2);
+    load({picFile("b.pic")});
+    form();
+    row(0).play();
+    ASSERT_TRUE(isPlaying());
+    app().setCurrentArray(1);
+    EXPECT_FALSE(isPlaying());
+    settle();
+    EXPECT_FALSE(widget().renderThread().isRunning()) << "nothing changes by itself";
+    row(0).play();
+    ASSERT_TRUE(isPlaying());
+    app().closeStack(0);
+    EXPECT_FALSE(isPlaying());
+    settle();
+    EXPECT_FALSE(widget().renderThread().isRunning());
 }
 
 TEST(StackManagerStates, ToggleSwapsPalettesAndNothingTakesTurns)
