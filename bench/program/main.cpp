@@ -173,14 +173,14 @@ int measureLoad(int megabytes, bool is3D)
         [&](TirnApplication& application) {
             if (!isStarted && application.mainForm().windowHandle()->isExposed()) {
                 isStarted = true;
-                LoadDescription& load = application.fileThread().description();
+                LoadDescription load;
                 load.filesToLoad = {{name}};
                 load.setRaw(0, side, side, layers, 1, 8);
                 load.textureTarget = is3D ? GL_TEXTURE_3D : GL_TEXTURE_2D;
                 whole.restart();
                 gap.restart();
                 timer->start(1);
-                application.startLoad();
+                application.loads().startLoad(std::move(load));
             }
             if (!isStarted || application.arrayCount() == 0)
                 return false;
