@@ -55,16 +55,7 @@ void GLThread::run()
 {
     m_host.renderLock.lock();
     if (m_host.surface.makeCurrent()) {
-        initializeGL();
-        enableColourPath();
-        m_timer.restart();
-        m_lastFlash = 0;
-        m_lastTimeStep = 0;
-        for (;;) {
-            m_host.renderLock.yieldToWaiters();
-            if (nextStep(renderFrame()) == Next::Leave)
-                break;
-        }
+        drawFrames();
     } else {
         logWarning("The render thread could not make its context current.");
         const std::scoped_lock lock(m_stateMutex);
@@ -73,6 +64,45 @@ void GLThread::run()
     }
     m_host.surface.giveBack();
     m_host.renderLock.unlock();
+}
+
+void GLThread::drawFrames()
+{
+    m_timer.restart();
+    m_lastFlash = 0;
+    m_lastTimeStep = 0;
+    bool isPrepared = false;
+    for (;;) {
+        m_host.renderLock.yieldToWaiters();
+        Outcome outcome = Outcome::NothingToDraw;
+        isPrepared = survives([&] {
+            if (!isPrepared) {
+                initializeGL();
+                enableColourPath();
+            }
+            outcome = renderFrame();
+        });
+        if (nextStep(outcome) == Next::Leave)
+            break;
+    }
+}
+
+/// A frame that cannot be drawn, for want of memory above all, is one that shows nothing: the window, the
+/// lock and the program stay.
+bool GLThread::survives(const std::function<void()>& frame)
+{
+    try {
+        frame();
+        return true;
+    } catch (const std::exception& error) {
+        logWarning("A frame could not be drawn: %s", error.what());
+    } catch (...) {
+        logWarning("A frame could not be drawn.");
+    }
+    const std::scoped_lock lock(m_stateMutex);
+    grabFrame = false;
+    m_wake.notify_all();
+    return false;
 }
 
 GLThread::Next GLThread::nextStep(Outcome outcome)

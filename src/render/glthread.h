@@ -3,6 +3,7 @@
 #include <array>
 #include <atomic>
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 
 #include <QImage>
@@ -50,7 +51,7 @@ struct PicturePart
 /// The thread does not run all the time. `requestFrame` starts it; it takes the render lock, draws, swaps,
 /// and goes on only while the picture changes by itself: spinning, playing time points, flashing channels.
 /// Then it ends. A request that comes while it runs is drawn before it ends. Between frames it gives the lock
-/// up to those who wait for it, and while it sleeps it holds no lock.
+/// up to those who wait for it, and while it sleeps it holds no lock. A frame that cannot be drawn is logged.
 ///
 /// Derived classes stop the thread in their own destructors, since it calls their operations.
 ///
@@ -156,6 +157,8 @@ protected:
 private:
     enum class Next { Draw, Leave };
 
+    void drawFrames();
+    bool survives(const std::function<void()>& frame);
     Outcome renderFrame();
     Outcome drawScene(QSize size);
     /// Background, blend equation and a cleared buffer; false when no volume can be drawn, whose message then

@@ -16,6 +16,14 @@
 
 namespace tirn {
 
+namespace {
+
+/// The window system tells of each size that a window has had, late and in order: an answer to one that is
+/// past would be followed by further sizes for ever. Milliseconds.
+constexpr int kRatioDelay = 60;
+
+} // namespace
+
 TirnWidget::TirnWidget(const QString& name, const WidgetServices& services, bool stereo, QWidget* parent)
     : QWidget(parent), m_model(services.model), m_hidden(services.hidden),
       m_surface(*this, services.hidden.context(), stereo), m_threadKind(chooseThreadKind(services.card))
@@ -37,6 +45,9 @@ TirnWidget::TirnWidget(const QString& name, const WidgetServices& services, bool
     m_renderThread = makeRenderThread({services.model.sharedScene(), services.shaders, services.renderLock,
                                        m_surface, services.events, m_threadKind});
     connect(&services.model, &SceneModel::frameNeeded, this, &TirnWidget::requestFrame);
+    m_ratioTimer.setSingleShot(true);
+    m_ratioTimer.setInterval(kRatioDelay);
+    connect(&m_ratioTimer, &QTimer::timeout, this, &TirnWidget::keepRatio);
 }
 
 TirnWidget::~TirnWidget()
@@ -226,6 +237,7 @@ void TirnWidget::toggleWindowAspectRatio(bool on)
 {
     m_preserveWindowRatio = on;
     if (on) {
+        m_keptSize = size();
         m_windowRatioWidth = static_cast<float>(width());
         m_windowRatioHeight = static_cast<float>(height());
     }
@@ -247,33 +259,25 @@ void TirnWidget::showEvent(QShowEvent* event)
 
 void TirnWidget::paintEvent(QPaintEvent* /*event*/) { requestFrame(); }
 
-void TirnWidget::resizeEvent(QResizeEvent* event)
+void TirnWidget::resizeEvent(QResizeEvent* /*event*/)
 {
     m_surface.updateSize();
     Q_EMIT windowDimensionsChanged(width(), height());
     requestFrame();
-    const bool isFree = !window()->isMaximized() && !window()->isFullScreen();
-    if (m_preserveWindowRatio && isFree && event->oldSize().isValid())
-        keepRatio(event->size(), event->oldSize());
+    if (m_preserveWindowRatio)
+        m_ratioTimer.start();
 }
 
-/// Follows a size that the user gave the window, once it has been laid out.
-void TirnWidget::keepRatio(QSize size, QSize old)
+/// Follows a size that the user gave the window.
+void TirnWidget::keepRatio()
 {
-    const QSize wanted = sizeWithRatio(size, old, static_cast<double>(m_windowRatioWidth),
-                                       static_cast<double>(m_windowRatioHeight));
-    const bool isPending = m_sizeToKeep.isValid();
-    m_sizeToKeep = wanted != size ? wanted : QSize();
-    if (isPending || !m_sizeToKeep.isValid())
+    if (!m_preserveWindowRatio || window()->isMaximized() || window()->isFullScreen())
         return;
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            const QSize last = std::exchange(m_sizeToKeep, QSize());
-            if (last.isValid())
-                changeWindowDimensions(last.width(), last.height());
-        },
-        Qt::QueuedConnection);
+    const QSize wanted = sizeWithRatio(size(), m_keptSize, static_cast<double>(m_windowRatioWidth),
+                                       static_cast<double>(m_windowRatioHeight));
+    m_keptSize = wanted;
+    if (wanted != size())
+        changeWindowDimensions(wanted.width(), wanted.height());
 }
 
 void TirnWidget::closeEvent(QCloseEvent* event)

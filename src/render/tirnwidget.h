@@ -3,6 +3,7 @@
 #include <memory>
 
 #include <QMenu>
+#include <QTimer>
 #include <QWidget>
 
 #include "gl/glcontext.h"
@@ -74,7 +75,6 @@ public Q_SLOTS:
     void showScaleBar(bool on);
 
 Q_SIGNALS:
-    void keyFrameRecorded(int count);
     void windowDimensionsChanged(int width, int height);
     void modeChanged(GLint mode);
     void scaleChanged(double x, double y, double z);
@@ -110,7 +110,7 @@ private:
     void scaleAxis(int axis, double value);
     void emitScale();
     void emitRotation();
-    void keepRatio(QSize size, QSize old);
+    void keepRatio();
 
     SceneModel& m_model;
     HiddenContext& m_hidden;
@@ -122,8 +122,10 @@ private:
     bool m_preserveWindowRatio = false;
     float m_windowRatioWidth = 0;
     float m_windowRatioHeight = 0;
-    /// The size that keeps the ratio after the window was resized; invalid for none.
-    QSize m_sizeToKeep;
+    /// The size that the user's next one is compared with.
+    QSize m_keptSize;
+    /// Runs out once the window has come to rest.
+    QTimer m_ratioTimer;
 };
 
 /// The size that a window takes when `wanted` is asked for and the ratio of `ratio` is kept; `old` tells

@@ -14,6 +14,7 @@
 #include "formats/imageformats.h"
 #include "image/interleave.h"
 #include "image/voxelallocation.h"
+#include "volume/draworder.h"
 
 namespace tirn {
 
@@ -62,17 +63,37 @@ struct Source
     const ImageFile* image;
 };
 
+/// Keeps what an image knows of its values while it lives, and lets the voxels read meanwhile go.
+class KeptValues
+{
+public:
+    explicit KeptValues(ImageFile& image) : m_image(image), m_known(image.takeKnown()) {}
+    ~KeptValues()
+    {
+        m_image.freeStack();
+        m_image.setKnown(std::move(m_known));
+    }
+    KeptValues(const KeptValues&) = delete;
+    KeptValues& operator=(const KeptValues&) = delete;
+
+private:
+    ImageFile& m_image;
+    KnownValues m_known;
+};
+
 /// The voxels of a file as they are shown, in a stack of their own.
 std::unique_ptr<ImageFile> readAgain(ImageFile& image, const ExportJob& job)
 {
-    // What the image knows of itself describes what is shown, and stays.
-    KnownValues known = image.takeKnown();
-    image.errorList().clear();
-    const bool isRead = image.reRead();
     auto stack = std::make_unique<ImageFile>();
-    stack->attributes() = image.attributes();
-    stack->setStackData(image.takeStack());
-    image.setKnown(std::move(known));
+    bool isRead = false;
+    {
+        // What the image knows of itself describes what is shown, and stays, whatever the file is now.
+        const KeptValues kept(image);
+        image.errorList().clear();
+        isRead = image.reRead();
+        stack->attributes() = image.attributes();
+        stack->setStackData(image.takeStack());
+    }
     if (!isRead) {
         QStringList texts = image.errorList();
         texts.prepend(image.fileName() + QStringLiteral(" cannot be read again."));
@@ -131,7 +152,7 @@ public:
     ExportRun(const ExportJob& job, const Progress& progress)
         : m_job(job), m_progress(progress), m_cancelOnly{{}, progress.cancel},
           m_names(exportFileNames(job.fileName, static_cast<int>(job.timePoints.size()), job.channels())),
-          m_folder(QFileInfo(job.fileName).absolutePath() + QStringLiteral("/.tirn-XXXXXX"))
+          m_folder(stagingPattern(m_names.front().front()))
     {}
     void run();
 
@@ -259,12 +280,7 @@ void ExportRun::moveToPlace() const
 {
     for (const QStringList& names : m_names) {
         for (const QString& name : names) {
-            const QFileInfo info(name);
-            // The file behind a link is the one to replace, not the link.
-            const QString target = info.isSymLink() && info.exists() ? info.canonicalFilePath() : name;
-            if (info.exists())
-                QFile::setPermissions(staged(name), info.permissions());
-            if (!moveOver(staged(name), target))
+            if (!moveOver(staged(name), name))
                 fail(name + QStringLiteral(" could not be replaced."));
         }
     }
@@ -290,9 +306,9 @@ ExportJob exportJob(const VoxelArray& array, ExportMode mode, const QString& fil
         if (const VoxelChange& shown = array.shownChange(static_cast<int>(i)))
             job.shownChanges[images[i].get()] = shown;
     }
-    job.box = array.cut;
-    job.box.zMin = voxelOfSlice(array.cut.zMin, array.finalDepth(), array.depth());
-    job.box.zMax = voxelOfSlice(array.cut.zMax, array.finalDepth(), array.depth());
+    job.box = boundedCut(array.cut, array);
+    job.box.zMin = voxelOfSlice(job.box.zMin, array.finalDepth(), array.depth());
+    job.box.zMax = voxelOfSlice(job.box.zMax, array.finalDepth(), array.depth());
     for (const Channel& channel : array.channels())
         job.curves.push_back(*channel.zCurve.curve());
     job.dimX = array.stack().dimX;

@@ -10,6 +10,7 @@
 #include "depth/zcurve.h"
 #include "gl/gltable.h"
 #include "image/imageattributes.h"
+#include "session/sessionstack.h"
 
 namespace tirn {
 
@@ -26,19 +27,6 @@ struct RawLayout
     bool swapBytes = false;
 
     bool operator==(const RawLayout&) const = default;
-};
-
-/// Six inclusive limits in voxels; -1 for none.
-struct CropLimits
-{
-    int xMin = -1;
-    int xMax = -1;
-    int yMin = -1;
-    int yMax = -1;
-    int zMin = -1;
-    int zMax = -1;
-
-    bool operator==(const CropLimits&) const = default;
 };
 
 /// What the command line says of a load besides its files.
@@ -72,6 +60,11 @@ public:
     void setVoxelDimensions(double x, double y, double z);
     /// Unless each is 0 or above all are forgotten.
     void setCrop(const CropLimits& limits);
+    /// All that a session says of a stack, but for the shape that `arrangeSessionFiles` gives its files.
+    void setSession(const SessionStack& stack);
+    /// Puts the files of a session where a load looks for them, once it is known what they are: `isLayered`
+    /// where a file is a layer, and how many channels a file, or the stack of such layers, has by itself.
+    void arrangeSessionFiles(bool isLayered, int channelsOfFile);
 
     /// The `stack` element of a session, or null.
     QDomElement session;
@@ -105,13 +98,18 @@ public:
     /// The names of the only element were typed when the program was started: each is a channel when the
     /// first has one; otherwise the first is the stack.
     std::optional<NamedLoad> named;
+    /// From a session.
+    std::optional<SessionSizes> sessionSizes;
+    bool isOldSession = false;
     /// One for each channel, from a session.
     std::vector<int> paletteIndexes;
+    std::vector<int> secondPaletteIndexes;
     std::vector<int> channelStates;
     std::vector<ZCurve> zCurves;
 
 private:
     void useDefaultTarget();
+    void joinChannelsOfOldSession();
 
     int m_defaultEncode = 0;
 };

@@ -3,33 +3,35 @@
 #include <algorithm>
 
 #include "base/log.h"
+#include "volume/draworder.h"
 #include "volume/volumemaking.h"
 
 namespace tirn {
 
 namespace {
 
-double axisOf(const QDomElement& element, const char* axis)
+/// An old session has the size of x for all axes: where it is the file's own, it says nothing of the others.
+bool isSizeOfXAlone(const std::array<double, 3>& size, const ImageAttributes& stack)
 {
-    return element.attribute(axis, "-1").toDouble();
+    return size[0] == size[1] && size[0] == size[2] && size[0] == stack.dimX;
 }
 
 /// True when the session has a scale, which then stands.
-bool takeSessionScale(VoxelArray& array, const QDomElement& session)
+bool takeSessionSizes(VoxelArray& array, const SessionSizes& sizes, bool isOld)
 {
-    const QDomElement scale = session.firstChildElement("scale");
-    const AxisScale stated = {axisOf(scale, "x"), axisOf(scale, "y"), axisOf(scale, "z")};
-    array.preserveScaleRatio = scale.attribute("preserve", "0").toInt() != 0;
-    const QDomElement dimensions = session.firstChildElement("dimensions");
-    for (const char* axis : {"x", "y", "z"}) {
-        // All three land in the X dimension, so that the last one given counts: sessions have always been
-        // read this way.
-        if (const double size = axisOf(dimensions, axis); size > 0)
-            array.stack().dimX = size;
+    array.preserveScaleRatio = sizes.preserveScaleRatio;
+    ImageAttributes& stack = array.stack();
+    if (!isOld || !isSizeOfXAlone(sizes.voxelSize, stack)) {
+        double* const own[] = {&stack.dimX, &stack.dimY, &stack.dimZ};
+        for (std::size_t axis = 0; axis < sizes.voxelSize.size(); ++axis) {
+            if (sizes.voxelSize[axis] > 0)
+                *own[axis] = sizes.voxelSize[axis];
+        }
     }
+    const AxisScale stated = {sizes.scale[0], sizes.scale[1], sizes.scale[2]};
     if (!(stated.x > 0) || !(stated.y > 0) || !(stated.z > 0))
         return false;
-    array.scale = stated;
+    array.scale = clampedScale(stated);
     return true;
 }
 
@@ -63,6 +65,7 @@ void takeCrop(VoxelArray& array, const CropLimits& crop)
         if (row.limit < row.size)
             row.target = row.limit;
     }
+    cut = boundedCut(cut, array);
 }
 
 void takeCurves(VoxelArray& array, const std::vector<ZCurve>& curves)
@@ -75,8 +78,11 @@ void takeCurves(VoxelArray& array, const std::vector<ZCurve>& curves)
         array.resetCurves();
         return;
     }
-    for (std::size_t c = 0; c < curves.size(); ++c)
-        array.channels()[c].zCurve = curves[c];
+    for (std::size_t c = 0; c < curves.size(); ++c) {
+        const std::vector<double>& all = *curves[c].curve();
+        array.channels()[c].zCurve =
+            ZCurve(std::make_shared<std::vector<double>>(all.begin(), all.begin() + array.depth()));
+    }
 }
 
 int namedPalette(const NamedLoad& named, int channel, int palettes)
@@ -97,8 +103,8 @@ void applyDimensions(VoxelArray& array, const LoadDescription& description)
         stack.dimY = description.dimY;
         stack.dimZ = description.dimZ;
     }
-    const bool isSession = description.session.tagName() == "stack";
-    if (!isSession || !takeSessionScale(array, description.session))
+    if (!description.sessionSizes ||
+        !takeSessionSizes(array, *description.sessionSizes, description.isOldSession))
         array.scale = scaleOfVoxels(stack.dimX, stack.dimY, stack.dimZ, description.step);
     array.baseScale = array.scale;
 }
@@ -114,10 +120,14 @@ PaletteList assignPalettes(VoxelArray& array, const LoadDescription& description
         return {};
     }
     if (hasOneEachChannel(description.paletteIndexes, array)) {
+        const auto thereOrFirst = [&surroundings](int index) {
+            return index >= 0 && index < surroundings.paletteCount ? index : 0;
+        };
+        const bool hasSecond = hasOneEachChannel(description.secondPaletteIndexes, array);
         for (std::size_t c = 0; c < channels.size(); ++c) {
-            const int index = description.paletteIndexes[c];
-            const bool there = index >= 0 && index < surroundings.paletteCount;
-            channels[c].display.palette = there ? index : 0;
+            choosePalette(channels[c].display, thereOrFirst(description.paletteIndexes[c]));
+            if (hasSecond)
+                chooseSecondPalette(channels[c].display, thereOrFirst(description.secondPaletteIndexes[c]));
         }
         return {};
     }
@@ -131,8 +141,9 @@ PaletteList assignPalettes(VoxelArray& array, const LoadDescription& description
 
 void applySessionExtras(VoxelArray& array, const LoadDescription& description)
 {
-    if (!description.labels.isEmpty())
-        array.timeLabels() = description.labels;
+    const auto labels = std::min(description.labels.size(), array.timeLabels().size());
+    for (int t = 0; t < labels; ++t)
+        array.timeLabels()[t] = description.labels[t];
     std::vector<Channel>& channels = array.channels();
     if (hasOneEachChannel(description.channelStates, array)) {
         for (std::size_t c = 0; c < channels.size(); ++c)

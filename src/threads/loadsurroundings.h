@@ -1,17 +1,10 @@
 #pragma once
 
-#include <functional>
-
-#include <QDomText>
-
 #include "palettes/palettelist.h"
+#include "session/sessionstack.h"
 #include "volume/voxelarray.h"
 
 namespace tirn {
-
-/// Asks for another file in place of one that is missing; changes the text and returns true, or returns false
-/// when there is none. Called on the thread that loads.
-using MissingFileQuestion = std::function<bool(QDomText&)>;
 
 /// What a load has to know of the program around it, as it is when the load starts.
 struct LoadSurroundings

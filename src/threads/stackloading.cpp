@@ -7,9 +7,9 @@
 #include "base/log.h"
 #include "formats/imageformats.h"
 #include "gl/gltable.h"
+#include "session/sessionstack.h"
 #include "threads/loadfailure.h"
 #include "threads/loadfinish.h"
-#include "threads/sessionstack.h"
 
 namespace tirn {
 
@@ -134,8 +134,11 @@ bool StackLoading::readSession()
 {
     if (m_description.session.tagName() != "stack")
         return true;
-    return readSessionStack(m_description.session, m_description, m_surroundings.options.curveTextures,
-                            m_surroundings.fixMissingFile);
+    const auto stack = readSessionStack(m_description.session, m_surroundings.fixMissingFile);
+    m_description.filesToLoad.clear();
+    if (stack)
+        m_description.setSession(*stack);
+    return stack.has_value();
 }
 
 void StackLoading::makeArray()
@@ -158,8 +161,13 @@ void StackLoading::findFileType()
     // Named files that do not go together are told of when they are read.
     const ImageFile image(m_description.named ? element(0).mid(0, 1) : element(0));
     m_description.fileType = image.attributes().type;
-    if (m_description.fileType != ImageType::Unknown)
+    if (m_description.fileType != ImageType::Unknown) {
+        if (m_description.sessionSizes)
+            m_description.arrangeSessionFiles(imageFormat(m_description.fileType).files ==
+                                                  StackFiles::PerLayer,
+                                              image.attributes().channels);
         return;
+    }
     QStringList texts = image.errorList();
     texts.append(unreadableFiles(element(0)));
     throw texts;

@@ -71,17 +71,30 @@ int orientationSlot(Orientation orientation)
     return 0;
 }
 
-CutBox boundedCut(const CutBox& cut, const StackGeometry& g)
+namespace {
+
+CutBox cutWithin(CutBox box, int x, int y, int z)
 {
-    CutBox box = cut;
     const auto bound = [](int& least, int& most, int size) {
         std::tie(least, most) = std::minmax(
             {std::clamp(least, 0, std::max(0, size - 1)), std::clamp(most, 0, std::max(0, size - 1))});
     };
-    bound(box.xMin, box.xMax, g.x);
-    bound(box.yMin, box.yMax, g.y);
-    bound(box.zMin, box.zMax, g.finalDepth());
+    bound(box.xMin, box.xMax, x);
+    bound(box.yMin, box.yMax, y);
+    bound(box.zMin, box.zMax, z);
     return box;
+}
+
+} // namespace
+
+CutBox boundedCut(const CutBox& cut, const StackGeometry& geometry)
+{
+    return cutWithin(cut, geometry.x, geometry.y, geometry.finalDepth());
+}
+
+CutBox boundedCut(const CutBox& cut, const VoxelArray& array)
+{
+    return cutWithin(cut, array.width(), array.height(), array.finalDepth());
 }
 
 SliceWalk renderListParameters(Orientation orientation, const StackGeometry& g, const CutBox& cutBox)

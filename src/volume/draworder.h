@@ -41,8 +41,10 @@ struct SliceWalk
     bool operator==(const SliceWalk&) const = default;
 };
 
-/// A cut box that a volume can have: bounds in order, and inside. Whatever draws a cut box draws this one.
+/// A cut box that a volume can have: bounds in order, and inside. Whatever draws a cut box draws this one,
+/// and one that comes from outside is stored so.
 CutBox boundedCut(const CutBox& cut, const StackGeometry& geometry);
+CutBox boundedCut(const CutBox& cut, const VoxelArray& array);
 
 /// The walk of an orientation through a cut box. An impossible orientation is logged and gives an empty walk.
 SliceWalk renderListParameters(Orientation orientation, const StackGeometry& geometry, const CutBox& cut);

@@ -3,15 +3,13 @@
 #include <algorithm>
 #include <atomic>
 
-#include <QDir>
 #include <QFileInfo>
 
 #include "base/checkedsize.h"
 #include "base/log.h"
 #include "base/stopwatch.h"
-#include "depth/curvesession.h"
 #include "image/filters/pointfilters.h"
-#include "session/relativepath.h"
+#include "session/sessionstack.h"
 #include "volume/volumeedit.h"
 
 namespace tirn {
@@ -243,66 +241,46 @@ void VoxelArray::sumStatistics(int channel)
 
 namespace {
 
-/// An element with attributes, appended to `parent`.
-QDomElement appendElement(QDomDocument& document, QDomElement& parent, const QString& name,
-                          const std::vector<std::pair<QString, QString>>& attributes)
+SessionChannel sessionChannel(const Channel& channel)
 {
-    QDomElement element = document.createElement(name);
-    for (const auto& [key, value] : attributes)
-        element.setAttribute(key, value);
-    parent.appendChild(element);
-    return element;
+    // What the user chose, whichever of the two palettes is drawn just now.
+    return {chosenPalette(channel.display), secondPalette(channel.display),
+            static_cast<int>(channel.display.state), channel.zCurve};
 }
-
-QString number(double value) { return QString::number(value, 'g', 15); }
-QString number(int value) { return QString::number(value); }
 
 } // namespace
 
+/// The files of all channels, channel by channel.
+QStringList VoxelArray::filesOfTimePoint(int time) const
+{
+    QStringList files;
+    for (int c = 0; c < (hasOneChannelAnImage() ? channelCount() : 1); ++c) {
+        if (const ImageFile* image = imageOf(c, time).image)
+            files.append(image->filePaths());
+    }
+    return files;
+}
+
 QDomElement VoxelArray::saveSession(QDomDocument& document, const QString& sessionFileName) const
 {
-    const QString directory = QFileInfo(sessionFileName).absolutePath();
-    QDomElement root = document.createElement("stack");
+    SessionStack session;
     const ImageFile* first = m_images.empty() ? nullptr : m_images.front().get();
-    appendElement(document, root, "slices",
-                  {{"first", number(first != nullptr ? first->firstLayer() : -1)},
-                   {"last", number(first != nullptr ? first->lastLayer() : -1)},
-                   {"step", number(first != nullptr ? first->layerStep() : -1)},
-                   {"subsample", number(subsample)}});
-    appendElement(document, root, "encoding",
-                  {{"type", number(static_cast<int>(m_textureTarget))},
-                   {"conserve", number(m_options.conserveMemory ? 1 : 0)}});
+    session.first = first != nullptr ? first->firstLayer() : -1;
+    session.last = first != nullptr ? first->lastLayer() : -1;
+    session.step = first != nullptr ? first->layerStep() : -1;
+    session.subsample = subsample;
+    session.encoding = static_cast<int>(m_textureTarget);
+    session.conserveMemory = m_options.conserveMemory;
     if (m_geometry.finalZ != -1)
-        appendElement(document, root, "resliced", {{"slices", number(m_geometry.finalZ)}});
-    appendElement(document, root, "cutplanes",
-                  {{"xmin", number(cut.xMin)},
-                   {"xmax", number(cut.xMax)},
-                   {"ymin", number(cut.yMin)},
-                   {"ymax", number(cut.yMax)},
-                   {"zmin", number(cut.zMin)},
-                   {"zmax", number(cut.zMax)}});
-    appendElement(document, root, "scale",
-                  {{"x", number(scale.x)},
-                   {"y", number(scale.y)},
-                   {"z", number(scale.z)},
-                   {"preserve", number(preserveScaleRatio ? 1 : 0)}});
-    appendElement(document, root, "dimensions",
-                  {{"x", number(m_stack.dimX)}, {"y", number(m_stack.dimY)}, {"z", number(m_stack.dimZ)}});
-    for (std::size_t i = 0; i < m_images.size(); ++i) {
-        QDomElement time = appendElement(document, root, "timepoint",
-                                         {{"label", m_timeLabels.value(static_cast<int>(i), kNoTime)}});
-        for (const QString& path : m_images[i]->filePaths()) {
-            QDomElement file = appendElement(document, time, "file", {});
-            file.appendChild(document.createTextNode(relativePath(path, directory)));
-        }
-    }
-    for (const Channel& channel : m_channels) {
-        QDomElement element = appendElement(document, root, "channel",
-                                            {{"palette", number(channel.display.palette)},
-                                             {"state", number(static_cast<int>(channel.display.state))}});
-        element.appendChild(saveCurveToSession(channel.zCurve, document));
-    }
-    return root;
+        session.reslicedTo = m_geometry.finalZ;
+    session.cut = {cut.xMin, cut.xMax, cut.yMin, cut.yMax, cut.zMin, cut.zMax};
+    session.sizes = {
+        {scale.x, scale.y, scale.z}, preserveScaleRatio, {m_stack.dimX, m_stack.dimY, m_stack.dimZ}};
+    for (int t = 0; imageOf(0, t).image != nullptr; ++t)
+        session.timePoints.push_back({m_timeLabels.value(t, kNoTime), filesOfTimePoint(t)});
+    for (const Channel& channel : m_channels)
+        session.channels.push_back(sessionChannel(channel));
+    return writeSessionStack(document, session, QFileInfo(sessionFileName).absolutePath());
 }
 
 } // namespace tirn

@@ -263,6 +263,7 @@ private:
     void finishEncoding();
     void resetCut();
     void letVoxelsGo(ImageFile& image);
+    QStringList filesOfTimePoint(int time) const;
     void takeStatistics(int channel);
     void sumStatistics(int channel);
 

@@ -8,6 +8,7 @@
 #include <QSpinBox>
 #include <QStatusBar>
 
+#include "glsupport/glrecorder.h"
 #include "image/filters/extremafilters.h"
 #include "ui/edits/jobprogressform.h"
 #include "uisupport/apptest.h"
@@ -67,6 +68,18 @@ TEST_F(Jobs, AFlipGoesThroughTheThread)
         ASSERT_EQ(after[i], before[i / 16 * 16 + 15 - i % 16]);
     EXPECT_GT(widget().renderThread().framesDrawn(), frames);
     EXPECT_TRUE(log.contains("Flipping on X"));
+}
+
+TEST_F(Jobs, AJobBuildsTheListOfWhatIsShownOnce)
+{
+    load({picFile("a.pic")});
+    GlRecorder gl(GlRecorder::Mode::Forward);
+    trigger("invertAction");
+    finishJob();
+    EXPECT_EQ(gl.count("NewList"), 1);
+    app().model().redraw();
+    settle();
+    EXPECT_EQ(gl.count("NewList"), 1);
 }
 
 TEST_F(Jobs, AFilterAsksForItsParametersFirst)

@@ -336,7 +336,19 @@ TEST_F(Application, StoredBlendingIsTheFirst)
     }
     restart();
     EXPECT_EQ(view().blendMode, static_cast<GLenum>(GL_MAX));
+    EXPECT_EQ(label("alpha"), QString("max"));
     EXPECT_EQ(app().scene().settings.texLimit2D, 64);
+}
+
+TEST_F(Application, ABlendingThatIsNotKnownIsThatOfAlpha)
+{
+    for (const char* text : {"Alpha", "max intensity", "Overlay", ""}) {
+        QSettings(QSettings::IniFormat, QSettings::UserScope, "Tirn", "Tirn2")
+            .setValue("Paths/DefaultBlending", text);
+        restart();
+        EXPECT_EQ(view().blendMode, static_cast<GLenum>(GL_FUNC_ADD)) << text;
+        EXPECT_EQ(label("alpha"), QString("alpha")) << text;
+    }
 }
 
 TEST_F(Application, AnIdleProgramDoesNotWakeUp)

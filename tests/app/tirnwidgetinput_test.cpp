@@ -408,6 +408,27 @@ TEST_F(EmptyWidget, AWindowThatTheUserResizesKeepsAFixedRatio)
     EXPECT_TRUE(QTest::qWaitFor([this] { return widget().size() == QSize(450, 400); }));
 }
 
+TEST_F(EmptyWidget, AFixedRatioHoldsForDimensionsThatAreAskedFor)
+{
+    widget().changeWindowDimensions(600, 300);
+    QGuiApplication::sync();
+    ASSERT_EQ(widget().size(), QSize(600, 300));
+    widget().toggleWindowAspectRatio(true);
+    // A width that changes decides; otherwise the height does.
+    const std::pair<QSize, QSize> rows[] = {{{400, 300}, {400, 200}},
+                                            {{500, 900}, {500, 250}},
+                                            {{500, 300}, {600, 300}},
+                                            {{301, 300}, {301, 151}}};
+    for (const auto& [asked, given] : rows) {
+        widget().changeWindowDimensions(asked.width(), asked.height());
+        QGuiApplication::sync();
+        EXPECT_EQ(widget().size(), given);
+    }
+    widget().toggleWindowAspectRatio(false);
+    widget().changeWindowDimensions(400, 300);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return widget().size() == QSize(400, 300); }));
+}
+
 TEST_F(EmptyWidget, WindowDimensionsAreChangedAndReported)
 {
     QSignalSpy spy(&widget(), &TirnWidget::windowDimensionsChanged);

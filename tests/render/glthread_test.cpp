@@ -7,6 +7,7 @@
 
 #include "glsupport/glrecorder.h"
 #include "glsupport/renderrig.h"
+#include "render/nvidiathread.h"
 #include "scene/keyframeview.h"
 #include "support/logcapture.h"
 
@@ -142,6 +143,22 @@ TEST_F(RenderThread, PlayingTimePointsKeepsItRunningAndWraps)
     EXPECT_EQ(rig.scene.current()->timePoint(), rig.events.timePoints % 3);
 }
 
+TEST_F(RenderThread, TimePointsFollowEachOtherAtTheirRate)
+{
+    show(1, 3);
+    rig.scene.settings.flashRate = 100000;
+    rig.scene.view.timeRate = 20;
+    rig.scene.view.playing = rig.scene.currentId();
+    const Stopwatch time;
+    rig.thread().requestFrame();
+    rig.surface().waitForFrames(6);
+    // Five steps of 50 ms or more; at the least rate they would take five seconds.
+    EXPECT_GE(time.seconds(), 0.25);
+    EXPECT_LT(time.seconds(), 4);
+    EXPECT_EQ(rig.events.timePoints, 5);
+    rig.thread().stopAndWait();
+}
+
 TEST_F(RenderThread, BatchModePlaysAndFlashesNothing)
 {
     VoxelArray& array = show(1, 3);
@@ -185,6 +202,70 @@ TEST_F(RenderThread, TheThreadSleepsThroughALongFlashPeriod)
     EXPECT_EQ(rig.thread().framesDrawn(), 1);
     rig.renderLock.unlock();
     rig.thread().stopAndWait();
+}
+
+/// Fails at its first lists.
+class StumblingThread : public NvidiaThread
+{
+public:
+    StumblingThread(RenderRig& rig, int failures)
+        : NvidiaThread({rig.scene, rig.shaders(), rig.renderLock, rig.surface(), rig.events,
+                        RenderThreadKind::FragmentProgram}),
+          m_rig(rig), m_failures(failures)
+    {}
+    ~StumblingThread() override
+    {
+        stopAndWait();
+        m_rig.makeCurrent();
+        clearLists();
+    }
+    ListNames buildRenderList(const FrameState& frame, Orientation orientation,
+                              const SliceWalk& walk) override
+    {
+        if (m_failures-- > 0)
+            m_failures % 2 == 0 ? throw std::bad_alloc() : throw 1;
+        return NvidiaThread::buildRenderList(frame, orientation, walk);
+    }
+
+private:
+    RenderRig& m_rig;
+    int m_failures;
+};
+
+TEST_F(RenderThread, AFrameThatCannotBeDrawnHoldsNothingAndTheNextOneIsDrawn)
+{
+    show();
+    StumblingThread thread(rig, 2);
+    setSpin(8);
+    for (int failed = 0; failed < 2; ++failed) {
+        thread.requestFrame();
+        // It ends although the view would go on spinning.
+        thread.wait();
+        EXPECT_EQ(thread.framesDrawn(), 0);
+        rig.renderLock.lock();
+        rig.renderLock.unlock();
+    }
+    EXPECT_EQ(log.warnings().filter("frame"),
+              QStringList({"A frame could not be drawn.", "A frame could not be drawn: "
+                                                          "std::bad_alloc"}));
+    setSpin(0);
+    thread.requestFrame();
+    thread.wait();
+    EXPECT_EQ(thread.framesDrawn(), 1);
+    rig.surface().makeCurrent();
+    const QImage picture = rig.surface().image();
+    QImage blank = picture;
+    blank.fill(picture.pixel(0, 0));
+    EXPECT_NE(picture, blank);
+    EXPECT_EQ(picture, rig.draw());
+}
+
+TEST_F(RenderThread, WhoeverWaitsForAPictureThatCannotBeDrawnGetsNone)
+{
+    show();
+    StumblingThread thread(rig, 1);
+    EXPECT_TRUE(thread.grabNextFrame().isNull());
+    EXPECT_FALSE(thread.grabNextFrame().isNull());
 }
 
 TEST_F(RenderThread, TheLockIsGivenUpBetweenFramesToThoseWhoWait)

@@ -375,12 +375,39 @@ TEST_F(Export, WithoutMemorySaysSo)
     EXPECT_EQ(files(), QStringList());
 }
 
+TEST_F(Export, WithoutMemoryWhatIsKnownOfAStackOnDiskStays)
+{
+    test::PicFile file;
+    beginOnDisk(file.save(path("source.pic")));
+    ImageFile& image = *array->images().front();
+    ASSERT_TRUE(image.read());
+    encodeOnDisk();
+    const auto histogram = image.statsList().front().histogram;
+    const int largest = image.attributes().maxValue;
+    {
+        const test::NoVoxelMemory none;
+        EXPECT_EQ(save(ExportMode::Core, "a.pic").error, "There is not enough memory to export the stack.");
+    }
+    ASSERT_EQ(image.statsList().size(), 1U);
+    EXPECT_EQ(image.statsList().front().histogram, histogram);
+    EXPECT_EQ(image.attributes().maxValue, largest);
+    EXPECT_FALSE(image.isLoaded());
+}
+
 TEST_F(Export, OfAnEmptyBoxSaysSo)
 {
     show({denseStack(6, 5, 4)});
-    array->cut = {3, 2, 0, 4, 0, 3};
-    EXPECT_EQ(save(ExportMode::Core, "a.pic").error, "There is nothing inside the cut planes.");
+    ExportJob job = exportJob(*array, ExportMode::Core, path("a.pic"));
+    job.box = {3, 2, 0, 4, 0, 3};
+    EXPECT_EQ(runExportJob(job, {}).error, "There is nothing inside the cut planes.");
     EXPECT_EQ(files(), QStringList());
+}
+
+TEST_F(Export, OfACutThatIsCrossedOrTooLargeIsWhatIsDrawn)
+{
+    show({denseStack(6, 5, 4)});
+    array->cut = {4, 1, 2, 3, -7, 400};
+    EXPECT_EQ(exportJob(*array, ExportMode::Core, "a.pic").box, (CutBox{1, 4, 2, 3, 0, 3}));
 }
 
 TEST_F(Export, OfNothingSaysSo)

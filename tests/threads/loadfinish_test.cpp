@@ -14,8 +14,12 @@ class LoadFinish : public ::testing::Test
 protected:
     void setSession(const QString& content)
     {
-        ASSERT_TRUE(m_document.setContent("<stack>" + content + "</stack>"));
-        description.session = m_document.documentElement();
+        const QString rest = "<timepoint/><channel/>";
+        ASSERT_TRUE(m_document.setContent("<stack>" + content + rest + "</stack>"));
+        const auto stack = readSessionStack(m_document.documentElement(), {});
+        ASSERT_TRUE(stack);
+        description = LoadDescription();
+        description.setSession(*stack);
     }
     AxisScale scaleFor(double x, double y, double z)
     {
@@ -96,14 +100,28 @@ TEST_F(LoadFinish, ASessionsScaleStands)
     EXPECT_TRUE(array.preserveScaleRatio);
 }
 
-TEST_F(LoadFinish, TheLastPositiveDimensionOfASessionBecomesX)
+TEST_F(LoadFinish, ASessionsVoxelSizesAreThoseOfTheirAxes)
 {
     setSession("<dimensions x='4' y='7' z='0'/>");
-    EXPECT_EQ(scaleFor(1, 14, 14), (AxisScale{0.5, 1, 1}));
-    EXPECT_EQ(array.stack().dimX, 7);
-    EXPECT_EQ(array.stack().dimY, 14);
+    EXPECT_EQ(scaleFor(1, 14, 14), (AxisScale{4.0 / 14, 0.5, 1}));
+    EXPECT_EQ(array.stack().dimX, 4);
+    EXPECT_EQ(array.stack().dimY, 7);
     EXPECT_EQ(array.stack().dimZ, 14);
     EXPECT_FALSE(array.preserveScaleRatio);
+}
+
+TEST_F(LoadFinish, AnOldSessionThatHasTheSizeOfXForAllAxesLeavesTheOthersToTheFile)
+{
+    setSession("<dimensions x='2' y='2' z='2'/>");
+    EXPECT_EQ(scaleFor(2, 1, 4), (AxisScale{0.5, 0.25, 1}));
+    description.isOldSession = false;
+    EXPECT_EQ(scaleFor(2, 1, 4), (AxisScale{1, 1, 1}));
+}
+
+TEST_F(LoadFinish, AScaleThatMayNotBeChosenIsBounded)
+{
+    setSession("<scale x='1e-9' y='1e9' z='1'/>");
+    EXPECT_EQ(scaleFor(1, 1, 1), (AxisScale{kLeastScale, kMostScale, 1}));
 }
 
 TEST_F(LoadFinish, AScaleWithoutAllAxesGivesWayToTheVoxels)
@@ -191,7 +209,7 @@ TEST_F(LoadFinish, LimitsBeyondTheStackAreIgnoredOneByOne)
         {{1, 10, 2, 6, 3, 4}, {1, 9, 2, 6, 3, 4}},  {{1, 8, 8, 6, 3, 4}, {1, 8, 0, 6, 3, 4}},
         {{1, 8, 2, 800, 3, 4}, {1, 8, 2, 7, 3, 4}}, {{1, 8, 2, 6, 6, 4}, {1, 8, 2, 6, 0, 4}},
         {{1, 8, 2, 6, 3, 6}, {1, 8, 2, 6, 3, 5}},   {{1, 8, 2, 6, 3, -1}, {0, 9, 0, 7, 0, 5}},
-        {{-1, 8, 2, 6, 3, 4}, {0, 9, 0, 7, 0, 5}},
+        {{-1, 8, 2, 6, 3, 4}, {0, 9, 0, 7, 0, 5}},  {{8, 1, 6, 2, 4, 3}, {1, 8, 2, 6, 3, 4}},
     };
     for (const Row& row : rows) {
         array.cut = {0, 9, 0, 7, 0, 5};

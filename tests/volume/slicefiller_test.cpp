@@ -145,6 +145,25 @@ TEST_P(SliceFiller, ABatchHoldsAtLeastOnePlaneAndNoMoreThanThereAre)
     }
 }
 
+TEST(SlicesOfAWideStack, AreSplitInTheMiddleOfTheirPadding)
+{
+    const StackGeometry geometry = StackGeometry::of(1500, 1, 1, 1024);
+    EXPECT_EQ(geometry.powX, 2048);
+    EXPECT_EQ(geometry.xBlocks, 2);
+    EXPECT_EQ(geometry.padX(), 274);
+    std::vector<std::uint16_t> samples(1500);
+    for (std::size_t x = 0; x < samples.size(); ++x)
+        samples[x] = static_cast<std::uint16_t>(x + 1);
+    std::vector<std::uint16_t> texels(2048, 0xFFFF);
+    fillPlanes(geometry, SlicePass::Z, {samples.data(), 2, 1, 0}, 0, 1, texels.data());
+    // 750 samples at the end of the first block, 750 at the beginning of the second.
+    for (std::size_t x = 0; x < texels.size(); ++x)
+        ASSERT_EQ(texels[x], x >= 274 && x < 274 + 1500 ? x - 273 : 0) << x;
+    EXPECT_EQ(texels[1023], 750);
+    EXPECT_EQ(texels[1024], 751);
+    EXPECT_EQ(texels[1024 + 749], 1500);
+}
+
 INSTANTIATE_TEST_SUITE_P(Shapes, SliceFiller,
                          ::testing::Values(FillCase{1, 1, 1, 1, 8, 1024}, FillCase{1, 9, 6, 2, 16, 1024},
                                            FillCase{7, 5, 3, 1, 8, 1024}, FillCase{7, 5, 3, 3, 8, 1024},

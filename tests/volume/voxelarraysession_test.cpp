@@ -12,6 +12,7 @@ using test::denseStack;
 QStringList outline(const QDomElement& element)
 {
     static const std::map<QString, QStringList> order = {
+        {"stack", {"version"}},
         {"slices", {"first", "last", "step", "subsample"}},
         {"encoding", {"type", "conserve"}},
         {"resliced", {"slices"}},
@@ -19,7 +20,7 @@ QStringList outline(const QDomElement& element)
         {"scale", {"x", "y", "z", "preserve"}},
         {"dimensions", {"x", "y", "z"}},
         {"timepoint", {"label"}},
-        {"channel", {"palette", "state"}},
+        {"channel", {"palette", "second", "state"}},
         {"ZCurve", {"saved"}}};
     QString line = element.tagName();
     const auto known = order.find(line);
@@ -52,13 +53,13 @@ TEST_F(StackElement, HoldsEverythingInItsOrder)
     array->channels()[0].display = {ChannelState::FlashOn, 3, 1};
     array->channels()[1].display = {ChannelState::Hidden, 0, 2};
     QDomDocument document;
-    EXPECT_EQ(
-        outline(array->saveSession(document, directory.filePath("s.tir"))),
-        (QStringList{"stack", "slices first=-1 last=-1 step=-1 subsample=2", "encoding type=32879 conserve=0",
-                     "resliced slices=7", "cutplanes xmin=0 xmax=2 ymin=1 ymax=3 zmin=2 zmax=6",
-                     "scale x=1 y=0.5 z=2.25 preserve=1", "dimensions x=0.1 y=0.2 z=-1",
-                     "timepoint label=00:00:00", "file", "channel palette=1 state=2", "ZCurve saved=0",
-                     "channel palette=2 state=1", "ZCurve saved=0"}));
+    EXPECT_EQ(outline(array->saveSession(document, directory.filePath("s.tir"))),
+              (QStringList{"stack version=2", "slices first=-1 last=-1 step=-1 subsample=2",
+                           "encoding type=32879 conserve=0", "resliced slices=7",
+                           "cutplanes xmin=0 xmax=2 ymin=1 ymax=3 zmin=2 zmax=6",
+                           "scale x=1 y=0.5 z=2.25 preserve=1", "dimensions x=0.1 y=0.2 z=-1",
+                           "timepoint label=00:00:00", "file", "channel palette=1 second=3 state=2",
+                           "ZCurve saved=0", "channel palette=2 second=0 state=1", "ZCurve saved=0"}));
 }
 
 TEST_F(StackElement, NamesFilesRelativeToItsOwn)

@@ -47,7 +47,6 @@ Q_SIGNALS:
     void timepointChanged();
     void prepMovie();
     void returnMovie();
-    void preserveScaleRatioChanged(bool on);
 
 protected:
     void refresh(Changes changes) override;

@@ -430,10 +430,11 @@ TEST_F(Manager, VoxelSizesAreCorrected)
     EXPECT_EQ(scales[0][0].toDouble(), 0.5);
 }
 
-TEST_F(Manager, AnUnknownDepthLeavesTwoSizesAndNoScale)
+TEST_F(Manager, AnUnknownDepthLeavesTwoSizesAndBringsTheScaleBackToOne)
 {
     load({picFile("a.pic")});
     form();
+    app().model().edit(Change::Scale, [](Scene& scene) { scene.current()->scale = {0.25, 0.5, 3}; });
     test::ModalAnswers answers;
     answers.add([](QDialog& dialog) {
         static_cast<StackDimensionsForm&>(dialog).setDimensions(1, 1, 0);
