@@ -7,6 +7,7 @@
 #include <QEvent>
 #include <QMenuBar>
 #include <QSettings>
+#include <QTimer>
 
 #include "base/log.h"
 #include "ui/formplaces.h"
@@ -20,8 +21,8 @@ FormTable::FormTable(QMainWindow& mainWindow, const FormServices& services)
         ToolForm* there = form(id);
         return there != nullptr && !show ? there : create(id, show);
     };
-    mainWindow.setDockOptions(QMainWindow::AnimatedDocks | QMainWindow::AllowTabbedDocks |
-                              QMainWindow::AllowNestedDocks);
+    mainWindow.centralWidget()->installEventFilter(this);
+    mainWindow.setDockOptions(QMainWindow::AllowTabbedDocks | QMainWindow::AllowNestedDocks);
 }
 
 FormTable::Made* FormTable::made(FormId id)
@@ -62,10 +63,31 @@ void FormTable::putIntoDock(const FormRow& row, ToolForm& form)
     dock->setObjectName(QString("dock") + row.action);
     form.setWindowFlags(Qt::Widget);
     dock->setWidget(&form);
-    QObject::connect(&form, &QWidget::windowTitleChanged, dock, &QWidget::setWindowTitle);
+    connect(&form, &QWidget::windowTitleChanged, dock, &QWidget::setWindowTitle);
+    connect(dock, &QDockWidget::topLevelChanged, this, [this](bool floats) {
+        if (!floats)
+            keepPictureSize();
+    });
     m_mainWindow.addDockWidget(Qt::LeftDockWidgetArea, dock);
     dock->setFloating(true);
     dock->hide();
+}
+
+/// A form that is docked takes its room from the screen, not from the picture.
+void FormTable::keepPictureSize()
+{
+    // The layout may have been changed already.
+    const QSize before = m_pictureSize;
+    const auto keep = [this, before] {
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+        const QRect screen = screenOf(m_mainWindow);
+        const QSize wanted = m_mainWindow.size() + before - m_mainWindow.centralWidget()->size();
+        m_mainWindow.resize(wanted.boundedTo(screen.size()));
+        m_mainWindow.move(onScreen(m_mainWindow.pos(), m_mainWindow.frameSize(), screen));
+    };
+    // Once the dock has been laid out.
+    if (!before.isEmpty() && m_mainWindow.isVisible() && !m_mainWindow.isMaximized())
+        QTimer::singleShot(0, this, keep);
 }
 
 ToolForm* FormTable::create(FormId id, bool show)
@@ -177,6 +199,13 @@ void FormTable::createAllHidden()
 
 bool FormTable::eventFilter(QObject* watched, QEvent* event)
 {
+    if (watched == m_mainWindow.centralWidget()) {
+        // As it is once everything has come to rest.
+        if (event->type() == QEvent::Resize)
+            QMetaObject::invokeMethod(
+                this, [this] { m_pictureSize = m_mainWindow.centralWidget()->size(); }, Qt::QueuedConnection);
+        return false;
+    }
     const bool isShown = event->type() == QEvent::Show;
     // Minimised windows are hidden by the desktop, and stay open.
     if ((isShown || event->type() == QEvent::Hide) && !event->spontaneous()) {

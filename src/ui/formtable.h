@@ -54,12 +54,14 @@ private:
     void putIntoDock(const FormRow& row, ToolForm& form);
     /// False for a form that stays where it is.
     bool needsPlace(const Made& made) const;
+    void keepPictureSize();
     void place(Made& made);
     std::vector<QRect> takenPlaces(const Made& except) const;
     Made* made(FormId id);
 
     QMainWindow& m_mainWindow;
     FormServices m_services;
+    QSize m_pictureSize;
     std::vector<Made> m_forms;
 };
 

@@ -333,6 +333,16 @@ TEST_F(Docks, AToolFormFloatsUntilItIsDocked)
     EXPECT_TRUE(dock().isAncestorOf(manager));
 }
 
+TEST_F(Docks, AFormThatIsDockedTakesNoRoomFromThePicture)
+{
+    app().forms().create(FormId::Manager, true);
+    QCoreApplication::processEvents();
+    const QSize picture = widget().size();
+    dock().setFloating(false);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return app().mainForm().width() > picture.width() + 100; }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return widget().size() == picture; }));
+}
+
 TEST_F(Docks, ADockedFormIsFoundDockedAfterARestart)
 {
     app().forms().create(FormId::Manager, true);

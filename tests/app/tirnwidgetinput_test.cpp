@@ -97,6 +97,20 @@ TEST_F(WidgetInput, TheWheelZoomsAllAxes)
     EXPECT_DOUBLE_EQ(scale().z, 1.05);
 }
 
+TEST_F(WidgetInput, NoKeyDragOrWheelTurnsTheVolumeInsideOut)
+{
+    for (int i = 0; i < 120; ++i)
+        type("z");
+    EXPECT_DOUBLE_EQ(scale().z, 0.01);
+    drag({200, 100}, {200, 400}, Qt::LeftButton, Qt::ControlModifier);
+    drag({200, 100}, {200, 400}, Qt::LeftButton, Qt::ControlModifier);
+    EXPECT_DOUBLE_EQ(scale().y, 0.01);
+    widget().changeVoxelScale(-1, 0, 1000);
+    EXPECT_DOUBLE_EQ(scale().x, 0.01);
+    EXPECT_DOUBLE_EQ(scale().y, 0.01);
+    EXPECT_DOUBLE_EQ(scale().z, 100);
+}
+
 TEST_F(WidgetInput, BatchModeTakesNoDrag)
 {
     app().model().edit({}, [](Scene& scene) { scene.batchMode = true; });
