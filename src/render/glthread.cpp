@@ -51,7 +51,7 @@ void GLThread::stopAndWait()
     wait();
 }
 
-void GLThread::run()
+void GLThread::work()
 {
     m_host.renderLock.lock();
     if (m_host.surface.makeCurrent()) {

@@ -8,9 +8,9 @@
 
 #include <QImage>
 #include <QRect>
-#include <QThread>
 
 #include "base/stopwatch.h"
+#include "base/workerthread.h"
 #include "render/framesurface.h"
 #include "render/meshdrawing.h"
 #include "render/renderlistcache.h"
@@ -58,7 +58,7 @@ struct PicturePart
 /// Rules: only the owner's thread calls requestFrame, stop and stopAndWait; the flags may be set from any
 /// thread; results go out through RenderEvents. Drawing functions may be called without the thread running,
 /// with a context current.
-class GLThread : public QThread
+class GLThread : public WorkerThread
 {
 public:
     explicit GLThread(const RenderHost& host);
@@ -107,7 +107,7 @@ public:
 protected:
     enum class Outcome { Drawn, NothingToDraw };
 
-    void run() override;
+    void work() override;
 
     /// Steps of a frame that depend on the card.
     virtual void enableColourPath();

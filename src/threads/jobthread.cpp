@@ -38,7 +38,7 @@ JobResult JobThread::runJob()
     return m_job({m_report.progress, &m_cancelled});
 }
 
-void JobThread::run()
+void JobThread::work()
 {
     const JobResult result = runJob();
     // What a job holds goes with it, while the context is there.

@@ -4,9 +4,8 @@
 #include <functional>
 #include <memory>
 
-#include <QThread>
-
 #include "base/progress.h"
+#include "base/workerthread.h"
 #include "gl/glcontext.h"
 #include "threads/jobreport.h"
 
@@ -17,7 +16,7 @@ namespace tirn {
 /// A job takes its input before it starts; until its last report nobody else works on it. A thread that was
 /// made with a context lends it to its jobs, so that a render thread may go on drawing meanwhile. Results go
 /// out through the report only, on this thread. All else is called on the thread that made it.
-class JobThread : public QThread
+class JobThread : public WorkerThread
 {
 public:
     using Job = std::function<JobResult(const Progress&)>;
@@ -38,7 +37,7 @@ public:
     void stopAndWait();
 
 protected:
-    void run() override;
+    void work() override;
 
 private:
     JobResult runJob();

@@ -95,8 +95,9 @@ void LoadDescription::arrangeSessionFiles(bool isLayered, int channelsOfFile)
         return;
     if (isOldSession)
         joinChannelsOfOldSession();
-    const bool split = std::all_of(filesToLoad.begin(), filesToLoad.end(),
-                                   [this](const QStringList& files) { return files.size() % channels == 0; });
+    const bool split = std::all_of(filesToLoad.begin(), filesToLoad.end(), [this](const QStringList& files) {
+        return !files.isEmpty() && files.size() % channels == 0;
+    });
     if (!isLayered || !split)
         return;
     std::vector<QStringList> byChannel;

@@ -136,7 +136,10 @@ TEST_F(RenderThread, PlayingTimePointsKeepsItRunningAndWraps)
     rig.thread().requestFrame();
     rig.surface().waitForFrames(8);
     EXPECT_TRUE(rig.thread().isRunning());
-    rig.scene.view.playing = StackId::None;
+    {
+        const std::scoped_lock lock(rig.scene.mutex);
+        rig.scene.view.playing = StackId::None;
+    }
     rig.thread().requestFrame();
     rig.thread().wait();
     EXPECT_GE(rig.events.timePoints, 4);
