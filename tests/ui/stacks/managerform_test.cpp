@@ -289,14 +289,12 @@ TEST_F(Manager, PlayingEndsWithItsStackAndWhenAnotherIsShown)
     ASSERT_TRUE(isPlaying());
     app().setCurrentArray(1);
     EXPECT_FALSE(isPlaying());
-    settle();
-    EXPECT_FALSE(widget().renderThread().isRunning()) << "nothing changes by itself";
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !widget().renderThread().isRunning(); }));
     row(0).play();
     ASSERT_TRUE(isPlaying());
     app().closeStack(0);
     EXPECT_FALSE(isPlaying());
-    settle();
-    EXPECT_FALSE(widget().renderThread().isRunning());
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !widget().renderThread().isRunning(); }));
 }
 
 TEST(StackManagerStates, ToggleSwapsPalettesAndNothingTakesTurns)
