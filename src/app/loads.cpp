@@ -4,7 +4,6 @@
 #include <QFileInfo>
 
 #include "base/log.h"
-#include "formats/imageio.h"
 #include "formats/names/filefilters.h"
 #include "palettes/palettefile.h"
 #include "ui/messages.h"
@@ -12,7 +11,7 @@
 
 namespace tirn {
 
-Loads::Loads(const LoadNeeds& needs, QObject& receiver) : m_needs(needs)
+Loads::Loads(const LoadNeeds& needs, QObject& receiver) : m_needs(needs), m_named(needs.probes)
 {
     LoadReport report;
     report.progress = [&receiver](const QString& message, int value, int total, bool done) {
@@ -57,9 +56,19 @@ void Loads::loadFromCommandLine(const QStringList& arguments)
 {
     if (arguments.size() < 2)
         return;
+    std::vector<QStringList> candidates;
+    parseCommandLine(arguments, [&candidates](const QString& name) {
+        candidates.push_back({name});
+        return false;
+    });
+    m_named.ask(std::move(candidates), [this, arguments] { loadSorted(arguments); });
+}
+
+void Loads::loadSorted(const QStringList& arguments)
+{
     m_needs.hidden.makeCurrent();
     const CommandLine line = parseCommandLine(
-        arguments, [](const QString& name) { return ImageIO::probeType(name) != ImageType::Unknown; });
+        arguments, [this](const QString& name) { return m_named.known({name}).type != ImageType::Unknown; });
     if (!line.session.isEmpty()) {
         Q_EMIT m_needs.mainForm.loadSession(line.session);
         return;
@@ -70,7 +79,8 @@ void Loads::loadFromCommandLine(const QStringList& arguments)
         logDebug("I have no idea what this is! %s", qPrintable(name));
         m_needs.mainForm.showNote("I have no idea what this is! " + name);
     }
-    if (arguments.size() == 3 && line.palettes.size() == 1 && line.stacks.isEmpty())
+    // Two arguments were once all that there could be: a stack and a palette.
+    if (arguments.size() == 3 && line.palettes.size() == 1 && line.stacks.isEmpty() && line.missing.isEmpty())
         logDebug("Usage: %s <stack file> <palette file>\n", qPrintable(arguments.first()));
     if (!line.palettes.isEmpty() || !line.stacks.isEmpty())
         loadNamed(line);
@@ -96,6 +106,18 @@ void Loads::loadNamed(const CommandLine& line)
         named.palette = line.palettes.first();
     load.named = std::move(named);
     startLoad(std::move(load));
+}
+
+void Loads::loadRecentRaw(const RecentStack& stack)
+{
+    LoadDescription load(m_needs.settings.defaultEncode);
+    load.filesToLoad = stack.files;
+    load.timePoints = static_cast<int>(stack.files.size());
+    const RawLayout& raw = *stack.raw;
+    load.setRaw(raw.headerOffset, raw.x, raw.y, raw.z, stack.channels, raw.bitDepth);
+    load.rawLayout.swapBytes = raw.swapBytes;
+    if (!startLoad(std::move(load)))
+        m_needs.mainForm.showNote("Another stack is being loaded.");
 }
 
 PaletteList Loads::readPalettes(const QStringList& names)
@@ -156,10 +178,13 @@ void Loads::loadSegmentation(const QString& fileName)
 void Loads::handle(StackLoadedEvent& event)
 {
     logDebug("Made it to stack Loaded!!!");
-    const int channels = event.array->channelCount();
-    const int timePoints = event.array->timePointCount();
+    RecentStack recent;
+    recent.channels = event.array->channelCount();
+    recent.timePoints = event.array->timePointCount();
+    recent.files = std::move(event.filesToLoad);
+    recent.raw = event.raw;
     m_needs.stacks.add(std::move(event.array), std::move(event.palettes));
-    m_needs.mainForm.addRecentStack(event.filesToLoad, channels, timePoints);
+    m_needs.mainForm.addRecentStack(std::move(recent));
 }
 
 void Loads::handle(const ProgressEvent& event)

@@ -10,6 +10,7 @@
 #include "app/stacklist.h"
 #include "gl/gltables.h"
 #include "threads/filethread.h"
+#include "threads/probes.h"
 #include "ui/main/mainform.h"
 
 namespace tirn {
@@ -21,6 +22,7 @@ struct LoadNeeds
     StackList& stacks;
     MainForm& mainForm;
     Settings& settings;
+    Probes& probes;
     HiddenContext& hidden;
     RenderThreadKind kind;
     PaletteTables& paletteTables;
@@ -41,9 +43,12 @@ public:
 
     bool startLoad(LoadDescription load) override;
     void chooseStack() override;
+    /// Sorts the arguments once it is known which files are stacks.
     void loadFromCommandLine(const QStringList& arguments);
     /// Appends the palettes of files; a box tells of those that cannot be read.
     void loadPalettes(const QStringList& names);
+    /// Loads headerless files as they were loaded before.
+    void loadRecentRaw(const RecentStack& stack);
     /// Asks for the file of a surface.
     void chooseSegmentation();
     /// Reads a surface and draws it in the volume; a box tells of success or failure.
@@ -59,9 +64,11 @@ public:
 private:
     VolumeOptions volumeOptions() const;
     PaletteList readPalettes(const QStringList& names);
+    void loadSorted(const QStringList& arguments);
     void loadNamed(const CommandLine& line);
 
     LoadNeeds m_needs;
+    ProbeQuestion m_named;
     QPointer<QProgressDialog> m_progress;
     int m_lastBaseProgress = 0;
     std::unique_ptr<FileThread> m_fileThread;

@@ -7,7 +7,7 @@ Preferences::Preferences(SceneModel& model)
       m_store(std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope, "Tirn", "Tirn2"))
 {}
 
-void Preferences::read() { use(readSettings(*m_store)); }
+void Preferences::read(const TextureSides& card) { use(readSettings(*m_store, card)); }
 
 void Preferences::use(const Settings& settings)
 {

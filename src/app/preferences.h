@@ -18,8 +18,8 @@ public:
     /// Holds the directories, too, that all file dialogs share.
     Settings& settings() { return m_settings; }
     QSettings& store() { return *m_store; }
-    /// Takes them from the store.
-    void read();
+    /// Takes them from the store, as far as the card goes.
+    void read(const TextureSides& card);
     /// Takes new ones over and writes them; a text of what went wrong, empty when all is well. Limits and
     /// encoders act on later loads, and a new way to blend from the next start on.
     QString keep(const Settings& chosen);

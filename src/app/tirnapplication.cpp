@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include <QMessageBox>
 #include <QScreen>
 
 #include "app/menus.h"
@@ -94,11 +93,11 @@ bool TirnApplication::initializeGl()
     m_card = m_glInfo->readCapabilities();
     m_shaders = std::make_unique<Shaders>();
     m_mainForm = std::make_unique<MainForm>(
-        "Main", MainFormServices{m_preferences.settings(), m_preferences.store(), m_model});
+        "Main", MainFormServices{m_preferences.settings(), m_preferences.store(), m_model, m_probes});
     createWidgets();
     if (m_currentWidget == nullptr) {
-        QMessageBox::critical(m_mainForm.get(), "Unknown Video Card",
-                              "Your video card does not appear to be compatible with this software. Sorry.");
+        waitForMessage(m_mainForm.get(), QMessageBox::Critical, "Unknown Video Card",
+                       "Your video card does not appear to be compatible with this software. Sorry.");
         return true;
     }
     createServices();
@@ -161,8 +160,8 @@ void TirnApplication::createServices()
         ToolForm* there = m_forms->form(id);
         return there != nullptr && !show ? there : m_forms->create(id, show);
     };
-    m_loads = std::make_unique<Loads>(LoadNeeds{m_model, m_stacks, *m_mainForm, settings, *m_hidden, kind,
-                                                *m_paletteTables, *m_curveTextures, form},
+    m_loads = std::make_unique<Loads>(LoadNeeds{m_model, m_stacks, *m_mainForm, settings, m_probes, *m_hidden,
+                                                kind, *m_paletteTables, *m_curveTextures, form},
                                       *this);
     m_jobs = std::make_unique<Jobs>(m_model, *m_mainForm, settings, m_hidden->context(), m_renderLock, *this);
     m_pictures = std::make_unique<Pictures>(m_model, m_currentWidget, *m_hidden, m_card, settings);
@@ -171,9 +170,9 @@ void TirnApplication::createServices()
         if (!error.isEmpty())
             showMessage(m_mainForm.get(), QMessageBox::Warning, "Preferences", error);
     };
-    m_forms =
-        std::make_unique<FormTable>(*m_mainForm, FormServices{m_model, *m_loads, m_stacks, *m_jobs,
-                                                              *m_pictures, settings, m_card, keep, form});
+    m_forms = std::make_unique<FormTable>(*m_mainForm,
+                                          FormServices{m_model, *m_loads, m_stacks, *m_jobs, *m_pictures,
+                                                       m_probes, settings, m_card, keep, form});
 }
 
 void TirnApplication::connectWidgets()
@@ -181,6 +180,7 @@ void TirnApplication::connectWidgets()
     TirnWidget* widget = m_currentWidget;
     MainForm* form = m_mainForm.get();
     connect(form, &MainForm::loadRecentPalette, m_loads.get(), &Loads::loadPalettes);
+    connect(form, &MainForm::loadRecentRaw, m_loads.get(), &Loads::loadRecentRaw);
     connect(form, &MainForm::savePalette, this,
             [this](Palette* palette) { savePalette(*palette, m_preferences.settings(), m_mainForm.get()); });
     connect(form, &MainForm::loadSession, this, &TirnApplication::loadSession);
@@ -224,7 +224,7 @@ void TirnApplication::createForms()
 
 void TirnApplication::start()
 {
-    m_preferences.read();
+    m_preferences.read({m_card.maxTexture2D, m_card.maxTexture3D});
     if (m_preferences.settings().blending == 1)
         m_currentWidget->setBlendMode(GL_MAX);
     PaletteList favorites;

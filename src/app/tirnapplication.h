@@ -14,6 +14,7 @@
 #include "app/stacklist.h"
 #include "gl/gltables.h"
 #include "render/tirnwidget.h"
+#include "threads/probes.h"
 #include "ui/formtable.h"
 #include "ui/main/helppages.h"
 #include "ui/main/mainform.h"
@@ -52,6 +53,7 @@ public:
     Shaders& shaders() { return *m_shaders; }
     RenderLock& renderLock() { return m_renderLock; }
     const Settings& preferences() { return m_preferences.settings(); }
+    Probes& probes() { return m_probes; }
     PaletteTables* paletteTables() { return m_paletteTables.get(); }
 
     /// The current volume; asking while there is one is logged as a failed assertion.
@@ -99,6 +101,7 @@ private:
     RenderLock m_renderLock;
     Preferences m_preferences;
     StackList m_stacks;
+    Probes m_probes;
     GlCapabilities m_card;
     /// The context that all others share their names with.
     std::unique_ptr<HiddenContext> m_hidden;

@@ -54,15 +54,15 @@ QStringList entriesOf(const QString& directory)
 
 } // namespace
 
-DroppedFiles sortDroppedFiles(QStringList names, const StackProbe& probe)
+DroppedNames sortDroppedNames(QStringList names)
 {
-    DroppedFiles dropped;
+    DroppedNames dropped;
     for (QString& name : names) {
         name = QDir::toNativeSeparators(name);
         logDebug("cleaned string %s", qPrintable(name));
     }
-    const bool isFolder = !names.isEmpty() && isReadableDirectory(names.first());
-    if (isFolder)
+    dropped.isFolder = !names.isEmpty() && isReadableDirectory(names.first());
+    if (dropped.isFolder)
         names = entriesOf(names.first()) + names.mid(1);
     const auto session = std::find_if(names.begin(), names.end(),
                                       [](const QString& name) { return endsWithAny(name, {".tir"}); });
@@ -73,6 +73,14 @@ DroppedFiles sortDroppedFiles(QStringList names, const StackProbe& probe)
     dropped.palettes = take(names, [](const QString& name) {
         return endsWithAny(name, {".map", ".col", ".lut"});
     });
+    dropped.others = names;
+    return dropped;
+}
+
+DroppedFiles sortDroppedFiles(const DroppedNames& sorted, const StackProbe& probe)
+{
+    DroppedFiles dropped;
+    QStringList names = sorted.others;
     ImageAttributes first;
     bool allSinglePages = true;
     dropped.unknown = take(names, [&](const QString& name) {
@@ -86,7 +94,7 @@ DroppedFiles sortDroppedFiles(QStringList names, const StackProbe& probe)
     });
     if (names.isEmpty())
         return dropped;
-    if (isFolder && allSinglePages && names.size() > 1) {
+    if (sorted.isFolder && allSinglePages && names.size() > 1) {
         dropped.sequence = names.first();
         return dropped;
     }

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include <QString>
 #include <QStringList>
+
+#include "formats/raw/rawlayout.h"
 
 class QSettings;
 
@@ -19,6 +22,8 @@ struct RecentStack
     int timePoints = 0;
     /// Elements that the store had no room for.
     int missing = 0;
+    /// How headerless files are read.
+    std::optional<RawLayout> raw = std::nullopt;
 
     /// The first names of the elements, joined by blanks: what tells one stack from another.
     QString text() const;

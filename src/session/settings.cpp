@@ -1,5 +1,8 @@
 #include "session/settings.h"
 
+#include <algorithm>
+#include <bit>
+
 #include <QSettings>
 
 namespace tirn {
@@ -17,6 +20,13 @@ int positive(const QVariant& value, int fallback)
 }
 
 } // namespace
+
+int usableTextureLimit(int limit, int largest)
+{
+    const int most = std::max(kLeastTextureLimit, largest);
+    return static_cast<int>(
+        std::bit_floor(static_cast<unsigned>(std::clamp(limit, kLeastTextureLimit, most))));
+}
 
 QStringList choiceTexts(SettingsChoice choice)
 {
@@ -54,7 +64,7 @@ void writePreferences(const Settings& settings, QSettings& store)
     store.endGroup();
 }
 
-Settings readSettings(QSettings& store)
+Settings readSettings(QSettings& store, const TextureSides& card)
 {
     Settings settings;
     store.beginGroup("Paths");
@@ -69,13 +79,16 @@ Settings readSettings(QSettings& store)
     settings.defaultEncode = choice(store.value("DefaultEncode", "2D Texmaps").toString(), "2D Texmaps");
     settings.defaultTimeSeriesEncode =
         choice(store.value("Default4DEncode", "2D Texmaps").toString(), "2D Texmaps");
-    settings.flashRate = positive(store.value("FlashRate"), settings.flashRate);
+    settings.flashRate = std::min(kLongestFlash, positive(store.value("FlashRate"), settings.flashRate));
     // Read and written in two spellings, which only some stores tell apart.
     const QVariant buffers =
         store.contains("UsePBuffers") ? store.value("UsePBuffers") : store.value("usePBuffers", "Yes");
     settings.usePBuffers = buffers.toString() == "Yes";
-    settings.texLimit2D = positive(store.value("2DTexDimLimit"), settings.texLimit2D);
-    settings.texLimit3D = positive(store.value("3DTexDimLimit"), settings.texLimit3D);
+    const int limit2D = positive(store.value("2DTexDimLimit"), settings.texLimit2D);
+    const int limit3D = positive(store.value("3DTexDimLimit"), settings.texLimit3D);
+    settings.texLimit2D = usableTextureLimit(limit2D, card.in2D);
+    settings.texLimit3D =
+        limit3D >= kNoTextureBlocking ? kNoTextureBlocking : usableTextureLimit(limit3D, card.in3D);
     store.endGroup();
     return settings;
 }

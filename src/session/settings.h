@@ -42,7 +42,21 @@ QStringList choiceTexts(SettingsChoice choice);
 /// of favourites removes its key.
 void writePreferences(const Settings& settings, QSettings& store);
 
-/// Reads a store; absent keys give the defaults above.
-Settings readSettings(QSettings& store);
+/// The longest sides of textures that a card takes.
+struct TextureSides
+{
+    int in2D = 0;
+    int in3D = 0;
+};
+
+constexpr int kLeastTextureLimit = 64;
+constexpr int kLongestFlash = 60000;
+
+/// The power of two not above a limit that can be chosen on a card: from 64 up to its largest side.
+int usableTextureLimit(int limit, int largest);
+
+/// Reads a store; absent keys give the defaults above, and numbers from elsewhere become ones that can be
+/// chosen on the card.
+Settings readSettings(QSettings& store, const TextureSides& card);
 
 } // namespace tirn

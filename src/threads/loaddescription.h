@@ -8,26 +8,12 @@
 #include <QStringList>
 
 #include "depth/zcurve.h"
+#include "formats/raw/rawlayout.h"
 #include "gl/gltable.h"
 #include "image/imageattributes.h"
 #include "session/sessionstack.h"
 
 namespace tirn {
-
-/// The layout of a headerless file; its channels are those of the load.
-struct RawLayout
-{
-    /// Bytes before the first sample.
-    std::int64_t headerOffset = 0;
-    int x = 0;
-    int y = 0;
-    int z = 0;
-    int bitDepth = 8;
-    /// The bytes of a word stand the other way round.
-    bool swapBytes = false;
-
-    bool operator==(const RawLayout&) const = default;
-};
 
 /// What the command line says of a load besides its files.
 struct NamedLoad

@@ -2,11 +2,13 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include <QString>
 #include <QStringList>
 
+#include "formats/raw/rawlayout.h"
 #include "palettes/palettelist.h"
 #include "volume/voxelarray.h"
 
@@ -20,6 +22,8 @@ struct LoadedStack
     std::vector<QStringList> files;
     /// Palettes that channels of the stack count on and that are to be appended to the program's list.
     PaletteList palettes;
+    /// How headerless files were read.
+    std::optional<RawLayout> raw;
 };
 
 /// What a load reports, on the thread that loads.

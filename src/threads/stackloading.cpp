@@ -509,6 +509,8 @@ void StackLoading::finish(LoadedStack& loaded)
     logDebug("bitdepth is %d", m_array->bitsPerSample());
     loaded.array = std::move(m_array);
     loaded.files = std::move(m_description.filesToLoad);
+    if (m_description.raw)
+        loaded.raw = m_description.rawLayout;
 }
 
 } // namespace tirn

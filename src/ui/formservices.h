@@ -10,6 +10,7 @@
 #include "scene/scenemodel.h"
 #include "session/settings.h"
 #include "threads/loaddescription.h"
+#include "threads/probes.h"
 #include "ui/formid.h"
 
 namespace tirn {
@@ -67,6 +68,7 @@ struct FormServices
     StackService& stacks;
     JobService& jobs;
     PictureService& pictures;
+    Probes& probes;
     /// Holds the directories that all file dialogs share, and the preferences.
     Settings& settings;
     const GlCapabilities& card;

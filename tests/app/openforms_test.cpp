@@ -124,6 +124,23 @@ TEST_F(OpenForms, ARawStackIsAskedForAndDescribed)
     EXPECT_EQ(shape(), (std::vector{10, 4, 5, 2, 1}));
 }
 
+TEST_F(OpenForms, ARecentRawStackComesBackWithItsLayout)
+{
+    choose("importStackAction", test::saveBytes(path("a.raw"), QByteArray(7 + 10 * 4 * 5 * 2, 'x')));
+    for (const auto& [name, number] :
+         {std::pair{"spnX", 10}, {"spnY", 4}, {"spnZ", 5}, {"spnCh", 2}, {"spnOffset", 7}})
+        find<QSpinBox>(FormId::ImportStack, name).setValue(number);
+    open(FormId::ImportStack);
+    ASSERT_EQ(app().arrayCount(), 1);
+    // Through the end of the program, too, which asks about no palette then.
+    app().closeAll();
+    app().mainForm().close();
+    restart();
+    app().mainForm().findChild<QMenu*>("recentStacksMenu")->actions().first()->trigger();
+    waitForLoad();
+    EXPECT_EQ(shape(), (std::vector{10, 4, 5, 2, 1}));
+}
+
 TEST_F(OpenForms, ASequenceIsAskedAboutAndLoaded)
 {
     for (const char* name : {"t1z1c1", "t1z2c1", "t1z1c2", "t1z2c2", "t2z1c1", "t2z2c1", "t2z1c2", "t2z2c2"})
@@ -133,6 +150,7 @@ TEST_F(OpenForms, ASequenceIsAskedAboutAndLoaded)
     EXPECT_TRUE(questions.isVisible());
     for (const int position : {1, 3, 5})
         questions.selectField(0, position);
+    settle();
     EXPECT_FALSE(questions.isVisible());
     EXPECT_TRUE(form(FormId::Stack).isVisible());
     open(FormId::Stack);

@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QProgressDialog>
 #include <QSignalSpy>
+#include <QTest>
 #include <QTimer>
 
 #include "uisupport/apptest.h"
@@ -75,6 +76,62 @@ TEST_F(Application, TwoNamedFilesAreTwoColouredChannels)
     EXPECT_EQ(app().palette(1)->name(), QString("green.map"));
     EXPECT_EQ(label("tex"), QString("2D tex"));
     EXPECT_EQ(array.channels()[1].zCurve.size(), 8);
+}
+
+TEST_F(Application, ANumberChoosesThePaletteOfAChannelAndOneBeyondTheListDoesNot)
+{
+    load({picFile("c00.pic"), picFile("c01.pic"), mapFile("red.map"), mapFile("green.map"), "1", "7"});
+    ASSERT_EQ(app().arrayCount(), 1);
+    const auto& channels = app().scene().current()->channels();
+    EXPECT_EQ(channels[0].display.palette, 1);
+    // Channel 1 of the palettes that came with it.
+    EXPECT_EQ(channels[1].display.palette, 1);
+    EXPECT_EQ(app().palette(1)->name(), QString("green.map"));
+}
+
+TEST_F(Application, ANumberIsNoFileOfThatName)
+{
+    picFile("1");
+    const QString before = QDir::currentPath();
+    ASSERT_TRUE(QDir::setCurrent(path(".")));
+    load({picFile("a.pic"), mapFile("red.map"), mapFile("green.map"), "1"});
+    QDir::setCurrent(before);
+    ASSERT_EQ(app().arrayCount(), 1);
+    EXPECT_EQ(app().scene().current()->channelCount(), 1);
+    EXPECT_EQ(app().scene().current()->channels()[0].display.palette, 1);
+}
+
+TEST_F(Application, AStackAndAPaletteAreToldOfStepByStep)
+{
+    load({picFile("a.pic"), mapFile("red.map")});
+    const QStringList lines = log.lines();
+    int last = -1;
+    for (const QString& text :
+         {"loading " + path("a.pic") + " using palette " + path("red.map"), QString("Created ImageFile"),
+          QString("Read ImagFile"), QString("Encoded ImageFile")}) {
+        const auto found = std::find_if(lines.begin(), lines.end(),
+                                        [&text](const QString& line) { return line.contains(text); });
+        ASSERT_NE(found, lines.end()) << text.toStdString();
+        EXPECT_GT(found - lines.begin(), last);
+        last = static_cast<int>(found - lines.begin());
+    }
+    EXPECT_FALSE(log.contains("Usage: tirn <stack file> <palette file>\n"));
+}
+
+TEST_F(Application, OfAStackAndAPaletteEachMissingOneIsTold)
+{
+    load({path("gone.pic"), mapFile("red.map")});
+    EXPECT_EQ(takeBox(), "File does not exist: Cannot find " + path("gone.pic"));
+    EXPECT_FALSE(log.contains("Usage: tirn <stack file> <palette file>\n"));
+    load({picFile("a.pic"), path("gone.map")});
+    EXPECT_EQ(takeBox(), "File does not exist: Cannot find " + path("gone.map"));
+    EXPECT_EQ(app().arrayCount(), 1);
+}
+
+TEST_F(Application, APaletteBesideWhatIsNoStackPrintsTheUsage)
+{
+    load({mapFile("red.map"), "3"});
+    EXPECT_TRUE(log.contains("Usage: tirn <stack file> <palette file>\n"));
 }
 
 TEST_F(Application, MissingPalettesAreMadeGrey)
@@ -207,10 +264,23 @@ TEST_F(Application, CloseAllEmptiesEverythingAndResetsTheView)
     EXPECT_EQ(app().arrayCount(), 1);
 }
 
+/// Lets the program look into files, so that a load of them starts at once.
+void lookInto(TirnApplication& app, const QStringList& names)
+{
+    ProbeQuestion question(app.probes());
+    bool answered = false;
+    std::vector<QStringList> stacks;
+    for (const QString& name : names)
+        stacks.push_back({name});
+    question.ask(std::move(stacks), [&answered] { answered = true; });
+    ASSERT_TRUE(QTest::qWaitFor([&answered] { return answered; }));
+}
+
 TEST_F(Application, PalettesClosedDuringALoadLeaveTheFirst)
 {
-    app().loadFromCommandLine(
-        {"tirn", picFile("c00.pic"), picFile("c01.pic"), mapFile("a.map"), mapFile("b.map")});
+    const QStringList stacks = {picFile("c00.pic"), picFile("c01.pic")};
+    lookInto(app(), stacks);
+    app().loadFromCommandLine(QStringList{"tirn"} + stacks + QStringList{mapFile("a.map"), mapFile("b.map")});
     app().loads().fileThread().wait();
     app().closeAll();
     settle();
@@ -496,7 +566,9 @@ TEST_F(Application, TwentyStartsAndQuits)
 
 TEST_F(Application, ALoadThatIsUnderWayAtTheEndIsCancelled)
 {
-    app().loadFromCommandLine({"tirn", QString(TIRN_TEST_DATA) + "/golgi_16bit.pic"});
+    const QString name = QString(TIRN_TEST_DATA) + "/golgi_16bit.pic";
+    lookInto(app(), {name});
+    app().loadFromCommandLine({"tirn", name});
     quit();
     EXPECT_EQ(liveGlNames(), LiveGlNames());
     restart();

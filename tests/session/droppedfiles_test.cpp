@@ -26,7 +26,7 @@ ImageAttributes probeByName(const QString& name)
     return attributes;
 }
 
-DroppedFiles drop(const QStringList& names) { return sortDroppedFiles(names, probeByName); }
+DroppedFiles drop(const QStringList& names) { return sortDroppedFiles(sortDroppedNames(names), probeByName); }
 
 class DroppedFolder : public ::testing::Test
 {
@@ -61,15 +61,17 @@ TEST(DroppedFiles, TheChannelsAreThoseOfTheFirst) { EXPECT_EQ(drop({"a.lsm", "b.
 
 TEST(DroppedFiles, ASessionIsAllThatCounts)
 {
-    DroppedFiles expected;
-    expected.session = "work.TIR";
-    EXPECT_EQ(drop({"red.map", "work.TIR", "a.pic"}), expected);
+    const DroppedNames dropped = sortDroppedNames({"red.map", "work.TIR", "a.pic"});
+    EXPECT_EQ(dropped.session, "work.TIR");
+    EXPECT_EQ(dropped.palettes, QStringList());
+    EXPECT_EQ(dropped.others, QStringList());
 }
 
 TEST(DroppedFiles, PalettesAreTakenOut)
 {
-    const DroppedFiles dropped = drop({"red.map", "a.pic", "b.COL", "c.lut"});
-    EXPECT_EQ(dropped.palettes, QStringList({"red.map", "b.COL", "c.lut"}));
+    const QStringList names = {"red.map", "a.pic", "b.COL", "c.lut"};
+    EXPECT_EQ(sortDroppedNames(names).palettes, QStringList({"red.map", "b.COL", "c.lut"}));
+    const DroppedFiles dropped = drop(names);
     EXPECT_EQ(dropped.files, std::vector<QStringList>({{"a.pic"}}));
     EXPECT_EQ(dropped.channels, 1);
 }

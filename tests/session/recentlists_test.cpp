@@ -9,7 +9,11 @@ namespace {
 
 RecentStack stackOf(const QString& name, int channels = 1, int timePoints = 1)
 {
-    return {{{name}}, channels, timePoints};
+    RecentStack stack;
+    stack.files = {{name}};
+    stack.channels = channels;
+    stack.timePoints = timePoints;
+    return stack;
 }
 
 class RecentStore : public ::testing::Test
@@ -23,7 +27,8 @@ protected:
 
 TEST(RecentLists, AStackIsCalledByTheFirstNamesOfItsElements)
 {
-    const RecentStack stack{{{"a0.pic", "a1.pic"}, {"b0.pic", "b1.pic"}}, 2, 2};
+    RecentStack stack;
+    stack.files = {{"a0.pic", "a1.pic"}, {"b0.pic", "b1.pic"}};
     EXPECT_EQ(stack.text(), QString("a0.pic b0.pic"));
 }
 
@@ -102,7 +107,8 @@ TEST_F(RecentStore, ElementsOfAnOlderLongerStackAreRemoved)
 
 TEST_F(RecentStore, KeepsAHundredElementsAndSaysHowManyAreMissing)
 {
-    RecentStack stack{{}, 1, 150};
+    RecentStack stack = stackOf({}, 1, 150);
+    stack.files.clear();
     for (int i = 0; i < 150; ++i)
         stack.files.push_back({QString("t%1").arg(i)});
     RecentLists lists;
@@ -142,6 +148,40 @@ TEST_F(RecentStore, AnEmptyOneGivesEmptyLists)
 {
     EXPECT_TRUE(RecentLists::read(store).stacks().empty());
     EXPECT_TRUE(RecentLists::read(store).palettes().isEmpty());
+}
+
+TEST_F(RecentStore, ARawStackComesBackWithItsLayout)
+{
+    RecentLists lists;
+    RecentStack raw = stackOf("a.raw", 3);
+    raw.raw = RawLayout{5000000000, 10, 4, 5, 16, true};
+    lists.addStack(stackOf("b.pic"));
+    lists.addStack(raw);
+    lists.write(store);
+    store.sync();
+    QSettings again = reopened();
+    ASSERT_EQ(RecentLists::read(again).stacks().size(), 2U);
+    EXPECT_EQ(RecentLists::read(again).stacks()[0], raw);
+    EXPECT_EQ(RecentLists::read(again).stacks()[1], stackOf("b.pic"));
+    // A stack with a header in its place has none of it.
+    RecentLists others;
+    others.addStack(stackOf("c.pic"));
+    others.write(store);
+    EXPECT_EQ(RecentLists::read(store).stacks()[0], stackOf("c.pic"));
+}
+
+TEST_F(RecentStore, ALayoutThatCannotBeIsNone)
+{
+    RecentLists lists;
+    lists.addStack(stackOf("a.raw"));
+    lists.write(store);
+    for (const QStringList& numbers :
+         {QStringList{"0", "10", "4", "5", "16"}, QStringList{"-1", "10", "4", "5", "16", "0"},
+          QStringList{"0", "0", "4", "5", "16", "0"}, QStringList{"0", "10", "4", "70000", "16", "0"},
+          QStringList{"0", "10", "4", "5", "12", "0"}, QStringList{"0", "10", "x", "5", "16", "0"}}) {
+        store.setValue("RecentStacks/0raw", numbers);
+        EXPECT_FALSE(RecentLists::read(store).stacks()[0].raw) << numbers.join(' ').toStdString();
+    }
 }
 
 } // namespace

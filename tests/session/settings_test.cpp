@@ -7,6 +7,8 @@
 namespace tirn {
 namespace {
 
+constexpr TextureSides kCard = {16384, 2048};
+
 class SettingsStore : public ::testing::Test
 {
 protected:
@@ -16,7 +18,7 @@ protected:
 
 TEST_F(SettingsStore, AnEmptyOneGivesTheDefaults)
 {
-    const Settings settings = readSettings(store);
+    const Settings settings = readSettings(store, kCard);
     EXPECT_EQ(settings.texLimit2D, 1024);
     EXPECT_EQ(settings.texLimit3D, 512);
     EXPECT_EQ(settings.flashRate, 300);
@@ -34,7 +36,7 @@ TEST_F(SettingsStore, TextsBecomeNumbers)
     store.setValue("Paths/Default4DEncode", "whatever");
     store.setValue("Paths/UsePBuffers", "No");
     store.setValue("Paths/FlashRate", 120);
-    const Settings settings = readSettings(store);
+    const Settings settings = readSettings(store, kCard);
     EXPECT_EQ(settings.paletteGeneration, 0);
     EXPECT_EQ(settings.blending, 1);
     EXPECT_EQ(settings.defaultEncode, 1);
@@ -48,10 +50,43 @@ TEST_F(SettingsStore, ForeignValuesFallBack)
     store.setValue("Paths/DefaultBlending", "Sparkle");
     store.setValue("Paths/2DTexDimLimit", "many");
     store.setValue("Paths/3DTexDimLimit", -4);
-    const Settings settings = readSettings(store);
+    const Settings settings = readSettings(store, kCard);
     EXPECT_EQ(settings.blending, -1);
     EXPECT_EQ(settings.texLimit2D, 1024);
     EXPECT_EQ(settings.texLimit3D, 512);
+}
+
+TEST_F(SettingsStore, NumbersFromElsewhereBecomeOnesThatCanBeChosen)
+{
+    struct Row
+    {
+        const char* key;
+        QVariant stored;
+        int Settings::*field;
+        int expected;
+    };
+    const Row rows[] = {{"2DTexDimLimit", 32768, &Settings::texLimit2D, 16384},
+                        {"2DTexDimLimit", 1000, &Settings::texLimit2D, 512},
+                        {"2DTexDimLimit", 1, &Settings::texLimit2D, 64},
+                        {"2DTexDimLimit", kNoTextureBlocking, &Settings::texLimit2D, 16384},
+                        {"3DTexDimLimit", 0, &Settings::texLimit3D, 512},
+                        {"3DTexDimLimit", 4096, &Settings::texLimit3D, 2048},
+                        {"3DTexDimLimit", 99999, &Settings::texLimit3D, 2048},
+                        {"3DTexDimLimit", 200000, &Settings::texLimit3D, kNoTextureBlocking},
+                        {"FlashRate", 2000000000, &Settings::flashRate, 60000},
+                        {"FlashRate", 0, &Settings::flashRate, 300}};
+    for (const Row& row : rows) {
+        store.setValue(QString("Paths/") + row.key, row.stored);
+        EXPECT_EQ(readSettings(store, kCard).*row.field, row.expected)
+            << row.key << ' ' << row.stored.toString().toStdString();
+    }
+}
+
+TEST_F(SettingsStore, TheDefaultsFitASmallCard)
+{
+    const Settings settings = readSettings(store, {512, 256});
+    EXPECT_EQ(settings.texLimit2D, 512);
+    EXPECT_EQ(settings.texLimit3D, 256);
 }
 
 TEST_F(SettingsStore, PreferencesAreWrittenUnderTheirKeys)
@@ -80,7 +115,7 @@ TEST_F(SettingsStore, PreferencesAreWrittenUnderTheirKeys)
     for (const auto& [key, value] : expected)
         EXPECT_EQ(store.value(QString("Paths/") + key), value) << key;
     EXPECT_EQ(store.allKeys().size(), 10);
-    EXPECT_EQ(readSettings(store), settings);
+    EXPECT_EQ(readSettings(store, kCard), settings);
 }
 
 TEST_F(SettingsStore, AnEmptyFolderOfFavouritesHasNoKey)
@@ -99,7 +134,7 @@ TEST_F(SettingsStore, FavouritesComeBackAsRedGreenAndBlue)
     settings.paletteGeneration = 2;
     writePreferences(settings, store);
     EXPECT_EQ(store.value("Paths/DefaultPaletteGeneration"), "Favorites");
-    EXPECT_EQ(readSettings(store).paletteGeneration, 1);
+    EXPECT_EQ(readSettings(store, kCard).paletteGeneration, 1);
 }
 
 } // namespace

@@ -50,8 +50,15 @@ void AppTest::restart()
 
 void AppTest::settle()
 {
+    const bool wasProbing = app().probes().isBusy();
     QCoreApplication::sendPostedEvents();
     QCoreApplication::processEvents();
+    if (wasProbing) {
+        QTRY_VERIFY_WITH_TIMEOUT(!app().probes().isBusy(), 30000);
+        app().loads().fileThread().wait();
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+    }
     widget().renderThread().wait(5000);
     QCoreApplication::processEvents();
 }
@@ -59,6 +66,7 @@ void AppTest::settle()
 void AppTest::load(const QStringList& names)
 {
     app().loadFromCommandLine(QStringList{"tirn"} + names);
+    QTRY_VERIFY_WITH_TIMEOUT(!app().probes().isBusy(), 30000);
     app().loads().fileThread().wait();
     settle();
 }

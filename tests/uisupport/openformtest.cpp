@@ -27,7 +27,13 @@ OpenFormTest::OpenFormTest() { card.hasTexture3D = true; }
 
 FormServices OpenFormTest::services()
 {
-    return {app().model(), *this, app().stacks(), app().jobs(), app().pictures(), settings, card, {}, {}};
+    return {app().model(), *this,    app().stacks(), app().jobs(), app().pictures(),
+            probes,        settings, card,           {},           {}};
+}
+
+void OpenFormTest::waitForProbes()
+{
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !probes.isBusy(); }));
 }
 
 bool OpenFormTest::startLoad(LoadDescription load)
@@ -75,6 +81,7 @@ void OpenFormTest::click(QWidget& form, const QString& button)
     // A box answers where its mark and its text are.
     const int inside = found.height() / 2;
     QTest::mouseClick(&found, Qt::LeftButton, {}, QPoint(inside, inside));
+    waitForProbes();
 }
 
 void OpenFormTest::typeName(QWidget& form, const QString& chooser, const QString& name)
@@ -84,6 +91,7 @@ void OpenFormTest::typeName(QWidget& form, const QString& chooser, const QString
     QTest::keyClick(&line, Qt::Key_Delete);
     QTest::keyClicks(&line, name);
     QTest::keyClick(&line, Qt::Key_Return);
+    waitForProbes();
 }
 
 QString OpenFormTest::nameIn(const QWidget& form, const QString& chooser)

@@ -8,6 +8,7 @@
 #include "ui/toolform.h"
 #include "uisupport/apptest.h"
 #include "uisupport/modalanswers.h"
+#include "uisupport/probegate.h"
 
 namespace tirn::test {
 
@@ -47,9 +48,11 @@ protected:
             throw std::runtime_error(name.toStdString());
         return *widget;
     }
-    static void click(QWidget& form, const QString& button);
+    /// Until all that forms ask about files is answered.
+    void waitForProbes();
+    void click(QWidget& form, const QString& button);
     /// Types a name into a chooser, to its end.
-    static void typeName(QWidget& form, const QString& chooser, const QString& name);
+    void typeName(QWidget& form, const QString& chooser, const QString& name);
     static QString nameIn(const QWidget& form, const QString& chooser);
     static QString label(const QWidget& form, const QString& name);
 
@@ -59,6 +62,8 @@ protected:
 
     Settings settings;
     GlCapabilities card;
+    ProbeGate gate;
+    Probes probes{gate.reader(readStackHeader)};
     /// Another load is under way.
     bool isBusy = false;
     SeenBox question;

@@ -10,12 +10,13 @@
 #include <QFormLayout>
 #include <QHeaderView>
 #include <QLabel>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QSpinBox>
 #include <QTableWidget>
 #include <QVBoxLayout>
+
+#include "ui/messages.h"
 
 namespace tirn {
 
@@ -155,7 +156,7 @@ void CustomFilterForm::load()
     if (kernel.isValid())
         setKernel(kernel);
     else
-        QMessageBox::warning(this, tr("Load filter Kernel"), name + ":\n" + error);
+        waitForMessage(this, QMessageBox::Warning, tr("Load filter Kernel"), name + ":\n" + error);
 }
 
 QString CustomFilterForm::wrongPlace() const
@@ -175,7 +176,7 @@ void CustomFilterForm::accept()
     if (wrong.isEmpty())
         QDialog::accept();
     else
-        QMessageBox::warning(this, windowTitle(), wrong);
+        waitForMessage(this, QMessageBox::Warning, windowTitle(), wrong);
 }
 
 } // namespace tirn

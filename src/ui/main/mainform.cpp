@@ -50,7 +50,8 @@ QString menuText(const QString& text)
     return shown.replace('&', "&&");
 }
 
-MainForm::MainForm(const QString& name, const MainFormServices& services) : m_services(services)
+MainForm::MainForm(const QString& name, const MainFormServices& services)
+    : m_services(services), m_dropped(services.probes)
 {
     setObjectName(name);
     setWindowTitle("Tirn");
@@ -182,11 +183,11 @@ void MainForm::readRecentLists()
     buildRecentMenus();
 }
 
-void MainForm::addRecentStack(const std::vector<QStringList>& files, int channels, int timePoints)
+void MainForm::addRecentStack(RecentStack stack)
 {
-    if (files.empty())
+    if (stack.files.empty())
         return;
-    m_recent.addStack({files, channels, timePoints});
+    m_recent.addStack(std::move(stack));
     buildRecentMenus();
 }
 
@@ -200,6 +201,10 @@ void MainForm::recentStack(int position)
 {
     // A copy: loading changes the list.
     const RecentStack stack = m_recent.stacks()[static_cast<std::size_t>(position)];
+    if (stack.raw) {
+        Q_EMIT loadRecentRaw(stack);
+        return;
+    }
     if (stack.missing == 0) {
         Q_EMIT loadRecentStack(stack.files, stack.channels, stack.timePoints);
         return;

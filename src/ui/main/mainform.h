@@ -12,10 +12,13 @@
 #include "scene/scenemodel.h"
 #include "session/recentlists.h"
 #include "session/settings.h"
+#include "threads/probes.h"
 
 class QSettings;
 
 namespace tirn {
+
+struct DroppedNames;
 
 /// What the main window works with. All of it outlives the window.
 struct MainFormServices
@@ -24,6 +27,7 @@ struct MainFormServices
     Settings& settings;
     QSettings& store;
     SceneModel& model;
+    Probes& probes;
 };
 
 /// The main window: menus, status bar, the lists of what was opened last, and the render widget in the
@@ -50,7 +54,7 @@ public:
     /// Takes the lists of what was opened last from the store.
     void readRecentLists();
     /// Puts a loaded stack on top of the list.
-    void addRecentStack(const std::vector<QStringList>& files, int channels, int timePoints);
+    void addRecentStack(RecentStack stack);
 
 public Q_SLOTS:
     /// GL_FUNC_ADD or GL_MAX.
@@ -69,6 +73,8 @@ Q_SIGNALS:
     void loadRecentPalette(const QStringList& names);
     void savePalette(tirn::Palette* palette);
     void loadRecentStack(const std::vector<QStringList>& files, int channels, int timePoints);
+    /// A stack whose files have no header.
+    void loadRecentRaw(const tirn::RecentStack& stack);
     /// Mode 0: for the stack form.
     void loadTiffs(const QString& name, int mode);
     void loadSession(const QString& name);
@@ -89,12 +95,14 @@ private:
     void followUndo();
     QMenu* listMenu(const char* name) const;
     void recentStack(int position);
+    void takeDropped(const DroppedNames& names);
     /// False when the user wants to go on.
     bool askAboutUnsavedPalettes();
     void writeSettings();
 
     MainFormServices m_services;
     RecentLists m_recent;
+    ProbeQuestion m_dropped;
     QLabel* m_blending;
     QLabel* m_zCorrection;
     QLabel* m_texture;

@@ -4,16 +4,14 @@
 #include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QMessageBox>
 #include <QMimeData>
-#include <QPushButton>
 #include <QSettings>
 #include <QUrl>
 
 #include "base/log.h"
-#include "image/imagefile.h"
 #include "session/droppedfiles.h"
 #include "ui/main/mainform.h"
+#include "ui/messages.h"
 
 namespace tirn {
 
@@ -29,27 +27,11 @@ QStringList localFiles(const QMimeData* data)
     return names;
 }
 
-ImageAttributes probeStack(const QString& name)
-{
-    const ImageFile image(QStringList{name});
-    return image.hasReader() ? image.attributes() : ImageAttributes();
-}
-
-enum class Answer { Yes, No, Cancel };
-
 Answer askToSave(const QString& name, QWidget* parent)
 {
-    QMessageBox box(QMessageBox::Question, MainForm::tr("Unsaved Palettes"),
-                    MainForm::tr("Do you want to save the changes to ") + name + "?", QMessageBox::NoButton,
-                    parent);
-    box.setTextFormat(Qt::PlainText);
-    const QAbstractButton* yes = box.addButton(MainForm::tr("Yes"), QMessageBox::YesRole);
-    const QAbstractButton* no = box.addButton(MainForm::tr("No"), QMessageBox::NoRole);
-    box.setEscapeButton(box.addButton(MainForm::tr("Cancel"), QMessageBox::RejectRole));
-    box.exec();
-    if (box.clickedButton() == yes)
-        return Answer::Yes;
-    return box.clickedButton() == no ? Answer::No : Answer::Cancel;
+    return askWithCancel(parent, MainForm::tr("Unsaved Palettes"),
+                         MainForm::tr("Do you want to save the changes to ") + name + "?",
+                         MainForm::tr("Yes"), MainForm::tr("No"));
 }
 
 } // namespace
@@ -66,7 +48,7 @@ void MainForm::dropEvent(QDropEvent* event)
     if (names.isEmpty())
         return;
     event->acceptProposedAction();
-    const DroppedFiles dropped = sortDroppedFiles(names, probeStack);
+    const DroppedNames dropped = sortDroppedNames(names);
     if (!dropped.session.isEmpty()) {
         Q_EMIT loadSession(dropped.session);
         return;
@@ -75,6 +57,16 @@ void MainForm::dropEvent(QDropEvent* event)
         logDebug("Foo! %s", qPrintable(palette));
         Q_EMIT loadRecentPalette({palette});
     }
+    std::vector<QStringList> stacks;
+    for (const QString& name : dropped.others)
+        stacks.push_back({name});
+    m_dropped.ask(std::move(stacks), [this, dropped] { takeDropped(dropped); });
+}
+
+void MainForm::takeDropped(const DroppedNames& names)
+{
+    const DroppedFiles dropped =
+        sortDroppedFiles(names, [this](const QString& name) { return m_dropped.known({name}); });
     if (!dropped.sequence.isEmpty())
         Q_EMIT loadTiffs(dropped.sequence, 0);
     else if (!dropped.files.empty())

@@ -21,6 +21,7 @@
 #include "ui/messages.h"
 #include "ui/open/startload.h"
 #include "ui/widgets/filechooser.h"
+#include "ui/widgets/taborder.h"
 
 namespace tirn {
 
@@ -54,8 +55,10 @@ ImportStackForm::ImportStackForm(const FormServices& services, QWidget* parent)
     open->setObjectName("btnOpen");
     cancel->setObjectName("btnCancel");
     auto* columns = new QHBoxLayout;
-    columns->addWidget(fileRows(), 1);
-    columns->addWidget(rangeRows(), 1);
+    QWidget* fields = fileRows();
+    QWidget* ranges = rangeRows();
+    columns->addWidget(fields, 1);
+    columns->addWidget(ranges, 1);
     auto* name = new QFormLayout;
     name->addRow(tr("Fi&lename"), m_file);
     auto* layout = new QVBoxLayout(this);
@@ -63,7 +66,7 @@ ImportStackForm::ImportStackForm(const FormServices& services, QWidget* parent)
     layout->addLayout(columns);
     layout->addStretch(1);
     layout->addWidget(buttons);
-    setTabOrder(m_file, m_swap);
+    chainTabs({m_file, fields, ranges, buttons});
     connect(buttons, &QDialogButtonBox::accepted, this, &ImportStackForm::openStack);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(m_file, &FileChooser::fileNameChanged, this, &ImportStackForm::updateRealSize);
@@ -254,7 +257,7 @@ void ImportStackForm::openStack()
     load.setRange(import.first, import.last, import.step, m_subsample->value(),
                   m_3D->isChecked() ? GL_TEXTURE_3D : GL_TEXTURE_2D, false, 0, false);
     load.rawLayout.swapBytes = m_swap->isChecked();
-    startLoad(*this, services(), std::move(load));
+    startLoadOf(*this, services(), std::move(load));
 }
 
 } // namespace tirn

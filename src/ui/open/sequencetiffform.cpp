@@ -6,6 +6,7 @@
 
 #include <QAbstractTextDocumentLayout>
 #include <QDialogButtonBox>
+#include <QHideEvent>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
@@ -17,7 +18,6 @@
 #include "base/log.h"
 #include "formats/names/filelists.h"
 #include "formats/names/sequencenames.h"
-#include "image/imagefile.h"
 #include "ui/messages.h"
 #include "ui/open/stackopenform.h"
 #include "ui/open/startload.h"
@@ -37,7 +37,8 @@ QString centred(const QString& text) { return "<p align=\"center\">" + text + "<
 
 SequenceTiffForm::SequenceTiffForm(const FormServices& services, QWidget* parent)
     : ToolForm(services, {}, parent), m_question(new QLabel(centred(tr("What is your quest?")), this)),
-      m_name(new QTextEdit(this)), m_none(new QPushButton(tr("&None of the above"), this))
+      m_name(new QTextEdit(this)), m_none(new QPushButton(tr("&None of the above"), this)),
+      m_found(services.probes)
 {
     setWindowTitle(tr("Load Tiff Sequence"));
     m_question->setObjectName("lblQuestion");
@@ -95,6 +96,7 @@ void SequenceTiffForm::setFilename(const QString& name, int mode)
     m_name->setPlainText(m_file.fileName());
     m_name->setAlignment(Qt::AlignHCenter);
     m_highlighter->setName(m_file.fileName());
+    m_found.cancel();
     m_stage = Begin;
     updateQuestion();
     show();
@@ -105,6 +107,13 @@ void SequenceTiffForm::showEvent(QShowEvent* event)
 {
     ToolForm::showEvent(event);
     m_name->setFocus();
+}
+
+void SequenceTiffForm::hideEvent(QHideEvent* event)
+{
+    if (!event->spontaneous())
+        m_found.cancel();
+    ToolForm::hideEvent(event);
 }
 
 void SequenceTiffForm::updateQuestion()
@@ -237,17 +246,18 @@ void SequenceTiffForm::load()
             name = besideFile(m_file.filePath(), name);
     }
     logDebug("timepoint %d channel %d", stacks.timePoints(), stacks.channels);
-    try {
-        handOver(pattern, std::move(stacks));
-    } catch (const std::bad_alloc&) {
-        logWarning("Could not allocate file object");
-    }
-    hide();
+    const QStringList first = stacks.lists.front();
+    m_found.ask({first}, [this, pattern, stacks = std::move(stacks)] {
+        hide();
+        handOver(pattern, stacks);
+    });
 }
 
-void SequenceTiffForm::handOver(const QString& pattern, SequenceStacks stacks)
+void SequenceTiffForm::handOver(const QString& pattern, const SequenceStacks& stacks)
 {
-    const ImageAttributes attributes = ImageFile(stacks.lists.front()).attributes();
+    const ImageAttributes attributes = m_found.known(stacks.lists.front());
+    if (attributes.type == ImageType::Unknown)
+        logWarning("Could not allocate file object");
     if (m_mode == ForAdvancedMovie) {
         Q_EMIT advancedTiffs(stacks.lists);
         return;
@@ -260,7 +270,7 @@ void SequenceTiffForm::handOver(const QString& pattern, SequenceStacks stacks)
     description.fileType = ImageType::TiffSeries;
     description.channels = stacks.channels;
     description.timePoints = stacks.timePoints();
-    description.filesToLoad = std::move(stacks.lists);
+    description.filesToLoad = stacks.lists;
     Q_EMIT setupTiff(description, pattern, attributes.bitDepth, attributes.fileZ);
 }
 

@@ -48,6 +48,7 @@ Q_SIGNALS:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
@@ -57,7 +58,7 @@ private:
     bool handleKey(int key);
     QString wildcardField(const QString& name, int field) const;
     void complain(const QString& text);
-    void handOver(const QString& pattern, SequenceStacks stacks);
+    void handOver(const QString& pattern, const SequenceStacks& stacks);
 
     QLabel* m_question;
     QTextEdit* m_name;
@@ -66,6 +67,7 @@ private:
     QFileInfo m_file;
     int m_mode = ForStack;
     int m_stage = Begin;
+    ProbeQuestion m_found;
 };
 
 } // namespace tirn

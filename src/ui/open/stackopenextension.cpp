@@ -190,6 +190,8 @@ void StackOpenExtension::showTimeStep(bool show)
     m_timeStepLabel->setVisible(show);
 }
 
+bool StackOpenExtension::showsTimeStep() const { return !m_timeStep->isHidden(); }
+
 void StackOpenExtension::setRanges(int slices, int timePoints)
 {
     const int count = std::max(1, slices);

@@ -41,6 +41,8 @@ public:
     double yDim() const;
     double zDim() const;
 
+    bool showsTimeStep() const;
+
     /// All as it is for a stack that nothing is known of.
     void reset();
     /// Chooses 3D texture maps, where the card has them, or 2D ones.

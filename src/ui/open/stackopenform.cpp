@@ -25,6 +25,7 @@
 #include "ui/open/stackopenextension.h"
 #include "ui/open/startload.h"
 #include "ui/widgets/filechooser.h"
+#include "ui/widgets/taborder.h"
 
 namespace tirn {
 
@@ -49,7 +50,9 @@ QLabel* wildcardHint(QWidget* page)
 
 StackOpenForm::StackOpenForm(const FormServices& services, QWidget* parent)
     : ToolForm(services, {}, parent), m_pages(new QStackedWidget(this)), m_memory(new QLabel(this)),
-      m_extension(new StackOpenExtension(services.card.hasTexture3D, this))
+      m_extension(new StackOpenExtension(services.card.hasTexture3D, this)), m_chosen(services.probes),
+      m_first(services.probes), m_estimated(services.probes), m_opening(services.probes),
+      m_listed(services.probes)
 {
     setWindowTitle(tr("File Open"));
     m_pages->setObjectName("wskOpen");
@@ -61,7 +64,8 @@ StackOpenForm::StackOpenForm(const FormServices& services, QWidget* parent)
     auto* column = new QVBoxLayout;
     column->addWidget(m_pages, 1);
     column->addWidget(m_memory);
-    column->addWidget(buttonRow());
+    m_buttons = buttonRow();
+    column->addWidget(m_buttons);
     // Side by side both fit on a small screen, even with everything twice as large.
     auto* layout = new QHBoxLayout(this);
     layout->addLayout(column, 1);
@@ -162,16 +166,17 @@ QWidget* StackOpenForm::buttonRow()
         made->setObjectName(name);
         return made;
     };
-    QPushButton* open = button("btnOpen", tr("&Open"));
+    m_open = button("btnOpen", tr("&Open"));
+    m_open->setDefault(true);
     QPushButton* cancel = button("btnCancel", tr("&Cancel"));
     m_details = button("btnDetails", tr("&Details ") + ">>>");
-    connect(open, &QPushButton::clicked, this, &StackOpenForm::openStack);
+    connect(m_open, &QPushButton::clicked, this, &StackOpenForm::openStack);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
     connect(m_details, &QPushButton::clicked, this, &StackOpenForm::toggleExtension);
     auto* layout = new QHBoxLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addStretch(1);
-    for (QPushButton* each : {open, cancel, m_details})
+    for (QPushButton* each : {m_open, cancel, m_details})
         layout->addWidget(each);
     return row;
 }
@@ -230,8 +235,12 @@ void StackOpenForm::setNumberOfChannels(int wanted)
     } catch (const std::bad_alloc&) {
         logWarning("Could not allocate file chooser");
     }
+    orderTabs();
     calculateMemory();
 }
+
+/// From top to bottom, as things stand, and the buttons last.
+void StackOpenForm::orderTabs() { chainTabs({m_pages, m_extension, m_buttons}); }
 
 void StackOpenForm::showEvent(QShowEvent* event)
 {
@@ -250,10 +259,27 @@ void StackOpenForm::showEvent(QShowEvent* event)
 
 void StackOpenForm::keyPressEvent(QKeyEvent* event)
 {
-    if (event->key() == Qt::Key_Escape)
+    switch (event->key()) {
+    case Qt::Key_Escape:
         close();
-    else
+        return;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        ToolForm::keyPressEvent(event);
+        return;
+    default:
         event->ignore();
+    }
+}
+
+/// What nobody waits for any more is not opened.
+void StackOpenForm::hideEvent(QHideEvent* event)
+{
+    if (!event->spontaneous()) {
+        m_opening.cancel();
+        setWaiting(false);
+    }
+    ToolForm::hideEvent(event);
 }
 
 void StackOpenForm::toggleExtension()
@@ -278,6 +304,8 @@ void StackOpenForm::closeExtension()
 
 void StackOpenForm::beginSetup(Page page)
 {
+    m_opening.cancel();
+    setWaiting(false);
     closeExtension();
     m_extension->reset();
     m_rangesOf.clear();
@@ -305,9 +333,13 @@ void StackOpenForm::refuseLeica(const QString& file)
 
 void StackOpenForm::setup(const QString& file)
 {
-    if (!checkFile(file))
-        return;
-    const ImageAttributes attributes = probe({file}).value_or(ImageAttributes());
+    if (checkFile(file))
+        m_chosen.ask({{file}}, [this, file] { setupKnown(file); });
+}
+
+void StackOpenForm::setupKnown(const QString& file)
+{
+    const ImageAttributes attributes = m_chosen.known({file});
     const auto warn = [&](const QString& title, const QString& text) {
         showMessage(this, QMessageBox::Warning, title, file + text);
     };

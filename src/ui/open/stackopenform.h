@@ -1,10 +1,9 @@
 #pragma once
 
-#include <optional>
 #include <vector>
 
 #include "ui/toolform.h"
-#include <QDateTime>
+#include <QPointer>
 
 class QCheckBox;
 class QLabel;
@@ -54,6 +53,7 @@ Q_SIGNALS:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
@@ -85,6 +85,7 @@ private:
     FileChooser* makeChooser(const QString& filter);
 
     void beginSetup(Page page);
+    void setupKnown(const QString& file);
     void setupSiblings(const QString& file);
     void setupChannelFiles(const QStringList& files, int rows);
     void setupOlympus(const QString& file, const ImageAttributes& attributes);
@@ -95,9 +96,17 @@ private:
     QStringList namesIn(const QString& name, bool timeSeries) const;
     void timeSeriesToggled(bool on);
     void closeExtension();
-    std::optional<ImageAttributes> probe(const QStringList& names);
+    void takeFirstFile(const QString& first, int files, bool timeSeries);
     Subject subjectOfPage() const;
-    QString memoryLine();
+    QString memoryLine(const Subject& subject) const;
+    void orderTabs();
+
+    /// Goes on once the stacks are known. Meanwhile nothing in the form can be changed, and it can be closed.
+    void openWhenKnown(std::vector<QStringList> stacks, void (StackOpenForm::*next)());
+    void setWaiting(bool waiting);
+    void openOnePerFile();
+    void openManyPerFile();
+    void openKnownList(const std::vector<QStringList>& files, int channels, int timePoints);
 
     void refuse(const QString& text);
     /// The file has no voxels; says where they are.
@@ -121,7 +130,9 @@ private:
     QLabel* m_bitDepth = nullptr;
     QLabel* m_slices = nullptr;
     QLabel* m_memory;
+    QPushButton* m_open = nullptr;
     QPushButton* m_details = nullptr;
+    QWidget* m_buttons = nullptr;
     StackOpenExtension* m_extension;
     /// The choosers in the rows of the table, which owns them.
     std::vector<FileChooser*> m_channelRows;
@@ -133,15 +144,15 @@ private:
     LoadDescription m_series;
     /// The file that the ranges of the details were set for.
     QString m_rangesOf;
-    /// The last files that were looked into, so that a spin box does not read them again.
-    struct Probed
-    {
-        QStringList names;
-        qint64 size = -1;
-        QDateTime modified;
-        ImageAttributes attributes;
-    };
-    std::optional<Probed> m_probed;
+    /// What had the keyboard when the form began to wait for files.
+    QPointer<QWidget> m_focusBefore;
+    /// What is asked about files: the one to be set up for, the first of the page, the one whose memory is
+    /// estimated, those to be opened, and those of a list from elsewhere.
+    ProbeQuestion m_chosen;
+    ProbeQuestion m_first;
+    ProbeQuestion m_estimated;
+    ProbeQuestion m_opening;
+    ProbeQuestion m_listed;
 };
 
 } // namespace tirn

@@ -5,6 +5,7 @@
 #include <QCheckBox>
 #include <QFileInfo>
 #include <QLabel>
+#include <QPushButton>
 #include <QSpinBox>
 #include <QStackedWidget>
 #include <QTableWidget>
@@ -12,7 +13,6 @@
 #include "base/log.h"
 #include "formats/imageformats.h"
 #include "formats/names/filelists.h"
-#include "image/imagefile.h"
 #include "image/memoryestimate.h"
 #include "ui/messages.h"
 #include "ui/open/stackopenextension.h"
@@ -28,37 +28,31 @@ QStringList StackOpenForm::namesIn(const QString& name, bool timeSeries) const
     return timeSeries ? expandPatternToPaths(name) : QStringList{name};
 }
 
-/// What is known of the stack that these names make; nothing when there is no such file or of no known type.
-std::optional<ImageAttributes> StackOpenForm::probe(const QStringList& names)
-{
-    const QFileInfo file(names.value(0));
-    if (names.isEmpty() || !file.isFile())
-        return std::nullopt;
-    if (m_probed && m_probed->names == names && m_probed->size == file.size() &&
-        m_probed->modified == file.lastModified())
-        return m_probed->attributes;
-    m_probed.reset();
-    const ImageFile image(names);
-    if (image.attributes().type == ImageType::Unknown)
-        return std::nullopt;
-    m_probed = Probed{names, file.size(), file.lastModified(), image.attributes()};
-    return m_probed->attributes;
-}
-
 void StackOpenForm::fileNameChanged(const QString& file, bool timeSeries)
 {
     const QStringList names = namesIn(file, timeSeries);
     const QString first = names.value(0);
-    if (!QFileInfo(first).isFile())
+    if (!QFileInfo(first).isFile()) {
+        m_first.cancel();
         return;
+    }
+    m_first.ask({{first}}, [this, first, files = static_cast<int>(names.size()), timeSeries] {
+        takeFirstFile(first, files, timeSeries);
+    });
+}
+
+void StackOpenForm::takeFirstFile(const QString& first, int files, bool timeSeries)
+{
     const QString directory = QFileInfo(first).absolutePath();
-    if (const auto known = probe({first})) {
+    const ImageAttributes known = m_first.known({first});
+    if (known.type != ImageType::Unknown) {
         // What was chosen in the details stays while it is about the same file.
         if (first != m_rangesOf) {
-            m_extension->setRanges(known->fileZ, static_cast<int>(names.size()));
-            m_extension->setDim(known->dimX, known->dimY, known->dimZ);
+            m_extension->setRanges(known.fileZ, files);
+            m_extension->setDim(known.dimX, known.dimY, known.dimZ);
         }
-        m_extension->setTimePoints(static_cast<int>(names.size()));
+        m_extension->setTimePoints(files);
+        m_extension->showTimeStep(timeSeries);
         m_rangesOf = first;
         services().settings.stackPath = directory;
     }
@@ -85,9 +79,11 @@ void StackOpenForm::timeSeriesToggled(bool on)
     if (!m_extensionOpened)
         m_extension->choose3D((on ? settings.defaultTimeSeriesEncode : settings.defaultEncode) == 1);
     m_extension->toggleMaps();
-    m_extension->showTimeStep(on);
-    if (m_extension->isHidden())
+    if (m_extension->isHidden() || m_extension->showsTimeStep() == on) {
+        m_extension->showTimeStep(on);
         return;
+    }
+    m_extension->showTimeStep(on);
     // Laid out anew.
     toggleExtension();
     toggleExtension();
@@ -116,17 +112,16 @@ StackOpenForm::Subject StackOpenForm::subjectOfPage() const
     return {};
 }
 
-QString StackOpenForm::memoryLine()
+QString StackOpenForm::memoryLine(const Subject& subject) const
 {
-    const Subject subject = subjectOfPage();
-    const auto known = probe(subject.names);
-    if (!known)
+    const ImageAttributes known = m_estimated.known(subject.names);
+    if (known.type == ImageType::Unknown)
         return unknownMemoryText();
     MemoryQuestion question;
-    question.x = known->fileX;
-    question.y = known->fileY;
-    question.bitDepth = known->bitDepth;
-    question.channels = subject.channels > 0 ? subject.channels : known->channels;
+    question.x = known.fileX;
+    question.y = known.fileY;
+    question.bitDepth = known.bitDepth;
+    question.channels = subject.channels > 0 ? subject.channels : known.channels;
     question.timePoints = subject.timePoints;
     question.first = m_extension->first();
     question.last = m_extension->last();
@@ -139,11 +134,15 @@ QString StackOpenForm::memoryLine()
 
 void StackOpenForm::calculateMemory()
 {
-    try {
-        m_memory->setText(memoryLine());
-    } catch (const std::exception&) {
-        m_memory->setText(unknownMemoryText());
-    }
+    const Subject subject = subjectOfPage();
+    m_memory->setText(unknownMemoryText());
+    m_estimated.ask({subject.names}, [this, subject] {
+        try {
+            m_memory->setText(memoryLine(subject));
+        } catch (const std::exception&) {
+            m_memory->setText(unknownMemoryText());
+        }
+    });
 }
 
 void StackOpenForm::refuse(const QString& text)
@@ -182,6 +181,32 @@ void StackOpenForm::openStack()
     }
 }
 
+void StackOpenForm::openWhenKnown(std::vector<QStringList> stacks, void (StackOpenForm::*next)())
+{
+    m_opening.ask(std::move(stacks), [this, next] {
+        setWaiting(false);
+        (this->*next)();
+    });
+    setWaiting(m_opening.isOpen());
+}
+
+void StackOpenForm::setWaiting(bool waiting)
+{
+    // Each of them would take the keyboard from what has it.
+    if (waiting == !m_open->isEnabled())
+        return;
+    if (waiting)
+        m_focusBefore = focusWidget();
+    for (QWidget* widget : std::initializer_list<QWidget*>{m_pages, m_extension, m_open, m_details})
+        widget->setEnabled(!waiting);
+    if (waiting)
+        m_memory->setText(tr("Looking into the files..."));
+    else if (m_focusBefore != nullptr)
+        m_focusBefore->setFocus();
+    if (!waiting)
+        calculateMemory();
+}
+
 void StackOpenForm::dropEmptyLastRows()
 {
     int rows = m_table->rowCount();
@@ -191,6 +216,17 @@ void StackOpenForm::dropEmptyLastRows()
 }
 
 void StackOpenForm::buildFileList_onePerFile()
+{
+    std::vector<QStringList> firstFiles;
+    for (const FileChooser* row : m_channelRows) {
+        const QStringList first = namesIn(row->fileName(), m_timeSeries->isChecked()).mid(0, 1);
+        if (!first.isEmpty())
+            firstFiles.push_back(first);
+    }
+    openWhenKnown(std::move(firstFiles), &StackOpenForm::openOnePerFile);
+}
+
+void StackOpenForm::openOnePerFile()
 {
     m_channelFiles.clear();
     dropEmptyLastRows();
@@ -207,7 +243,7 @@ void StackOpenForm::buildFileList_onePerFile()
     load.channels = static_cast<int>(load.filesToLoad.front().size());
     load.timePoints = static_cast<int>(load.filesToLoad.size());
     describe(load);
-    startLoad(*this, services(), std::move(load));
+    startLoadOf(*this, services(), std::move(load));
 }
 
 /// Finds the files of a row. False, after a box, when they cannot be loaded with those of the first one.
@@ -225,7 +261,7 @@ bool StackOpenForm::addChannel(int channel, FirstChannel& first)
     }
     if (!checkFile(files.first()))
         return false;
-    const ImageAttributes known = probe({files.first()}).value_or(ImageAttributes());
+    const ImageAttributes known = m_opening.known({files.first()});
     if (channel == 0)
         first = {static_cast<int>(files.size()), known.fileX, known.fileY, known.fileZ};
     if (known.fileX != first.x || known.fileY != first.y || known.fileZ != first.z) {
@@ -261,6 +297,12 @@ bool StackOpenForm::fitsFirst(int channel, const QStringList& files, const First
 
 void StackOpenForm::buildFileList_manyPerFile()
 {
+    const QStringList files = namesIn(m_multiChooser->fileName(), m_multiTimeSeries->isChecked());
+    openWhenKnown({files.mid(0, 1)}, &StackOpenForm::openManyPerFile);
+}
+
+void StackOpenForm::openManyPerFile()
+{
     m_channelFiles.clear();
     const QString name = m_multiChooser->fileName();
     const bool series = m_multiTimeSeries->isChecked();
@@ -283,10 +325,10 @@ void StackOpenForm::buildFileList_manyPerFile()
         return;
     LoadDescription load = freshLoad(services());
     load.filesToLoad = filesByTime(files, m_extension->timeStep());
-    load.channels = std::max(1, probe({files.first()}).value_or(ImageAttributes()).channels);
+    load.channels = std::max(1, m_opening.known({files.first()}).channels);
     load.timePoints = static_cast<int>(load.filesToLoad.size());
     describe(load);
-    startLoad(*this, services(), std::move(load));
+    startLoadOf(*this, services(), std::move(load));
 }
 
 void StackOpenForm::openSeries()
@@ -298,7 +340,7 @@ void StackOpenForm::openSeries()
     // One element may hold all channels of the only time point.
     load.timePoints = std::max(1, static_cast<int>(load.filesToLoad.size()) / std::max(1, load.channels));
     describe(load);
-    startLoad(*this, services(), std::move(load));
+    startLoadOf(*this, services(), std::move(load));
 }
 
 void StackOpenForm::describe(LoadDescription& load) const
@@ -324,7 +366,18 @@ void StackOpenForm::buildFileList_knownList(const std::vector<QStringList>& file
         if (!checkFile(element.at(i)))
             return;
     }
-    const ImageType type = probe({element.first()}).value_or(ImageAttributes()).type;
+    std::vector<QStringList> stacks = {{element.first()}};
+    if (channels <= 0)
+        stacks.push_back(element);
+    m_listed.ask(std::move(stacks),
+                 [this, files, channels, timePoints] { openKnownList(files, channels, timePoints); });
+}
+
+/// What stands in the form has nothing to do with it, and stays.
+void StackOpenForm::openKnownList(const std::vector<QStringList>& files, int channels, int timePoints)
+{
+    const QStringList& element = files.front();
+    const ImageType type = m_listed.known({element.first()}).type;
     if (imageFormat(type).page == OpenPage::Description) {
         refuseLeica(element.first());
         return;
@@ -336,7 +389,7 @@ void StackOpenForm::buildFileList_knownList(const std::vector<QStringList>& file
     load.timePoints = timePoints > 0 ? timePoints : elements;
     load.channels = channels;
     if (channels <= 0) {
-        const int found = probe(element).value_or(ImageAttributes()).channels;
+        const int found = m_listed.known(element).channels;
         load.channels = found > 1 ? found : elements;
     }
     load.setWholeStack(false);

@@ -1,7 +1,5 @@
 #include "ui/open/startload.h"
 
-#include <QCoreApplication>
-
 #include "ui/messages.h"
 
 namespace tirn {
@@ -11,17 +9,19 @@ LoadDescription freshLoad(const FormServices& services)
     return LoadDescription(services.settings.defaultEncode);
 }
 
-void startLoad(ToolForm& form, const FormServices& services, LoadDescription load)
+bool startLoad(ToolForm& form, const FormServices& services, LoadDescription load)
 {
-    const bool wasShown = form.isVisible();
-    form.hide();
-    QCoreApplication::processEvents();
     if (services.loads.startLoad(std::move(load)))
-        return;
-    if (wasShown)
-        form.show();
+        return true;
     showMessage(&form, QMessageBox::Warning, QObject::tr("File Load Error"),
                 QObject::tr("Another stack is being loaded. Please wait until it stands, or cancel it."));
+    return false;
+}
+
+void startLoadOf(ToolForm& form, const FormServices& services, LoadDescription load)
+{
+    if (startLoad(form, services, std::move(load)))
+        form.hide();
 }
 
 } // namespace tirn

@@ -7,8 +7,10 @@ namespace tirn {
 /// The description that a load begins with, before a form fills it.
 LoadDescription freshLoad(const FormServices& services);
 
-/// Hides the form, lets the screen follow, and starts the load. While another one is under way the form comes
-/// back, if it was there, with a box that says so.
-void startLoad(ToolForm& form, const FormServices& services, LoadDescription load);
+/// Starts the load; while another one is under way a box says so, and it is false.
+bool startLoad(ToolForm& form, const FormServices& services, LoadDescription load);
+
+/// The same with what stands in the form, which goes away unless the load was refused.
+void startLoadOf(ToolForm& form, const FormServices& services, LoadDescription load);
 
 } // namespace tirn

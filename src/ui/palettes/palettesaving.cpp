@@ -2,7 +2,6 @@
 
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QMessageBox>
 
 #include "base/log.h"
 #include "palettes/palettefile.h"
@@ -33,7 +32,7 @@ QString withEnding(QString name, const QString& filter)
 
 void warnNotWritten(const QString& name, QWidget* parent)
 {
-    QMessageBox::warning(parent, "Save Palette", "Could not write\n" + name);
+    waitForMessage(parent, QMessageBox::Warning, "Save Palette", "Could not write\n" + name);
 }
 
 } // namespace
@@ -70,7 +69,8 @@ bool savePaletteAs(Palette& palette, Settings& settings, QWidget* parent)
         return false;
     if (!PaletteFile(name).replace(palette)) {
         if (isThere)
-            QMessageBox::critical(parent, "Overwrite file error", "Could not overwrite\n" + name);
+            waitForMessage(parent, QMessageBox::Critical, "Overwrite file error",
+                           "Could not overwrite\n" + name);
         else
             warnNotWritten(name, parent);
         return false;

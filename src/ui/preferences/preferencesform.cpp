@@ -1,7 +1,6 @@
 #include "ui/preferences/preferencesform.h"
 
 #include <algorithm>
-#include <bit>
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -18,13 +17,10 @@ namespace tirn {
 
 namespace {
 
-/// The power of two that the lists of limits begin with.
-constexpr int kLeastExponent = 6;
-constexpr int kMostMilliseconds = 60000;
-
-int log2Of(int number)
+/// Chooses a limit in a list, or the one that is used in its place.
+void showLimit(QComboBox& list, int limit, int largest)
 {
-    return number > 0 ? static_cast<int>(std::bit_width(static_cast<unsigned>(number))) - 1 : 0;
+    list.setCurrentText(QString::number(usableTextureLimit(limit, largest)));
 }
 
 } // namespace
@@ -32,12 +28,10 @@ int log2Of(int number)
 QStringList textureLimits(int largest)
 {
     QStringList items;
-    for (int i = kLeastExponent; i <= log2Of(largest); ++i)
-        items.append(QString::number(1 << i));
+    for (int limit = kLeastTextureLimit; limit <= usableTextureLimit(largest, largest); limit *= 2)
+        items.append(QString::number(limit));
     return items;
 }
-
-int textureLimitItem(int limit) { return std::max(0, log2Of(limit) - kLeastExponent); }
 
 PreferencesForm::PreferencesForm(const FormServices& services, QWidget* parent)
     : ToolForm(services, {}, parent), m_favorites(new FileChooser(FileChooser::Mode::Directory, this)),
@@ -49,7 +43,7 @@ PreferencesForm::PreferencesForm(const FormServices& services, QWidget* parent)
     m_favorites->setTitle(tr("Favorite Palette's Folder"));
     m_watermark->setObjectName("txtWatermark");
     m_flashRate->setObjectName("spnFlashRate");
-    m_flashRate->setRange(1, kMostMilliseconds);
+    m_flashRate->setRange(1, kLongestFlash);
     m_flashRate->setSuffix(tr(" ms"));
     m_generation = combo("cboPaletteGeneration", choiceTexts(SettingsChoice::PaletteGeneration));
     m_blending = combo("cboBlending", choiceTexts(SettingsChoice::Blending));
@@ -111,13 +105,14 @@ void PreferencesForm::refresh(Changes /*changes*/)
     m_usePBuffers->setCurrentIndex(m_settings.usePBuffers ? 0 : 1);
     m_limit2D->clear();
     m_limit2D->addItems(textureLimits(card.maxTexture2D));
-    m_limit2D->setCurrentIndex(textureLimitItem(m_settings.texLimit2D));
+    showLimit(*m_limit2D, m_settings.texLimit2D, card.maxTexture2D);
     m_limit3D->clear();
     m_limit3D->addItems(textureLimits(card.maxTexture3D));
     m_limit3D->addItem(tr("Disable blocking"));
-    m_limit3D->setCurrentIndex(m_settings.texLimit3D >= kNoTextureBlocking
-                                   ? m_limit3D->count() - 1
-                                   : textureLimitItem(m_settings.texLimit3D));
+    if (m_settings.texLimit3D >= kNoTextureBlocking)
+        m_limit3D->setCurrentIndex(m_limit3D->count() - 1);
+    else
+        showLimit(*m_limit3D, m_settings.texLimit3D, card.maxTexture3D);
     m_paletteSize->setText(tr("Max Palette Size: ") + QString::number(card.maxTexture2D));
     m_largest2D->setText(tr("Max 2D Texture Dimension: ") + QString::number(card.maxTexture2D));
     m_largest3D->setText(tr("Max 3D Texture Dimension: ") + QString::number(card.maxTexture3D));

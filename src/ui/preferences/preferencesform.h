@@ -48,9 +48,7 @@ private:
     QLabel* m_largest3D;
 };
 
-/// The limits that a card leaves to choose from: powers of two from 64 up to its largest side.
+/// The limits that a card leaves to choose from: powers of two from 64 up to its largest side; 64 always.
 QStringList textureLimits(int largest);
-/// The position of a limit in that list.
-int textureLimitItem(int limit);
 
 } // namespace tirn

@@ -4,12 +4,12 @@
 
 #include <QHeaderView>
 #include <QMenu>
-#include <QMessageBox>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
 #include "base/log.h"
 #include "ui/formlist.h"
+#include "ui/messages.h"
 #include "ui/stacks/stackdimensionsform.h"
 #include "volume/volumemaking.h"
 
@@ -79,7 +79,7 @@ void ManagerForm::addItem(int i)
         made = new TirnStackItem(scene().arrays.at(static_cast<std::size_t>(i))->id(), services(), this);
     } catch (const std::bad_alloc&) {
         logWarning("Could not allocate TirnStackItem");
-        QMessageBox::warning(this, "Problem adding stack", "Could not add stack to table");
+        showMessage(this, QMessageBox::Warning, "Problem adding stack", "Could not add stack to table");
         return;
     }
     connect(made, &TirnStackItem::paletteAssigned, this, &ManagerForm::paletteAssignment);

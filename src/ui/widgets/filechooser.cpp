@@ -1,32 +1,47 @@
 #include "ui/widgets/filechooser.h"
 
 #include <QFileDialog>
+#include <QFocusEvent>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QToolButton>
 
 namespace tirn {
 
 FileChooser::FileChooser(Mode mode, QWidget* parent)
-    : QWidget(parent), m_mode(mode), m_line(new QLineEdit(this))
+    : QWidget(parent), m_mode(mode), m_line(new QLineEdit(this)), m_button(new QToolButton(this))
 {
     m_line->setObjectName("txtFileName");
-    auto* button = new QToolButton(this);
-    button->setObjectName("btnBrowse");
-    button->setText("...");
-    button->setToolTip(mode == Mode::Directory ? tr("Choose a folder.") : tr("Choose a file."));
+    m_button->setObjectName("btnBrowse");
+    m_button->setText("...");
+    m_button->setToolTip(mode == Mode::Directory ? tr("Choose a folder.") : tr("Choose a file."));
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_line, 1);
-    layout->addWidget(button);
-    setFocusProxy(m_line);
-    connect(m_line, &QLineEdit::editingFinished, this, [this] { Q_EMIT fileNameChanged(fileName()); });
-    connect(button, &QToolButton::clicked, this, &FileChooser::browse);
+    layout->addWidget(m_button);
+    // Not a proxy, which would be a stop of the tab key beside the line itself.
+    setFocusPolicy(Qt::ClickFocus);
+    connect(m_line, &QLineEdit::textEdited, this, &FileChooser::fileNameChanged);
+    connect(m_button, &QToolButton::clicked, this, &FileChooser::browse);
 }
 
 QString FileChooser::fileName() const { return m_line->text(); }
 
 void FileChooser::setFileName(const QString& name) { m_line->setText(name); }
+
+void FileChooser::focusInEvent(QFocusEvent* event) { m_line->setFocus(event->reason()); }
+
+void FileChooser::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter) {
+        QWidget::keyPressEvent(event);
+        return;
+    }
+    event->accept();
+    if (m_button->hasFocus())
+        browse();
+}
 
 void FileChooser::browse()
 {

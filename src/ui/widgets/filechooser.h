@@ -30,8 +30,13 @@ public Q_SLOTS:
     void browse();
 
 Q_SIGNALS:
-    /// A name was typed to its end, or chosen.
+    /// The user changed the name, by a letter or by choosing a file.
     void fileNameChanged(const QString& name);
+
+protected:
+    void focusInEvent(QFocusEvent* event) override;
+    /// Enter stays here: it takes the name, which counts already, or browses from the button.
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     Mode m_mode;
@@ -39,6 +44,7 @@ private:
     QString m_filter;
     QString m_title;
     QLineEdit* m_line;
+    QToolButton* m_button;
 };
 
 } // namespace tirn

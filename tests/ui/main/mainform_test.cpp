@@ -16,6 +16,15 @@
 namespace tirn {
 namespace {
 
+RecentStack recentStack(const std::vector<QStringList>& files, int channels, int timePoints)
+{
+    RecentStack stack;
+    stack.files = files;
+    stack.channels = channels;
+    stack.timePoints = timePoints;
+    return stack;
+}
+
 class MainWindow : public test::AppTest
 {
 protected:
@@ -62,6 +71,7 @@ protected:
             return false;
         QDropEvent event({10, 10}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(&form(), &event);
+        settle();
         return true;
     }
     QString directory() const { return QFileInfo(path("x")).path(); }
@@ -70,7 +80,7 @@ protected:
     {
         QObject::connect(&form(), &MainForm::loadRecentStack, &form(),
                          [this](const std::vector<QStringList>& files, int channels, int timePoints) {
-                             wanted.push_back({files, channels, timePoints});
+                             wanted.push_back(recentStack(files, channels, timePoints));
                          });
     }
     QSettings store() { return {QSettings::IniFormat, QSettings::UserScope, "Tirn", "Tirn2"}; }
@@ -169,11 +179,11 @@ TEST_F(MainWindow, ALoadedStackStandsInTheRecentOnes)
 
 TEST_F(MainWindow, ARecentStackIsLoadedAgain)
 {
-    form().addRecentStack({{"x0.pic", "x1.pic"}, {"y0.pic", "y1.pic"}}, 2, 2);
-    form().addRecentStack({{"z.stk"}}, 1, 1);
+    form().addRecentStack(recentStack({{"x0.pic", "x1.pic"}, {"y0.pic", "y1.pic"}}, 2, 2));
+    form().addRecentStack(recentStack({{"z.stk"}}, 1, 1));
     catchStacks();
     menu("&File/Load/Recent Stacks")->actions()[1]->trigger();
-    EXPECT_EQ(wanted, std::vector<RecentStack>({{{{"x0.pic", "x1.pic"}, {"y0.pic", "y1.pic"}}, 2, 2}}));
+    EXPECT_EQ(wanted, (std::vector{recentStack({{"x0.pic", "x1.pic"}, {"y0.pic", "y1.pic"}}, 2, 2)}));
 }
 
 TEST_F(MainWindow, AStackOfSeveralFilesComesBackFromTheRecentOnes)
@@ -221,7 +231,7 @@ TEST_F(MainWindow, ADroppedFolderOfSinglePagesOpensTheSequenceForm)
 TEST_F(MainWindow, TheEleventhRecentStackPushesOutTheOldest)
 {
     for (int i = 0; i < 11; ++i)
-        form().addRecentStack({{QString("s%1.pic").arg(i)}}, 1, 1);
+        form().addRecentStack(recentStack({{QString("s%1.pic").arg(i)}}, 1, 1));
     const QList<QAction*> recent = menu("&File/Load/Recent Stacks")->actions();
     ASSERT_EQ(recent.size(), 10);
     EXPECT_EQ(recent.first()->text(), "s10.pic");
@@ -269,7 +279,7 @@ TEST_F(MainWindow, ADropOfThreeStacksAsksForThreeChannelsOfOneTimePoint)
 {
     catchStacks();
     drop({picFile("a.pic"), picFile("b.pic"), picFile("c.pic")});
-    EXPECT_EQ(wanted, std::vector<RecentStack>({{{{path("a.pic"), path("b.pic"), path("c.pic")}}, 3, 1}}));
+    EXPECT_EQ(wanted, (std::vector{recentStack({{path("a.pic"), path("b.pic"), path("c.pic")}}, 3, 1)}));
 }
 
 TEST_F(MainWindow, WhatIsNoFileIsNotTaken)
@@ -336,7 +346,7 @@ TEST_F(MainWindow, APaletteInItsFileIsNotAskedAbout)
 TEST_F(MainWindow, ClosingKeepsDirectoriesAndLists)
 {
     drop({mapFile("red.map")});
-    form().addRecentStack({{"a.pic"}}, 1, 1);
+    form().addRecentStack(recentStack({{"a.pic"}}, 1, 1));
     EXPECT_TRUE(form().close());
     EXPECT_EQ(store().value("Paths/PalettePath").toString(), directory());
     EXPECT_FALSE(store().contains("Paths/StackPath"));

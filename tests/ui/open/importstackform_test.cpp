@@ -290,5 +290,56 @@ TEST_F(ImportStack, TheKeyboardReachesEveryWidgetInOrder)
                      "spnLast", "spnStep", "spnSubsample", "rdo2D", "btnOpen", "btnCancel", "txtFileName"}));
 }
 
+TEST_F(ImportStack, ARefusedImportKeepsWhatWasTyped)
+{
+    showWith(500);
+    describeWords();
+    isBusy = true;
+    click(form, "btnOpen");
+    EXPECT_EQ(seenBox(),
+              (SeenBox{QMessageBox::Warning, "File Load Error",
+                       "Another stack is being loaded. Please wait until it stands, or cancel it.", true}));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+    EXPECT_TRUE(form.isVisible());
+    EXPECT_EQ(
+        (std::vector{value("spnX"), value("spnY"), value("spnZ"), value("spnOffset"), value("spnLast")}),
+        (std::vector{10, 4, 5, 100, 4}));
+    isBusy = false;
+    click(form, "btnOpen");
+    ASSERT_EQ(loads(), 1U);
+    EXPECT_EQ(loaded().rawLayout.x, 10);
+}
+
+TEST_F(ImportStack, TheTabKeyGoesFromTopToBottomAndThenToTheButtons)
+{
+    showWith(500);
+    form.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
+    auto& line = find<QLineEdit>(form, "txtFileName");
+    line.setFocus();
+    QStringList reached;
+    do {
+        reached.append(QApplication::focusWidget()->objectName());
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    } while (QApplication::focusWidget() != &line && reached.size() < 40);
+    EXPECT_EQ(reached, (QStringList{"txtFileName", "btnBrowse", "chkEndian", "spnOffset", "cboBitDepth",
+                                    "spnCh", "spnX", "spnY", "spnZ", "spnFirst", "spnLast", "spnStep",
+                                    "spnSubsample", "rdo2D", "btnOpen", "btnCancel"}));
+}
+
+TEST_F(ImportStack, EnterTakesANameAndOpensFromElsewhere)
+{
+    showWith(500);
+    form.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
+    find<QLineEdit>(form, "txtFileName").setFocus();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(loads(), 0U);
+    find<QSpinBox>(form, "spnX").setFocus();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(loads(), 1U);
+}
+
 } // namespace
 } // namespace tirn

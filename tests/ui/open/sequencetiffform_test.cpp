@@ -72,6 +72,7 @@ protected:
         cursor.setPosition(position + 1);
         const QRect right = nameText().cursorRect(cursor);
         QTest::mouseClick(nameText().viewport(), Qt::LeftButton, {}, (left.center() + right.center()) / 2);
+        waitForProbes();
     }
     QTextCharFormat formatAt(int position)
     {
@@ -356,6 +357,7 @@ TEST_F(SequenceTiff, TheProgramLeadsFromTheQuestionsToThePageOfTheSequence)
     auto* questions = static_cast<SequenceTiffForm*>(app().forms().create(FormId::SequenceTiff, false));
     questions->setFilename(path("t1.tif"), 0);
     questions->selectField(0, 1);
+    settle();
     auto* open = static_cast<StackOpenForm*>(app().forms().form(FormId::Stack));
     EXPECT_EQ(open->objectName(), "StackOpen");
     EXPECT_TRUE(open->isVisible());

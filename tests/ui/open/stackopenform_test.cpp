@@ -36,6 +36,11 @@ protected:
     StackOpen() { makeForm(); }
 
     void makeForm() { form = std::make_unique<StackOpenForm>(services(), nullptr); }
+    void setUpFor(const QString& file)
+    {
+        form->setup(file);
+        waitForProbes();
+    }
     QString page() const { return find<QStackedWidget>(*form, "wskOpen").currentWidget()->objectName(); }
     int rows() const { return find<QTableWidget>(*form, "tblChannels").rowCount(); }
     QString row(int number) const { return nameIn(*form, "fchChannel" + QString::number(number)); }
@@ -71,7 +76,7 @@ SeenBox critical(const QString& title, const QString& text)
 
 TEST_F(StackOpen, AFileThatIsNotThereIsTold)
 {
-    form->setup(path("none.pic"));
+    setUpFor(path("none.pic"));
     EXPECT_FALSE(form->isVisible());
     EXPECT_EQ(seenBox(), critical("File does not exist", "Cannot find " + path("none.pic")));
 }
@@ -83,7 +88,7 @@ TEST_F(StackOpen, AFileThatMayNotBeReadIsTold)
     QFile::setPermissions(name, QFile::Permissions());
     {
         const test::OtherUser user;
-        form->setup(name);
+        setUpFor(name);
     }
     EXPECT_FALSE(form->isVisible());
     EXPECT_EQ(seenBox(), critical("Permissions error", "Cannot read " + name));
@@ -94,17 +99,17 @@ TEST_F(StackOpen, AFileOfNoKnownTypeIsTold)
     const QString text = " does not appear to be any image file format recognized by Tirn. You may want to "
                          "try Import Raw Stack.";
     const QString name = test::saveBytes(path("a <b>.dat"), "nothing");
-    form->setup(name);
+    setUpFor(name);
     EXPECT_FALSE(form->isVisible());
     EXPECT_EQ(seenBox(), warning("Unknown file type", name + text));
-    form->setup(path("."));
+    setUpFor(path("."));
     EXPECT_EQ(seenBox(), warning("Unknown file type", path(".") + text));
 }
 
 TEST_F(StackOpen, ASingleTiffBelongsToTheOtherForm)
 {
     const QString name = tiff("a.tif", 1, 1);
-    form->setup(name);
+    setUpFor(name);
     EXPECT_FALSE(form->isVisible());
     EXPECT_EQ(seenBox(),
               warning("Tif load", name + " appears to be a single slice tiff file. If you want to load a "
@@ -115,7 +120,7 @@ TEST_F(StackOpen, ALeicaTextPointsToItsTiffs)
 {
     const QString name = test::saveBytes(path("a.txt"), "LEICA MICROSYSTEMS\n[HARDWARE PARAMETER]\n"
                                                         "[SCANNER INFORMATION]\n[TIME INFORMATION]\n");
-    form->setup(name);
+    setUpFor(name);
     EXPECT_FALSE(form->isVisible());
     EXPECT_EQ(seenBox(),
               warning("Leica load", name + " describes images whose voxels are in the tiff files beside it. "
@@ -127,7 +132,7 @@ TEST_F(StackOpen, BioRadFilesBringTheirSiblings)
 {
     for (const char* name : {"cell1.pic", "cell2.pic", "cell3.pic", "other.pic"})
         picFile(name);
-    form->setup(path("cell2.pic"));
+    setUpFor(path("cell2.pic"));
     EXPECT_TRUE(form->isVisible());
     EXPECT_EQ(page(), "singleChannel");
     ASSERT_EQ(rows(), 3);
@@ -143,19 +148,19 @@ TEST_F(StackOpen, FiveSiblingsAreTooManyForChannels)
 {
     for (int i = 0; i < 5; ++i)
         picFile(QString("cell%1.pic").arg(i));
-    form->setup(path("cell3.pic"));
+    setUpFor(path("cell3.pic"));
     ASSERT_EQ(rows(), 2);
     EXPECT_EQ(row(1), path("cell3.pic"));
     EXPECT_EQ(row(2), "");
     QFile::remove(path("cell0.pic"));
-    form->setup(path("cell3.pic"));
+    setUpFor(path("cell3.pic"));
     EXPECT_EQ(rows(), 4);
 }
 
 TEST_F(StackOpen, AFileThatTheSiblingsPatternMissesStandsAlone)
 {
     // Without an ending the pattern asks for a dot at the end.
-    form->setup(picFile("cell1"));
+    setUpFor(picFile("cell1"));
     ASSERT_EQ(rows(), 2);
     EXPECT_EQ(row(1), path("cell1"));
     EXPECT_EQ(row(2), "");
@@ -166,7 +171,7 @@ TEST_F(StackOpen, FilesWithAllChannelsHaveAPageOfTheirOwn)
     for (const char* name : {"/made/vff/synth_8bit.vff", "/made/dv/synth_be_i16_WZT_3c_2t.r3d",
                              "/made/lsm/synth_8bit_z4_c4.lsm", "/made/stk/synth_8bit_10z_strips.stk"}) {
         makeForm();
-        form->setup(kData + name);
+        setUpFor(kData + name);
         EXPECT_TRUE(form->isVisible());
         EXPECT_EQ(page(), "multiChannel") << name;
         EXPECT_EQ(nameIn(*form, "fchMultiChannel"), kData + name);
@@ -178,13 +183,13 @@ TEST_F(StackOpen, FilesWithAllChannelsHaveAPageOfTheirOwn)
 
 TEST_F(StackOpen, AMultiPageTiffIsAChannelOrHasAll)
 {
-    form->setup(tiff("grey.tif", 3, 1));
+    setUpFor(tiff("grey.tif", 3, 1));
     EXPECT_EQ(page(), "singleChannel");
     ASSERT_EQ(rows(), 2);
     EXPECT_EQ(row(1), path("grey.tif"));
     EXPECT_EQ(row(2), "");
     EXPECT_EQ(spin("spnLast"), 2);
-    form->setup(tiff("colour.tif", 3, 3));
+    setUpFor(tiff("colour.tif", 3, 3));
     EXPECT_EQ(page(), "multiChannel");
     EXPECT_EQ(nameIn(*form, "fchMultiChannel"), path("colour.tif"));
 }
@@ -192,7 +197,7 @@ TEST_F(StackOpen, AMultiPageTiffIsAChannelOrHasAll)
 TEST_F(StackOpen, AnOlympusSetIsOneElementWithItsOwnChannels)
 {
     const QString name = kData + "/oif/synth_z8_c2.oif";
-    form->setup(name);
+    setUpFor(name);
     EXPECT_EQ(page(), "tiffSeries");
     EXPECT_EQ(label(*form, "lblChannels"), "Channels: 2");
     EXPECT_EQ(label(*form, "lblBitDepth"), "Bit Depth: 12");
@@ -229,7 +234,7 @@ TEST_F(StackOpen, HasTheTextsOfItsWidgets)
 
 TEST_F(StackOpen, TheDetailsBeginWithAllOfTheStack)
 {
-    form->setup(picFile("a.pic", 16, 12, 8));
+    setUpFor(picFile("a.pic", 16, 12, 8));
     EXPECT_FALSE(extension().isVisible());
     click(*form, "btnDetails");
     EXPECT_TRUE(extension().isVisible());
@@ -259,7 +264,7 @@ TEST_F(StackOpen, TheDetailsBeginWithAllOfTheStack)
 
 TEST_F(StackOpen, ReslicingNeeds3DTextureMaps)
 {
-    form->setup(picFile("a.pic"));
+    setUpFor(picFile("a.pic"));
     click(*form, "btnDetails");
     click(*form, "btn3D");
     EXPECT_TRUE(get<QCheckBox>("chkResliceZ").isEnabled());
@@ -274,7 +279,7 @@ TEST_F(StackOpen, ACardWithout3DTexturesHasNoneOfThem)
     card.hasTexture3D = false;
     settings.defaultEncode = 1;
     makeForm();
-    form->setup(picFile("a.pic"));
+    setUpFor(picFile("a.pic"));
     for (const char* name : {"btn3D", "btn3DParallel"})
         EXPECT_FALSE(get<QRadioButton>(name).isEnabled()) << name;
     for (const char* name : {"btn3D", "btn3DParallel", "chkResliceZ", "spnZSlices", "txtReslice"})
@@ -285,7 +290,7 @@ TEST_F(StackOpen, ACardWithout3DTexturesHasNoneOfThem)
 TEST_F(StackOpen, TheDefaultsChooseTheTexturesUntilTheDetailsAreOpened)
 {
     settings.defaultTimeSeriesEncode = 1;
-    form->setup(picFile("a.pic"));
+    setUpFor(picFile("a.pic"));
     EXPECT_TRUE(get<QRadioButton>("btn2D").isChecked());
     click(*form, "chkTimeSeries");
     EXPECT_TRUE(get<QRadioButton>("btn3D").isChecked());
@@ -298,14 +303,14 @@ TEST_F(StackOpen, TheDefaultsChooseTheTexturesUntilTheDetailsAreOpened)
     EXPECT_TRUE(extension().isVisible());
     // Set up anew they count again.
     settings.defaultEncode = 1;
-    form->setup(path("a.pic"));
+    setUpFor(path("a.pic"));
     EXPECT_FALSE(extension().isVisible());
     EXPECT_TRUE(get<QRadioButton>("btn3D").isChecked());
 }
 
 TEST_F(StackOpen, MoreChannelsAreMoreRows)
 {
-    form->setup(picFile("a.pic"));
+    setUpFor(picFile("a.pic"));
     log.clear();
     auto& count = get<QSpinBox>("spnNumChannels");
     QTest::keyClick(&count, Qt::Key_Up);
@@ -324,12 +329,11 @@ TEST_F(StackOpen, MoreChannelsAreMoreRows)
 
 TEST_F(StackOpen, EscapeAndCancelLoadNothing)
 {
-    form->setup(picFile("a.pic"));
+    setUpFor(picFile("a.pic"));
     QTest::keyClick(&find<QLineEdit>(get<FileChooser>("fchChannel1"), "txtFileName"), Qt::Key_Escape);
     EXPECT_FALSE(form->isVisible());
-    form->setup(path("a.pic"));
+    setUpFor(path("a.pic"));
     // Other keys travel on.
-    QTest::keyClick(form.get(), Qt::Key_Return);
     QTest::keyClick(form.get(), Qt::Key_A);
     EXPECT_TRUE(form->isVisible());
     click(*form, "btnCancel");
@@ -339,7 +343,7 @@ TEST_F(StackOpen, EscapeAndCancelLoadNothing)
 
 TEST_F(StackOpen, ButtonsHaveTheirKeys)
 {
-    form->setup(picFile("a.pic"));
+    setUpFor(picFile("a.pic"));
     form->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(form.get()));
     // A button pressed by its key shows that for a while.
@@ -349,22 +353,121 @@ TEST_F(StackOpen, ButtonsHaveTheirKeys)
     EXPECT_TRUE(QTest::qWaitFor([&] { return loads() == 1; }));
 }
 
-TEST_F(StackOpen, TheKeyboardReachesEveryWidget)
+TEST_F(StackOpen, TheTabKeyGoesFromTopToBottomAndThenToTheButtons)
 {
-    form->setup(picFile("a.pic"));
+    setUpFor(picFile("a.pic"));
+    click(*form, "btnDetails");
+    click(*form, "btn3D");
+    // A row that came later stands above the box all the same.
+    form->setNumberOfChannels(3);
+    form->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(form.get()));
+    get<QSpinBox>("spnNumChannels").setFocus();
+    QStringList reached;
+    do {
+        reached.append(QApplication::focusWidget()->objectName());
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    } while (QApplication::focusWidget() != &get<QSpinBox>("spnNumChannels") && reached.size() < 40);
+    EXPECT_EQ(reached,
+              (QStringList{"spnNumChannels", "txtFileName",  "btnBrowse",      "txtFileName", "btnBrowse",
+                           "txtFileName",    "btnBrowse",    "chkTimeSeries",  "spnFirst",    "spnLast",
+                           "spnStep",        "spnSubsample", "chkConserveMem", "btn3D",       "chkResliceZ",
+                           "spnZSlices",     "spnXDim",      "spnYDim",        "spnZDim",     "btnOpen",
+                           "btnCancel",      "btnDetails"}));
+}
+
+TEST_F(StackOpen, EnterTakesANameAndOpensFromElsewhere)
+{
+    setUpFor(picFile("a.pic"));
+    form->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(form.get()));
+    typeName(*form, "fchChannel1", picFile("b.pic"));
+    EXPECT_TRUE(form->isVisible());
+    EXPECT_EQ(loads(), 0U);
+    get<QSpinBox>("spnNumChannels").setFocus();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    waitForProbes();
+    ASSERT_EQ(loads(), 1U);
+    EXPECT_EQ(loaded().filesToLoad, (std::vector<QStringList>{{path("b.pic")}}));
+    // On a button it presses that button.
+    setUpFor(path("a.pic"));
+    form->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(form.get()));
+    get<QPushButton>("btnCancel").setFocus();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Enter);
+    EXPECT_FALSE(form->isVisible());
+    EXPECT_EQ(loads(), 1U);
+}
+
+TEST_F(StackOpen, ANameJustTypedIsOpenedWithItsOwnLayers)
+{
+    setUpFor(picFile("a.pic", 16, 12, 8));
+    picFile("b.pic", 16, 12, 5);
     click(*form, "btnDetails");
     form->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(form.get()));
-    click(*form, "btn3D");
-    QStringList reached;
-    for (int i = 0; i < 40; ++i) {
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-        reached.append(QApplication::focusWidget()->objectName());
+    auto& line = find<QLineEdit>(get<FileChooser>("fchChannel1"), "txtFileName");
+    line.setFocus();
+    line.selectAll();
+    QTest::keyClicks(&line, path("b.pic"));
+    QTest::keyClick(&line, Qt::Key_O, Qt::AltModifier);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return loads() == 1; }));
+    EXPECT_EQ(loaded().filesToLoad, (std::vector<QStringList>{{path("b.pic")}}));
+    EXPECT_EQ((std::vector{loaded().first, loaded().last}), (std::vector{0, 4}));
+}
+
+/// The same form with files on a slow disk.
+class SlowStackOpen : public StackOpen
+{
+protected:
+    SlowStackOpen()
+    {
+        setUpFor(picFile("a.pic"));
+        picFile("b.pic", 16, 12, 5);
+        gate.close();
+        auto& line = find<QLineEdit>(get<FileChooser>("fchChannel1"), "txtFileName");
+        line.selectAll();
+        QTest::keyClicks(&line, path("b.pic"));
+        gate.waitForReader();
     }
-    for (const char* name : {"spnNumChannels", "txtFileName", "chkTimeSeries", "btnOpen", "btnCancel",
-                             "btnDetails", "spnFirst", "spnLast", "spnStep", "spnSubsample", "chkConserveMem",
-                             "btn3D", "chkResliceZ", "spnZSlices", "spnXDim", "spnYDim", "spnZDim"})
-        EXPECT_TRUE(reached.contains(name)) << name;
+    ~SlowStackOpen() override { gate.open(); }
+};
+
+TEST_F(SlowStackOpen, ShowsWhatItKnowsMeanwhile)
+{
+    EXPECT_EQ(memory(), "Memory required: Not enough info");
+    EXPECT_EQ(spin("spnLast"), 7);
+    gate.open();
+    waitForProbes();
+    EXPECT_EQ(spin("spnLast"), 4);
+    // 16 x 12 x 5 and 16 x 8 x 12 + 16 x 8 x 16 + 16 x 16.
+    EXPECT_EQ(memory(), "Memory required: 4.69KB");
+}
+
+TEST_F(SlowStackOpen, OpeningWaitsWithoutStandingStill)
+{
+    QTest::mouseClick(&get<QPushButton>("btnOpen"), Qt::LeftButton);
+    EXPECT_EQ(loads(), 0U);
+    EXPECT_TRUE(form->isVisible());
+    EXPECT_FALSE(get<QPushButton>("btnOpen").isEnabled());
+    EXPECT_EQ(memory(), "Looking into the files...");
+    gate.open();
+    waitForProbes();
+    ASSERT_EQ(loads(), 1U);
+    EXPECT_EQ(loaded().filesToLoad, (std::vector<QStringList>{{path("b.pic")}}));
+    EXPECT_FALSE(form->isVisible());
+}
+
+TEST_F(SlowStackOpen, ACancelWhileItWaitsOpensNothing)
+{
+    QTest::mouseClick(&get<QPushButton>("btnOpen"), Qt::LeftButton);
+    QTest::mouseClick(&get<QPushButton>("btnCancel"), Qt::LeftButton);
+    EXPECT_FALSE(form->isVisible());
+    gate.open();
+    waitForProbes();
+    EXPECT_EQ(loads(), 0U);
+    setUpFor(path("a.pic"));
+    EXPECT_TRUE(get<QPushButton>("btnOpen").isEnabled());
 }
 
 TEST_F(StackOpen, AnEmptyStackPathIsThatOfThePalettes)
@@ -380,7 +483,7 @@ TEST_F(StackOpen, AnEmptyStackPathIsThatOfThePalettes)
 
 TEST_F(StackOpen, ATypedNameBringsItsRanges)
 {
-    form->setup(picFile("a.pic", 16, 12, 8));
+    setUpFor(picFile("a.pic", 16, 12, 8));
     picFile("b.pic", 16, 12, 5);
     click(*form, "btnDetails");
     get<QSpinBox>("spnFirst").setValue(3);
@@ -399,7 +502,7 @@ TEST_F(StackOpen, ATypedNameBringsItsRanges)
 
 TEST_F(StackOpen, APatternBringsTheTimeSteps)
 {
-    form->setup(picFile("t1.pic"));
+    setUpFor(picFile("t1.pic"));
     for (const char* name : {"t2.pic", "t3.pic"})
         picFile(name);
     click(*form, "chkTimeSeries");
@@ -412,7 +515,7 @@ TEST_F(StackOpen, APatternBringsTheTimeSteps)
 TEST_F(StackOpen, EstimatesTheMemory)
 {
     // 16 x 12 x 8 voxels, and textures of 16 x 8 x 12 + 16 x 8 x 16 + 16 x 16.
-    form->setup(picFile("a.pic", 16, 12, 8));
+    setUpFor(picFile("a.pic", 16, 12, 8));
     EXPECT_EQ(memory(), "Memory required: 5.25KB");
     click(*form, "btnDetails");
     click(*form, "chkConserveMem");
@@ -436,7 +539,7 @@ TEST_F(StackOpen, EstimatesChannelsAndTimePoints)
 {
     for (const char* name : {"t1.pic", "t2.pic", "t3.pic"})
         picFile(name, 16, 12, 8);
-    form->setup(path("t1.pic"));
+    setUpFor(path("t1.pic"));
     // Three rows are three channels.
     EXPECT_EQ(memory(), "Memory required: 15.75KB");
     form->setNumberOfChannels(1);
@@ -451,7 +554,7 @@ TEST_F(StackOpen, EstimatesFilesWithAllChannels)
 {
     QFile::copy(kData + "/made/lsm/synth_8bit_z4_c4.lsm", path("t1.lsm"));
     QFile::copy(path("t1.lsm"), path("t2.lsm"));
-    form->setup(path("t1.lsm"));
+    setUpFor(path("t1.lsm"));
     // 40 x 40 x 4, textures 64 x 4 x 40 twice and 64 x 64; four channels.
     EXPECT_EQ(memory(), "Memory required: 121.00KB");
     click(*form, "chkMultiTimeSeries");
@@ -463,7 +566,7 @@ TEST_F(StackOpen, EstimatesFilesWithAllChannels)
 
 TEST_F(StackOpen, NamesThatAreNotThereGiveNoEstimate)
 {
-    form->setup(picFile("a.pic"));
+    setUpFor(picFile("a.pic"));
     typeName(*form, "fchChannel1", path("none.pic"));
     EXPECT_EQ(memory(), "Memory required: Not enough info");
     typeName(*form, "fchChannel1", path("a.pic"));
@@ -483,6 +586,7 @@ TEST_F(StackOpen, ASequenceShowsItsFigures)
     next.fileType = ImageType::TiffSeries;
     next.timePoints = 2;
     form->setupTiff(next, "t?.tif", 8, 3);
+    waitForProbes();
     EXPECT_TRUE(form->isVisible());
     EXPECT_EQ(page(), "tiffSeries");
     EXPECT_EQ(label(*form, "lblPattern"), "<p align=\"center\">Filename pattern: t?.tif</p>");
@@ -507,7 +611,7 @@ TEST_F(StackOpen, ASequenceShowsItsFigures)
 
 TEST_F(StackOpen, TellsOfNewVoxelSizes)
 {
-    form->setup(picFile("a.pic"));
+    setUpFor(picFile("a.pic"));
     click(*form, "btnDetails");
     std::vector<double> told;
     QObject::connect(form.get(), &StackOpenForm::scaleChanged, form.get(), [&](double x, double y, double z) {

@@ -31,10 +31,20 @@ class StackLists : public test::OpenFormTest
 protected:
     StackLists() { form = std::make_unique<StackOpenForm>(services(), nullptr); }
 
+    void setUpFor(const QString& file)
+    {
+        form->setup(file);
+        waitForProbes();
+    }
+    void loadKnown(const Lists& files, int channels, int timePoints)
+    {
+        form->buildFileList_knownList(files, channels, timePoints);
+        waitForProbes();
+    }
     /// Shows the page of a file for each channel with these names.
     void name(const QStringList& names)
     {
-        form->setup(picFile("first.pic"));
+        setUpFor(picFile("first.pic"));
         form->setNumberOfChannels(static_cast<int>(names.size()));
         // Rows that went are gone for good.
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -337,7 +347,7 @@ protected:
             files.append(path(QString("t%1.lsm").arg(i)));
             QFile::copy(TIRN_TEST_DATA "/made/lsm/synth_8bit_z4_c4.lsm", files.last());
         }
-        form->setup(files.first());
+        setUpFor(files.first());
     }
 
     QStringList files;
@@ -467,10 +477,19 @@ TEST_F(SeriesLists, ClosingLeavesTheSequenceToNoOne)
 
 using KnownLists = StackLists;
 
+TEST_F(KnownLists, LeaveAFilledFormAsItIs)
+{
+    name({picFile("typed.pic")});
+    loadKnown({{picFile("recent.pic")}}, 1, 1);
+    ASSERT_EQ(loads(), 1U);
+    EXPECT_TRUE(form->isVisible());
+    EXPECT_EQ(nameIn(*form, "fchChannel1"), path("typed.pic"));
+}
+
 TEST_F(KnownLists, AreLoadedAsTheyAre)
 {
     const Lists files = {{picFile("a1.pic"), picFile("b1.pic")}, {picFile("a2.pic"), picFile("b2.pic")}};
-    form->buildFileList_knownList(files, 2, 2);
+    loadKnown(files, 2, 2);
     ASSERT_EQ(loads(), 1U);
     EXPECT_EQ(loaded().filesToLoad, files);
     EXPECT_EQ(loaded().channels, 2);
@@ -482,20 +501,20 @@ TEST_F(KnownLists, AreLoadedAsTheyAre)
 
 TEST_F(KnownLists, EmptyOnesAreNothing)
 {
-    form->buildFileList_knownList({}, 1, 1);
-    form->buildFileList_knownList({{}}, 1, 1);
+    loadKnown({}, 1, 1);
+    loadKnown({{}}, 1, 1);
     EXPECT_EQ(loads(), 0U);
     EXPECT_EQ(seenBox(), SeenBox());
 }
 
 TEST_F(KnownLists, NamesAfterTheFirstAreLookedFor)
 {
-    form->buildFileList_knownList({{picFile("a.pic"), path("b.pic")}}, 2, 1);
+    loadKnown({{picFile("a.pic"), path("b.pic")}}, 2, 1);
     EXPECT_EQ(loads(), 0U);
     EXPECT_EQ(seenBox(),
               (SeenBox{QMessageBox::Critical, "File does not exist", "Cannot find " + path("b.pic"), true}));
     // What is wrong with the first one is for the load to say.
-    form->buildFileList_knownList({{path("none.pic")}}, 1, 1);
+    loadKnown({{path("none.pic")}}, 1, 1);
     EXPECT_EQ(loads(), 1U);
 }
 
@@ -503,7 +522,7 @@ TEST_F(KnownLists, ALeicaTextPointsToItsTiffs)
 {
     const QString name = test::saveBytes(path("a.txt"), "LEICA MICROSYSTEMS\n[HARDWARE PARAMETER]\n"
                                                         "[SCANNER INFORMATION]\n[TIME INFORMATION]\n");
-    form->buildFileList_knownList({{name}}, 1, 1);
+    loadKnown({{name}}, 1, 1);
     EXPECT_EQ(loads(), 0U);
     EXPECT_EQ(seenBox().title, "Leica load");
 }
@@ -511,13 +530,13 @@ TEST_F(KnownLists, ALeicaTextPointsToItsTiffs)
 TEST_F(KnownLists, ChannelsAndTimePointsAreFoundOut)
 {
     const QString colour = TIRN_TEST_DATA "/made/lsm/synth_8bit_z4_c4.lsm";
-    form->buildFileList_knownList({{colour}, {colour}}, 0, 0);
+    loadKnown({{colour}, {colour}}, 0, 0);
     ASSERT_EQ(loads(), 1U);
     EXPECT_EQ(loaded().channels, 4);
     EXPECT_EQ(loaded().timePoints, 2);
     // Files of one channel count as often as there are elements.
     const QString grey = picFile("a.pic");
-    form->buildFileList_knownList({{grey}, {grey}, {grey}}, 0, 1);
+    loadKnown({{grey}, {grey}, {grey}}, 0, 1);
     ASSERT_EQ(loads(), 2U);
     EXPECT_EQ(loaded().channels, 3);
     EXPECT_EQ(loaded().timePoints, 1);

@@ -105,6 +105,23 @@ TEST_F(Preferences, OkUsesAndStoresThem)
     EXPECT_EQ(find<QLineEdit>("txtWatermark").text(), "Lab 5");
 }
 
+TEST_F(Preferences, LimitsAboveTheCardsShowAndKeepItsLargest)
+{
+    QSettings store(QSettings::IniFormat, QSettings::UserScope, "Tirn", "Tirn2");
+    store.setValue("Paths/2DTexDimLimit", 1 << 20);
+    store.setValue("Paths/3DTexDimLimit", 65536);
+    store.sync();
+    restart();
+    const auto largest = [](int side) { return textureLimits(side).last(); };
+    EXPECT_EQ(combo("cbo2DLimit").currentText(), largest(app().card().maxTexture2D));
+    EXPECT_EQ(combo("cbo3DLimit").currentText(), largest(app().card().maxTexture3D));
+    EXPECT_EQ(app().scene().settings.texLimit3D, largest(app().card().maxTexture3D).toInt());
+    pressOk();
+    settle();
+    EXPECT_EQ(stored("2DTexDimLimit").toString(), largest(app().card().maxTexture2D));
+    EXPECT_EQ(stored("3DTexDimLimit").toString(), largest(app().card().maxTexture3D));
+}
+
 TEST_F(Preferences, CancelAndEscapeChangeNothing)
 {
     const Settings before = app().preferences();
@@ -134,10 +151,7 @@ TEST(TextureLimits, ArePowersOfTwoUpToTheCards)
 {
     EXPECT_EQ(textureLimits(512), (QStringList{"64", "128", "256", "512"}));
     EXPECT_EQ(textureLimits(300), (QStringList{"64", "128", "256"}));
-    EXPECT_EQ(textureLimits(0), QStringList());
-    EXPECT_EQ(textureLimitItem(64), 0);
-    EXPECT_EQ(textureLimitItem(1024), 4);
-    EXPECT_EQ(textureLimitItem(1), 0);
+    EXPECT_EQ(textureLimits(0), QStringList{"64"});
 }
 
 } // namespace
