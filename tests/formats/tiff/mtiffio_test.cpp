@@ -190,7 +190,7 @@ TEST_F(MTiffIoTest, PagesThatDifferAreRefused)
 TEST_F(MTiffIoTest, AChainWithoutEndIsRefused)
 {
     QByteArray bytes("II*\0\x08\0\0\0", 8);
-    const auto append = [&bytes](std::uint32_t value, int size) {
+    const auto append = [&bytes](std::uint64_t value, int size) {
         for (int i = 0; i < size; ++i)
             bytes.append(static_cast<char>(value >> 8 * i & 0xff));
     };
