@@ -170,9 +170,9 @@ void TirnApplication::createServices()
         if (!error.isEmpty())
             showMessage(m_mainForm.get(), QMessageBox::Warning, "Preferences", error);
     };
-    m_forms = std::make_unique<FormTable>(*m_mainForm,
-                                          FormServices{m_model, *m_loads, m_stacks, *m_jobs, *m_pictures,
-                                                       m_probes, settings, m_card, keep, form});
+    m_forms = std::make_unique<FormTable>(
+        *m_mainForm, FormServices{m_model, *m_loads, m_stacks, m_stacks, *m_jobs, *m_pictures, m_probes,
+                                  settings, m_card, keep, form, [this](const QString& page) { help(page); }});
 }
 
 void TirnApplication::connectWidgets()

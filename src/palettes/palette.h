@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include <QColor>
@@ -10,6 +11,7 @@
 
 #include "image/statistics/stackstats.h"
 #include "palettes/paletteentry.h"
+#include "palettes/palettelevels.h"
 #include "palettes/palettetables.h"
 #include "palettes/palettevalues.h"
 
@@ -140,9 +142,17 @@ public:
     /// the mode, kind 2 all below twice the mode, any other kind nothing.
     void equalize(int kind, const StackStats& stats);
 
+    /// Spreads the colours and opacities that the palette had before its levels were first set between black
+    /// and white, whatever the flags. Any other edit since then makes the table of now the one that is
+    /// spread.
+    void setLevels(const PaletteLevels& levels);
+    /// What was set, as long as the table is still that; otherwise the whole range.
+    PaletteLevels levels() const;
+
     /// Remembers red, green, blue and alpha, and forgets what was undone.
     void pushUndo();
-    /// Does nothing without something to undo.
+    /// Does nothing without something to undo. What shifts have pushed beyond the ends is forgotten, since it
+    /// belongs to the table that goes; so does `redo`.
     void undo();
     void redo();
     bool hasUndo() const { return !m_undo.empty(); }
@@ -164,6 +174,18 @@ private:
         std::vector<double> left;
         std::vector<double> right;
     };
+    /// The levels, the table that they spread, and what they made of it.
+    struct SpreadTable
+    {
+        PaletteLevels levels;
+        std::shared_ptr<const PaletteValues> base;
+        std::shared_ptr<const PaletteValues> result;
+    };
+    struct HistoryEntry
+    {
+        PaletteValues values;
+        SpreadTable spread;
+    };
 
     void resize(int depth);
     void takeUntitledName();
@@ -184,7 +206,8 @@ private:
     void fillRgb(const std::function<double(int)>& valueAt);
     void fillHsv(const std::function<double(int)>& valueAt);
     void fill(const Components& flagged, const std::function<double(int)>& valueAt);
-    void restore(std::vector<PaletteValues>& from, std::vector<PaletteValues>& to);
+    void restore(std::vector<HistoryEntry>& from, std::vector<HistoryEntry>& to);
+    bool isSpread() const { return m_spread.result != nullptr && *m_spread.result == values(); }
 
     QString m_name;
     QString m_path;
@@ -196,8 +219,9 @@ private:
     PaletteCurve m_hsvCurve;
     std::array<std::vector<double>, ComponentCount> m_arrays;
     std::array<Overflow, ComponentCount> m_overflow;
-    std::vector<PaletteValues> m_undo;
-    std::vector<PaletteValues> m_redo;
+    SpreadTable m_spread;
+    std::vector<HistoryEntry> m_undo;
+    std::vector<HistoryEntry> m_redo;
     PaletteTables* m_tables;
 };
 

@@ -17,6 +17,9 @@ enum class RenderMode { Normal = 0, Anaglyph = 1, FullscreenStereo = 2, Stereo =
 /// Corners of the window for the scale bar.
 enum class ScaleBarLocation { TopLeft = 1, TopRight = 2, BottomLeft = 3, BottomRight = 4 };
 
+/// Whose colour vision the picture is shown with.
+enum class ColorVision { Normal = 0, Protan = 1, Deutan = 2, Tritan = 3 };
+
 /// Bounds of the orthographic projection, in drawing units.
 struct OrthoBounds
 {
@@ -78,6 +81,8 @@ struct ViewState
     bool zCorrection = false;
     /// Stretch 12 and 16 bit data by the bits that they really have.
     bool autoBitDepth = false;
+    /// A preview of the picture as others see it.
+    ColorVision colorVision = ColorVision::Normal;
     /// A fragment program that was typed; empty for the one that the volume asks for.
     std::string programText;
     /// The volume that advances its time point by itself, `timeRate` time points a second, while it is

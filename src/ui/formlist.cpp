@@ -6,6 +6,9 @@
 #include "ui/open/importstackform.h"
 #include "ui/open/sequencetiffform.h"
 #include "ui/open/stackopenform.h"
+#ifdef TIRN_HAS_PLOTS
+#include "ui/palettes/paletteform.h"
+#endif
 #include "ui/preferences/preferencesform.h"
 #include "ui/stacks/managerform.h"
 
@@ -19,6 +22,12 @@ ToolForm* make(const FormServices& services, QWidget* parent)
     return new Form(services, parent);
 }
 
+#ifdef TIRN_HAS_PLOTS
+constexpr auto makePaletteForm = make<PaletteForm>;
+#else
+constexpr ToolForm* (*makePaletteForm)(const FormServices&, QWidget*) = nullptr;
+#endif
+
 // Several names are those of another form, and stay as they are.
 constexpr FormRow kForms[] = {
     {.id = FormId::Palette,
@@ -28,7 +37,8 @@ constexpr FormRow kForms[] = {
      .place = 2,
      .menuText = "Palette Editor",
      .contextText = "Palettes",
-     .session = "paletteform"},
+     .session = "paletteform",
+     .make = makePaletteForm},
     {.id = FormId::Stack,
      .name = "StackOpen",
      .failureName = "Stack Open",

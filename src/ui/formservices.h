@@ -7,6 +7,7 @@
 #include "base/jobresult.h"
 #include "base/progress.h"
 #include "gl/glinfo.h"
+#include "palettes/palettelist.h"
 #include "scene/scenemodel.h"
 #include "session/settings.h"
 #include "threads/loaddescription.h"
@@ -26,6 +27,8 @@ public:
     virtual bool startLoad(LoadDescription load) = 0;
     /// Asks for the first file of a stack, and opens the form that loads it.
     virtual void chooseStack() = 0;
+    /// Appends the palettes of files, in their order; a box tells of those that cannot be read.
+    virtual void loadPalettes(const QStringList& names) = 0;
 };
 
 /// The list of loaded volumes.
@@ -36,6 +39,18 @@ public:
     /// False when there is no such volume.
     virtual bool makeCurrent(StackId id) = 0;
     virtual void closeStack(StackId id) = 0;
+};
+
+/// The list of palettes.
+class PaletteService
+{
+public:
+    virtual ~PaletteService() = default;
+    /// Where new ones go on the card; null where there is none.
+    virtual PaletteTables* tables() = 0;
+    virtual void addPalettes(PaletteList palettes) = 0;
+    /// Takes one that no channel uses off the list.
+    virtual void closePalette(int index) = 0;
 };
 
 /// Long work on the voxels of a stack; one job at a time.
@@ -66,6 +81,7 @@ struct FormServices
     SceneModel& model;
     LoadService& loads;
     StackService& stacks;
+    PaletteService& palettes;
     JobService& jobs;
     PictureService& pictures;
     Probes& probes;
@@ -75,6 +91,7 @@ struct FormServices
     std::function<void(const Settings&)> storePreferences;
     /// Another form, made if need be, and shown or left as it is. Null when it cannot be made.
     std::function<ToolForm*(FormId, bool show)> form;
+    std::function<void(const QString& page)> help;
 };
 
 } // namespace tirn
