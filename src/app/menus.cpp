@@ -32,6 +32,21 @@ constexpr ExportAction kExportActions[] = {
     {"fileSaveAllAction", ExportMode::AllChanges},
 };
 
+/// Actions that a form brings along, by the name that they have there.
+struct FormAction
+{
+    const char* action;
+    FormId form;
+    const char* there;
+};
+
+constexpr FormAction kFormActions[] = {
+    {"paletteOpenAction", FormId::Palette, "palLoadAction"},
+    {"paletteNewAction", FormId::Palette, "palNew8Action"},
+    {"paletteSaveAction", FormId::Palette, "palSaveAction"},
+    {"closePaletteAction", FormId::Palette, "palCloseAction"},
+};
+
 /// The context menu in order: forms, actions of the main window under a text of their own, separators, and
 /// the list of volumes.
 struct ContextRow
@@ -169,6 +184,12 @@ void connectActions(const MenuTargets& targets)
     }
     for (const ExportAction& each : kExportActions)
         on(each.action, [jobs = &targets.jobs, each] { jobs->exportStack(each.mode); });
+    for (const FormAction& each : kFormActions)
+        on(each.action, [forms = &targets.forms, each] {
+            const ToolForm* there = forms->form(each.form);
+            if (const ToolForm* form = there != nullptr ? there : forms->create(each.form, false))
+                form->findChild<QAction*>(each.there)->trigger();
+        });
     connectForms(targets);
 }
 

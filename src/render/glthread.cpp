@@ -204,6 +204,7 @@ bool GLThread::drawPicture(const PicturePart& part)
     if (!beginScene(frame, part.whole))
         return false;
     drawFrame(frame, part.whole);
+    showAsSeen(frame, part.part.size());
     finishFrame();
     return true;
 }
@@ -224,6 +225,7 @@ GLThread::Outcome GLThread::drawScene(QSize size)
     tellOfRotation(frame.view);
     record(frame);
     drawFrame(frame, size);
+    showAsSeen(frame, size);
     finishFrame();
     return Outcome::Drawn;
 }

@@ -159,6 +159,8 @@ private:
 
     void drawFrames();
     bool survives(const std::function<void()>& frame);
+    /// Shows the finished picture as people with another colour vision see it.
+    void showAsSeen(const FrameState& frame, QSize size);
     Outcome renderFrame();
     Outcome drawScene(QSize size);
     /// Background, blend equation and a cleared buffer; false when no volume can be drawn, whose message then

@@ -105,6 +105,32 @@ void GLThread::drawOverlays(const FrameState& frame, QSize size)
     enableTexturing();
 }
 
+void GLThread::showAsSeen(const FrameState& frame, QSize size)
+{
+    const ColorVision vision = frame.view.colorVision;
+    // The two buffers of a stereo window cannot be read as one.
+    const bool isPair = frame.view.renderMode == RenderMode::FullscreenStereo;
+    if (vision == ColorVision::Normal || isPair || size.isEmpty())
+        return;
+    // Whoever reads tiles has set how long their rows are.
+    GLint rowLength = 0;
+    gl().GetIntegerv(GL_PACK_ROW_LENGTH, &rowLength);
+    gl().PixelStorei(GL_PACK_ROW_LENGTH, 0);
+    std::vector<std::uint8_t> pixels(std::size_t{4} * static_cast<std::size_t>(size.width()) *
+                                     static_cast<std::size_t>(size.height()));
+    gl().ReadPixels(0, 0, size.width(), size.height(), GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    gl().PixelStorei(GL_PACK_ROW_LENGTH, rowLength);
+    seeAs(vision, pixels, m_part.transparent);
+    disableTexturing();
+    for (const GLenum each : {GL_BLEND, GL_ALPHA_TEST, GL_DEPTH_TEST})
+        gl().Disable(each);
+    gl().WindowPos2i(0, 0);
+    gl().DrawPixels(size.width(), size.height(), GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    for (const GLenum each : {GL_BLEND, GL_ALPHA_TEST, GL_DEPTH_TEST})
+        gl().Enable(each);
+    enableTexturing();
+}
+
 void GLThread::drawFrameRate(QSize size)
 {
     gl().Finish();

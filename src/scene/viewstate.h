@@ -6,6 +6,7 @@
 #include <QColor>
 #include <qopengl.h>
 
+#include "pictures/colorvision.h"
 #include "scene/camera.h"
 #include "volume/voxelarray.h"
 
@@ -16,9 +17,6 @@ enum class RenderMode { Normal = 0, Anaglyph = 1, FullscreenStereo = 2, Stereo =
 
 /// Corners of the window for the scale bar.
 enum class ScaleBarLocation { TopLeft = 1, TopRight = 2, BottomLeft = 3, BottomRight = 4 };
-
-/// Whose colour vision the picture is shown with.
-enum class ColorVision { Normal = 0, Protan = 1, Deutan = 2, Tritan = 3 };
 
 /// Bounds of the orthographic projection, in drawing units.
 struct OrthoBounds

@@ -53,6 +53,7 @@ PaletteForm::PaletteForm(const FormServices& services, QWidget* parent)
     }
     m_tabs->addTab(m_levels, tr("Levels"));
     m_tabs->addTab(buildFormulas(), tr("Axes and Curves"));
+    m_tabs->setCornerWidget(buildChecks());
     buildMenu();
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(buildTop());
@@ -156,17 +157,27 @@ QWidget* PaletteForm::buildWindowRow()
     };
     m_fromLeast = percent("spnMinRange");
     m_fromLargest = percent("spnMaxRange");
+    row->addWidget(m_least);
+    row->addWidget(m_slider, 1);
+    for (QWidget* each : std::initializer_list<QWidget*>{m_largest, m_zoomIn, m_zoomOut, m_zoomAuto,
+                                                         new QLabel(tr("From Min"), this), m_fromLeast,
+                                                         new QLabel(tr("From Max"), this), m_fromLargest})
+        row->addWidget(each);
+    return made;
+}
+
+QWidget* PaletteForm::buildChecks()
+{
+    auto* made = new QWidget(this);
+    auto* row = new QHBoxLayout(made);
+    row->setContentsMargins(0, 0, 0, 2);
     m_dim->setObjectName("chkDimwit");
     m_dim->setToolTip(tr("Rescale the intesity range to the actual bitdepth of the dataset."));
     m_lazy->setObjectName("chkLazy");
     m_lazy->setToolTip(tr("Don't update the main window until the mouse is released."));
     connect(m_dim, &QCheckBox::toggled, this, &PaletteForm::toggleSmartBitDepth);
-    row->addWidget(m_least);
-    row->addWidget(m_slider, 1);
-    for (QWidget* each : std::initializer_list<QWidget*>{
-             m_largest, m_zoomIn, m_zoomOut, m_zoomAuto, new QLabel(tr("From Min"), this), m_fromLeast,
-             new QLabel(tr("From Max"), this), m_fromLargest, m_dim, m_lazy})
-        row->addWidget(each);
+    row->addWidget(m_dim);
+    row->addWidget(m_lazy);
     return made;
 }
 

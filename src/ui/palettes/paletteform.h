@@ -92,7 +92,6 @@ public Q_SLOTS:
 Q_SIGNALS:
     void paletteAssigned();
     void paletteListChanged();
-    void paletteLoaded(const QString& fileName);
 
 protected:
     void refresh(Changes changes) override;
@@ -106,6 +105,7 @@ private:
 
     QWidget* buildTop();
     QWidget* buildWindowRow();
+    QWidget* buildChecks();
     QWidget* buildFormulas();
     QToolButton* button(const char* name, const QString& text, const QString& toolTip,
                         void (PaletteForm::*slot)());

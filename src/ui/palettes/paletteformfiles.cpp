@@ -45,22 +45,22 @@ void PaletteForm::buildMenu()
         action->setShortcut(shortcut);
         connect(action, &QAction::triggered, this, slot);
     };
-    entry("newPalette8Action", tr("New 8bit Palette"), [this] { newPalette(); });
+    entry("palNew8Action", tr("New 8bit Palette"), [this] { newPalette(); });
     entry(
-        "newPaletteAction", tr("New Palette"), [this] { newPalette12bit(); }, QKeySequence::New);
-    entry("dupePaletteAction", tr("Duplicate Palette"), [this] { dupePalette(); });
+        "palNewAction", tr("New Palette"), [this] { newPalette12bit(); }, QKeySequence::New);
+    entry("palDuplicateAction", tr("Duplicate Palette"), [this] { dupePalette(); });
     entry(
-        "loadPaletteAction", tr("Load Palette..."), [this] { loadPalette(); }, QKeySequence::Open);
+        "palLoadAction", tr("Load Palette..."), [this] { loadPalette(); }, QKeySequence::Open);
     entry(
-        "savePaletteAction", tr("Save Palette"), [this] { savePalette(); }, QKeySequence::Save);
-    entry("savePaletteAsAction", tr("Save Palette As..."), [this] { savePaletteAs(); });
-    entry("closePaletteAction", tr("Close Palette"), [this] { closePalette(); });
-    entry("manageStacksAction", tr("Manage Stacks"), [this] { services().form(FormId::Manager, true); });
+        "palSaveAction", tr("Save Palette"), [this] { savePalette(); }, QKeySequence::Save);
+    entry("palSaveAsAction", tr("Save Palette As..."), [this] { savePaletteAs(); });
+    entry("palCloseAction", tr("Close Palette"), [this] { closePalette(); });
+    entry("palStacksAction", tr("Manage Stacks"), [this] { services().form(FormId::Manager, true); });
     m_menu->addSeparator();
     entry(
-        "undoPaletteAction", tr("Undo"), [this] { undo(); }, QKeySequence("Ctrl+Z"));
+        "palUndoAction", tr("Undo"), [this] { undo(); }, QKeySequence("Ctrl+Z"));
     entry(
-        "redoPaletteAction", tr("Redo"), [this] { redo(); }, QKeySequence("Ctrl+Y"));
+        "palRedoAction", tr("Redo"), [this] { redo(); }, QKeySequence("Ctrl+Y"));
     m_menu->addSeparator();
     const std::pair<const char*, PalettePage*> bars[] = {{"Rgb bar", m_pages[0]}, {"hsv bar", m_pages[1]}};
     for (const auto& [text, owner] : bars) {

@@ -6,6 +6,7 @@
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QLabel>
+#include <QPainter>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
@@ -74,6 +75,10 @@ QPixmap swatch(const QColor& color, const QWidget& widget)
     QPixmap made(QSize(side, side) * widget.devicePixelRatioF());
     made.setDevicePixelRatio(widget.devicePixelRatioF());
     made.fill(color);
+    // White is to be seen on white.
+    QPainter painter(&made);
+    painter.setPen(widget.palette().color(QPalette::Mid));
+    painter.drawRect(0, 0, side - 1, side - 1);
     return made;
 }
 

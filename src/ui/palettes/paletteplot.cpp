@@ -53,6 +53,7 @@ PalettePlot::PalettePlot(const std::array<CurveStyle, 4>& curves, QWidget* paren
         m_curves[i] = new QwtPlotCurve(curves[i].title);
         m_curves[i]->setPen(curves[i].color, 1.5);
         m_curves[i]->setPaintAttribute(QwtPlotCurve::FilterPoints);
+        m_curves[i]->setRenderHint(QwtPlotItem::RenderAntialiased);
         m_curves[i]->setZ(3 + static_cast<double>(i));
         m_curves[i]->attach(this);
     }
