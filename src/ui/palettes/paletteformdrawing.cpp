@@ -111,10 +111,10 @@ void PaletteForm::plotMouseReleased(const QMouseEvent& event)
 {
     if (!m_isDragging)
         return;
+    endDrag();
     const int index = page().plot().pointAt(event.pos()).x;
     for (PalettePage* each : m_pages)
         each->indexSpin().setDoubleValue(index);
-    endDrag();
 }
 
 void PaletteForm::indexChanged(double /*index*/)
