@@ -73,8 +73,9 @@ TEST_F(VisionPictures, SnapshotsAreSeenTheSameInOnePieceInTilesAndTransparent)
             const QImage seen = maker.draw({.size = {150, 150}, .transparent = transparent});
             EXPECT_NE(seen, normal);
             // Colours of little opacity come back only roughly.
-            if (!transparent)
+            if (!transparent) {
                 EXPECT_LE(worst(normal, seen, ColorVision::Protan), 1) << tile;
+            }
             for (int y = 0; y < normal.height(); y += 7) {
                 for (int x = 0; x < normal.width(); x += 7)
                     ASSERT_NEAR(qAlpha(seen.pixel(x, y)), qAlpha(normal.pixel(x, y)), 0) << tile;

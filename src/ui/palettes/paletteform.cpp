@@ -430,8 +430,8 @@ void PaletteForm::showHistogram()
     const std::vector<double> heights =
         histogramHeights(m_counts, m_axes[0], ramp ? HistogramScale::Ramp : HistogramScale::Formula);
     for (PalettePage* page : m_pages) {
-        page->plot().setHistogram(heights);
         page->plot().setCountAxis(highestCount(), m_levels->isLogarithmic());
+        page->plot().setHistogram(heights);
         page->plot().replot();
     }
     showWindow();

@@ -1,5 +1,6 @@
 #include "ui/palettes/paletteplot.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numeric>
 
@@ -113,8 +114,10 @@ void PalettePlot::setHistogram(const std::vector<double>& heights)
 {
     QVector<QPointF> points;
     points.reserve(static_cast<int>(heights.size()));
+    // A logarithmic axis has no place for 0.
+    const double least = m_histogram->baseline();
     for (std::size_t i = 0; i < heights.size(); ++i)
-        points.append({static_cast<double>(i), heights[i]});
+        points.append({static_cast<double>(i), std::max(least, heights[i])});
     m_histogram->setSamples(points);
     enableAxis(yRight, !heights.empty());
 }

@@ -31,9 +31,9 @@ public:
     PalettePlot(const std::array<CurveStyle, 4>& curves, QWidget* parent);
 
     void bind(const Palette* palette, PaletteView view);
-    /// Heights by index, and the top of their axis; none takes the histogram away.
-    void setHistogram(const std::vector<double>& heights);
+    /// The top of the axis of the histogram, and heights by index; none takes the histogram away.
     void setCountAxis(double top, bool logarithmic);
+    void setHistogram(const std::vector<double>& heights);
     void setValueAxis(double from, double to);
     /// The part of the index axis that is shown, and what the stack's own scale reads there; no scale is
     /// shown where it is the same.

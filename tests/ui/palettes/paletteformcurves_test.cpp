@@ -238,6 +238,21 @@ TEST_F(PaletteCurves, TheHistogramStandsWhereThePictureLooksUp)
     EXPECT_EQ(count(3999 / 16), 7);
 }
 
+TEST_F(PaletteCurves, AnIndexWithoutVoxelsIsEmptyOnALogarithmicScaleToo)
+{
+    load({stackOf("a.pic", 8, {{60, 2000}})});
+    form();
+    ASSERT_TRUE(child<QCheckBox>("chkLogHistogram").isChecked());
+    const QImage seen = plot().canvas()->grab().toImage();
+    const auto isFilled = [&](int index, int height) {
+        const QColor color = seen.pixelColor(at(index, height) * seen.devicePixelRatio());
+        return color.red() > color.green() + 20;
+    };
+    EXPECT_TRUE(isFilled(60, 200));
+    EXPECT_FALSE(isFilled(80, 200));
+    EXPECT_FALSE(isFilled(80, 20));
+}
+
 TEST_F(PaletteCurves, ADimDatasetIsShownAsFarAsItsBitsReach)
 {
     load({picFile("flat.pic")});
