@@ -17,10 +17,6 @@ namespace tirn {
 FormTable::FormTable(QMainWindow& mainWindow, const FormServices& services)
     : m_mainWindow(mainWindow), m_services(services)
 {
-    m_services.form = [this](FormId id, bool show) {
-        ToolForm* there = form(id);
-        return there != nullptr && !show ? there : create(id, show);
-    };
     mainWindow.centralWidget()->installEventFilter(this);
     mainWindow.setDockOptions(QMainWindow::AllowTabbedDocks | QMainWindow::AllowNestedDocks);
 }
@@ -30,6 +26,12 @@ FormTable::Made* FormTable::made(FormId id)
     const auto found =
         std::find_if(m_forms.begin(), m_forms.end(), [id](const Made& each) { return each.id == id; });
     return found != m_forms.end() ? &*found : nullptr;
+}
+
+ToolForm* FormTable::needed(FormId id, bool show)
+{
+    ToolForm* there = form(id);
+    return there != nullptr && !show ? there : create(id, show);
 }
 
 ToolForm* FormTable::form(FormId id) const

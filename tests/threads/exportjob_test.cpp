@@ -1,4 +1,4 @@
-#include "threads/exportthread.h"
+#include "threads/exportjob.h"
 
 #include <cmath>
 
@@ -15,6 +15,7 @@
 #include "support/picfile.h"
 #include "support/smalldisk.h"
 #include "support/stacks.h"
+#include "threads/jobthread.h"
 
 namespace tirn {
 namespace {
@@ -542,17 +543,22 @@ TEST_F(Export, RunsOnItsThreadAndReportsTheEnd)
     QSemaphore finished;
     QSemaphore go;
     JobResult result;
-    ExportThread thread({[&](const QString& text, int, int) {
-                             if (!text.isEmpty())
-                                 go.acquire();
-                         },
-                         [&](const JobResult& last) {
-                             result = last;
-                             finished.release();
-                         }});
-    EXPECT_TRUE(thread.save(exportJob(*array, ExportMode::Core, path("a.pic"))));
+    JobThread thread({[&](const QString& text, int, int) {
+                          if (!text.isEmpty())
+                              go.acquire();
+                      },
+                      [&](const JobResult& last) {
+                          result = last;
+                          finished.release();
+                      }});
+    const auto write = [this](const char* name) {
+        return [job = exportJob(*array, ExportMode::Core, path(name))](const Progress& steps) {
+            return runExportJob(job, steps);
+        };
+    };
+    EXPECT_TRUE(thread.startJob(write("a.pic")));
     EXPECT_TRUE(thread.isBusy());
-    EXPECT_FALSE(thread.save(exportJob(*array, ExportMode::Core, path("b.pic"))));
+    EXPECT_FALSE(thread.startJob(write("b.pic")));
     go.release();
     finished.acquire();
     EXPECT_FALSE(thread.isBusy());
@@ -560,7 +566,7 @@ TEST_F(Export, RunsOnItsThreadAndReportsTheEnd)
     EXPECT_EQ(readFile(path("a.pic")), cropped(denseStack(6, 5, 4), box));
     // The images are given back.
     EXPECT_EQ(array->images().front().use_count(), 1);
-    EXPECT_TRUE(thread.save(exportJob(*array, ExportMode::Core, path("c.pic"))));
+    EXPECT_TRUE(thread.startJob(write("c.pic")));
     thread.cancel();
     go.release();
     finished.acquire();
