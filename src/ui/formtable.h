@@ -57,6 +57,7 @@ private:
     /// False for a form that stays where it is.
     bool needsPlace(const Made& made) const;
     void keepPictureSize();
+    void resizePicture(QSize size);
     void place(Made& made);
     std::vector<QRect> takenPlaces(const Made& except) const;
     Made* made(FormId id);

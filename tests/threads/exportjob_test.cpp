@@ -497,21 +497,6 @@ TEST_F(Export, HoldsTheFilterThatIsShownOfWhatIsOnDisk)
     EXPECT_EQ(plainCopy(*array->images().front()), plainCopy(expected));
 }
 
-TEST(ExportNames, EndAsTheFilterSays)
-{
-    const QString pic = "Biorad (*.pic)";
-    const QString tif = " MTiff (*.tif *.tiff)";
-    EXPECT_EQ(withExportEnding("a", pic), "a.pic");
-    EXPECT_EQ(withExportEnding("a.pic", pic), "a.pic");
-    EXPECT_EQ(withExportEnding("a.tif", pic), "a.tif.pic");
-    EXPECT_EQ(withExportEnding("a.PIC", pic), "a.PIC");
-    EXPECT_EQ(withExportEnding("a.TIFF", tif), "a.TIFF");
-    EXPECT_EQ(withExportEnding("a", tif), "a.tif");
-    EXPECT_EQ(withExportEnding("a.tif", tif), "a.tif");
-    EXPECT_EQ(withExportEnding("a.tiff", tif), "a.tiff");
-    EXPECT_EQ(withExportEnding("a.pic", tif), "a.pic.tif");
-}
-
 TEST(ExportNames, CountTimePointsBeforeTheEnding)
 {
     using Names = std::vector<QStringList>;
@@ -525,16 +510,6 @@ TEST(ExportNames, CountTimePointsBeforeTheEnding)
     EXPECT_EQ(exportFileNames("a.pic", 2, 2),
               (Names{{"a000_c00.pic", "a000_c01.pic"}, {"a001_c00.pic", "a001_c01.pic"}}));
     EXPECT_EQ(exportFileNames("a.pic", 1001, 1).back(), QStringList("a1000.pic"));
-}
-
-TEST(ExportNames, ATiffOfBytesOrOfTwoChannelsLeavesOutTheBitCount)
-{
-    EXPECT_TRUE(leavesOutBitCount("a.tif", 1, 8));
-    EXPECT_TRUE(leavesOutBitCount("a.tif", 3, 8));
-    EXPECT_TRUE(leavesOutBitCount("a.tif", 2, 16));
-    EXPECT_FALSE(leavesOutBitCount("a.tif", 1, 12));
-    EXPECT_FALSE(leavesOutBitCount("a.tif", 3, 16));
-    EXPECT_FALSE(leavesOutBitCount("a.pic", 2, 8));
 }
 
 TEST_F(Export, RunsOnItsThreadAndReportsTheEnd)
