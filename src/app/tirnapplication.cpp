@@ -123,14 +123,22 @@ void TirnApplication::connectWidgets()
         m_stage->stopDrawing();
         return m_jobs->mayClose();
     });
+    form->setUndoGate([this](const QUndoCommand* command) { return m_jobs->mayUndo(command); });
     form->setMinimisedHandler([this](bool minimised) {
         if (minimised)
             currentWidget()->stopRendering();
         else
             currentWidget()->requestFrame();
     });
-    const MenuTargets targets{*form,   m_model,     m_stacks, *m_loads,
-                              *m_jobs, *m_pictures, *m_forms, [this](const QString& page) { help(page); }};
+    const MenuTargets targets{*form,
+                              m_model,
+                              m_stacks,
+                              *m_loads,
+                              *m_jobs,
+                              *m_pictures,
+                              *m_forms,
+                              m_preferences.settings(),
+                              [this](const QString& page) { help(page); }};
     connectActions(targets);
     fillContextMenu(widget->contextMenu(), targets);
 }
