@@ -4,7 +4,6 @@
 
 #include <QScreen>
 
-#include "app/inputcolours.h"
 #include "app/menus.h"
 #include "base/log.h"
 #include "ui/formplaces.h"
@@ -27,18 +26,8 @@ TirnApplication::TirnApplication(int& argc, char** argv)
 {
     setOrganizationName("Tirn");
     setApplicationName("Tirn2");
-    colourInputs();
     connect(&m_stacks, &StackList::currentArrayChanged, this, &TirnApplication::currentArrayChanged);
     connect(&m_stacks, &StackList::stackClosed, this, &TirnApplication::stackClosed);
-}
-
-bool TirnApplication::event(QEvent* event)
-{
-    const bool handled = QApplication::event(event);
-    if (event->type() == QEvent::ApplicationPaletteChange)
-        // The toolkit forgets colours of classes after it has told of the change.
-        QMetaObject::invokeMethod(this, &colourInputs, Qt::QueuedConnection);
-    return handled;
 }
 
 TirnApplication::~TirnApplication()

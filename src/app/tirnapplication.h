@@ -76,7 +76,6 @@ Q_SIGNALS:
     void stackClosed();
 
 protected:
-    bool event(QEvent* event) override;
     void customEvent(QEvent* event) override;
 
 private:

@@ -10,6 +10,7 @@
 
 #include "base/log.h"
 #include "gl/gltable.h"
+#include "gl/nativebackground.h"
 #include "render/renderthreads.h"
 #include "scene/keyframeview.h"
 #include "scene/sceneedits.h"
@@ -259,6 +260,7 @@ bool TirnWidget::event(QEvent* event)
 void TirnWidget::showEvent(QShowEvent* event)
 {
     m_surface.updateSize();
+    setNativeBackground(*this, Qt::black);
     QWidget::showEvent(event);
 }
 

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "base/log.h"
+#include "gl/nativebackground.h"
 #include "image/stackfacts.h"
 #include "ui/main/mainactions.h"
 #include "ui/messages.h"
@@ -81,9 +82,10 @@ void MainForm::follow(Changes changes)
     if (changes & (Change::Stacks | Change::Voxels | Change::Scale)) {
         const VoxelArray* array = scene.current();
         setWindowTitle(array != nullptr ? array->name() + " - Tirn" : QString("Tirn"));
-        m_facts->setText(array != nullptr
-                             ? stackFacts(array->stack(), array->channelCount(), array->timePointCount())
-                             : QString());
+        m_facts->setText(array == nullptr
+                             ? QString()
+                             : stackFacts(array->stack(), array->channelCount(), array->timePointCount()));
+        m_facts->setToolTip(m_facts->text());
         updateTextureStatus();
         updateMemoryStatus();
     }
@@ -259,6 +261,12 @@ void MainForm::checkForUpdates()
     // No network is asked: the text is the whole answer.
     showMessage(this, QMessageBox::Information, tr("Checking for new version"),
                 tr("This build is older than 4AM, of course you need to update."));
+}
+
+void MainForm::showEvent(QShowEvent* event)
+{
+    QMainWindow::showEvent(event);
+    setNativeBackground(*this, palette().color(QPalette::Window));
 }
 
 void MainForm::changeEvent(QEvent* event)

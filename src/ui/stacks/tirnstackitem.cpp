@@ -18,6 +18,7 @@
 
 #include "base/log.h"
 #include "ui/stacks/managertexts.h"
+#include "ui/widgets/inkedicon.h"
 
 namespace tirn {
 
@@ -137,7 +138,8 @@ QToolButton* TirnStackItem::playerButton(const char* name, int icon, const char*
 {
     auto* button = new QToolButton(m_time);
     button->setObjectName(name);
-    button->setIcon(style()->standardIcon(static_cast<QStyle::StandardPixmap>(icon)));
+    const QIcon shape = style()->standardIcon(static_cast<QStyle::StandardPixmap>(icon));
+    button->setIcon(inkedIcon(shape, palette()));
     button->setToolTip(tr(toolTip));
     button->setAccessibleName(tr(toolTip));
     button->setFocusPolicy(Qt::StrongFocus);
