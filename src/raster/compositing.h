@@ -1,0 +1,25 @@
+#pragma once
+
+#include "raster/rasterframe.h"
+
+namespace tirn {
+
+/// Lays the slices of a frame over each other, exactly: colours are summed with more than 16 bits and rounded
+/// once. Works on all cores. The layer holds the rectangle that the slices cover.
+///
+/// A slice is sampled where the pixels' centres lie on it, between four texels, or eight where it shows what
+/// lies between two planes; colours are looked up after that. Its channels are drawn in their order, each
+/// over the one before. Throws std::bad_alloc.
+RasterLayer composite(const RasterFrame& frame);
+
+/// The rectangle of the picture outside of which no slice lies: x, y, width and height.
+struct PixelRect
+{
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+};
+PixelRect coveredPart(const RasterFrame& frame);
+
+} // namespace tirn
