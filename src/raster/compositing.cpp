@@ -108,6 +108,7 @@ ChannelPlan planOf(const RasterFrame& frame, const RasterChannel& channel)
     sample.packed = channel.colours->packed();
     sample.entries = channel.colours->entries();
     sample.curve = channel.curve;
+    sample.curveFactor = static_cast<float>(channel.curveFactor);
     sample.unit = static_cast<float>(channel.unit);
     sample.stretch = static_cast<float>(channel.stretch);
     sample.curveU = static_cast<float>(frame.curveU);
@@ -116,8 +117,8 @@ ChannelPlan planOf(const RasterFrame& frame, const RasterChannel& channel)
         sample.bytesPerSample == 1 && sample.entries == 256 && channel.curve.empty() && channel.stretch == 1;
     if (!channel.curve.empty()) {
         const auto [least, most] = std::minmax_element(channel.curve.begin(), channel.curve.end());
-        plan.leastCurve = *least;
-        plan.mostCurve = *most;
+        plan.leastCurve = *least * sample.curveFactor;
+        plan.mostCurve = *most * sample.curveFactor;
     }
     return plan;
 }

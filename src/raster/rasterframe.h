@@ -54,8 +54,10 @@ struct RasterChannel
     double unit = 1.0 / 255;
     /// What stretches it then, up to 1.
     double stretch = 1;
-    /// Multipliers that are looked up by depth, before the stretch; empty for none.
+    /// Multipliers that are looked up by depth, before the stretch, and what they are multiplied by; empty
+    /// for none.
     std::span<const float> curve;
+    double curveFactor = 1;
 };
 
 enum class RasterBlend { Alpha, Maximum };

@@ -184,7 +184,9 @@ TIRN_KERNEL_PART void applyCurve(const TileSample& sample, const Places& places,
         const std::int32_t next = first + (static_cast<float>(first) < last ? 1 : 0);
         const float from = sample.curve[static_cast<std::size_t>(first)];
         const float to = sample.curve[static_cast<std::size_t>(next)];
-        const float value = values[p] * (from + (to - from) * (inside - static_cast<float>(first)));
+        const float multiplier =
+            (from + (to - from) * (inside - static_cast<float>(first))) * sample.curveFactor;
+        const float value = values[p] * multiplier;
         values[p] = value < 1 ? value : 1.0F;
     }
 }

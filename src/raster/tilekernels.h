@@ -68,6 +68,7 @@ struct TileSample
     float unit = 1;
     float stretch = 1;
     std::span<const float> curve;
+    float curveFactor = 1;
     float curveBase = 0;
     float curveU = 0;
     float curveV = 0;

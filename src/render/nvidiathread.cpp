@@ -105,6 +105,29 @@ void NvidiaThread::drawFlatView(const FrameState& frame, Orientation orientation
     drawVolume(frame, orientation, list);
 }
 
+bool NvidiaThread::prepareWithoutLists(const FrameState& frame)
+{
+    m_isOnProcessor = m_processor.prepare(frame, m_host.scene);
+    return m_isOnProcessor;
+}
+
+void NvidiaThread::drawVolume(const FrameState& frame, Orientation orientation, GLuint list)
+{
+    if (!m_isOnProcessor) {
+        GLThread::drawVolume(frame, orientation, list);
+        return;
+    }
+    disableTexturing();
+    m_processor.draw(frame, orientation, m_part.part.size(), m_part.transparent);
+    enableTexturing();
+}
+
+void NvidiaThread::clearLists()
+{
+    m_processor.clear();
+    GLThread::clearLists();
+}
+
 void LostCauseThread::initializeGL()
 {
     GLThread::initializeGL();

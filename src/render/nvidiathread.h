@@ -1,6 +1,7 @@
 #pragma once
 
 #include "render/glthread.h"
+#include "render/processordrawing.h"
 
 namespace tirn {
 
@@ -13,6 +14,8 @@ public:
 
     ListNames buildRenderList(const FrameState& frame, Orientation orientation,
                               const SliceWalk& walk) override;
+    void clearLists() override;
+    const ProcessorDrawing& processor() const { return m_processor; }
 
 protected:
     void enableColourPath() override;
@@ -26,9 +29,15 @@ protected:
     void drawNoStack(const FrameState& frame, QSize size) override;
     void drawFullscreenStereo(const FrameState& frame, QSize size) override;
     void drawFlatView(const FrameState& frame, Orientation orientation, GLuint list) override;
+    bool prepareWithoutLists(const FrameState& frame) override;
+    void drawVolume(const FrameState& frame, Orientation orientation, GLuint list) override;
 
 private:
     void drawShaderError(const FrameState& frame);
+
+    ProcessorDrawing m_processor;
+    /// The frame at hand is drawn by the processor.
+    bool m_isOnProcessor = false;
 };
 
 /// Shows that the card cannot draw volumes.

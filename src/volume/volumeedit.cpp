@@ -108,6 +108,7 @@ private:
 
 JobResult EditRun::run()
 {
+    const VoxelWork work(m_array, m_images);
     exclusively([this] { m_array.setTransforms(m_transforms ^ m_edit.toggles); });
     JobResult result = changeAll();
     if (result.outcome == JobOutcome::Done)

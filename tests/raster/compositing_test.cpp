@@ -181,6 +181,7 @@ TEST(Compositing, DepthCurvesMultiplyBeforeTheTable)
             RasterRig rig(stack, {rampTable(256, {1, 0.5, 0.2}, 0.2)}, axis,
                           slowFrame(stack, axis, {.degrees = {axis == 1 ? 70.0 : 20.0, 30, 0}}));
             rig.frame.channels[0].curve = curve;
+            rig.frame.channels[0].curveFactor = 1.25;
             rig.frame.curveU = axis == 0 ? 0.3 : 0;
             rig.frame.curveV = axis == 1 ? 0.35 : 0;
             for (RasterSlice& slice : rig.frame.slices)

@@ -160,7 +160,7 @@ private:
         double value = (near + sample(slice.nextPlane, inU, inV, c) * slice.share) * how.unit;
         if (!how.curve.empty()) {
             const double place = slice.curveBase + frame.curveU * inU + frame.curveV * inV;
-            value = std::min(1.0, value * valueAt(how.curve, place));
+            value = std::min(1.0, value * valueAt(how.curve, place) * how.curveFactor);
         }
         return colourAt(m_drawing.tables[channel], std::min(1.0, value * how.stretch));
     }
