@@ -324,13 +324,14 @@ std::uint16_t word(float value, float full)
 void TileDrawing::store(const TileColours& colours, int x, int y) const
 {
     const bool isAlpha = m_frame.blend == RasterBlend::Alpha;
+    const int firstColumn = std::max(0, m_layer.x - x);
     const int columns = std::min(kTileSide, m_layer.x + m_layer.width - x);
     const int rows = std::min(kTileSide, m_layer.y + m_layer.height - y);
-    for (int row = 0; row < rows; ++row) {
+    for (int row = std::max(0, m_layer.y - y); row < rows; ++row) {
         std::uint16_t* to = m_layer.rgba.data() + 4 * (static_cast<std::size_t>(y - m_layer.y + row) *
                                                            static_cast<std::size_t>(m_layer.width) +
-                                                       static_cast<std::size_t>(x - m_layer.x));
-        for (int column = 0; column < columns; ++column, to += 4) {
+                                                       static_cast<std::size_t>(x - m_layer.x + firstColumn));
+        for (int column = firstColumn; column < columns; ++column, to += 4) {
             const auto p = static_cast<std::size_t>(row * kTileSide + column);
             to[0] = word(colours.red[p], kFullColour);
             to[1] = word(colours.green[p], kFullColour);
@@ -339,6 +340,8 @@ void TileDrawing::store(const TileColours& colours, int x, int y) const
         }
     }
 }
+
+int downToTile(int pixel) { return pixel - ((pixel % kTileSide) + kTileSide) % kTileSide; }
 
 std::array<double, 9> inverseOf(const std::array<double, 9>& m)
 {
@@ -360,10 +363,10 @@ std::array<double, 9> inverseOf(const std::array<double, 9>& m)
 
 PixelRect coveredPart(const RasterFrame& frame)
 {
-    double x0 = frame.width;
-    double x1 = 0;
-    double y0 = frame.height;
-    double y1 = 0;
+    double x0 = frame.x + frame.width;
+    double x1 = frame.x;
+    double y0 = frame.y + frame.height;
+    double y1 = frame.y;
     for (const RasterSlice& slice : frame.slices) {
         const std::array<double, 9> toPixel = inverseOf(slice.toTexel);
         for (int corner = 0; corner < 4; ++corner) {
@@ -371,22 +374,22 @@ PixelRect coveredPart(const RasterFrame& frame)
                                      corner / 2 == 0 ? slice.area.v0 : slice.area.v1);
             // Behind the viewer, or too near to tell.
             if (!(at.w > kLeastW))
-                return {0, 0, frame.width, frame.height};
+                return {frame.x, frame.y, frame.width, frame.height};
             x0 = std::min(x0, at.u / at.w);
             x1 = std::max(x1, at.u / at.w);
             y0 = std::min(y0, at.v / at.w);
             y1 = std::max(y1, at.v / at.w);
         }
     }
-    const auto low = [](double at, int size) {
-        return static_cast<int>(std::floor(std::clamp<double>(at, 0, size)));
+    const auto low = [](double at, int from, int size) {
+        return static_cast<int>(std::floor(std::clamp<double>(at, from, from + size)));
     };
-    const auto high = [](double at, int size) {
-        return static_cast<int>(std::ceil(std::clamp<double>(at, 0, size)));
+    const auto high = [](double at, int from, int size) {
+        return static_cast<int>(std::ceil(std::clamp<double>(at, from, from + size)));
     };
-    PixelRect part{low(x0, frame.width), low(y0, frame.height), 0, 0};
-    part.width = std::max(0, high(x1, frame.width) - part.x);
-    part.height = std::max(0, high(y1, frame.height) - part.y);
+    PixelRect part{low(x0, frame.x, frame.width), low(y0, frame.y, frame.height), 0, 0};
+    part.width = std::max(0, high(x1, frame.x, frame.width) - part.x);
+    part.height = std::max(0, high(y1, frame.y, frame.height) - part.y);
     return part;
 }
 
@@ -401,11 +404,14 @@ RasterLayer composite(const RasterFrame& frame)
     layer.rgba.resize(std::size_t{4} * static_cast<std::size_t>(part.width) *
                       static_cast<std::size_t>(part.height));
     const TileDrawing drawing(frame, layer);
-    const int across = (part.width + kMacroSide - 1) / kMacroSide;
-    const int along = (part.height + kMacroSide - 1) / kMacroSide;
+    // Tiles lie where they lie in the whole picture: so its parts are rounded alike.
+    const int left = downToTile(part.x);
+    const int bottom = downToTile(part.y);
+    const int across = (part.x + part.width - left + kMacroSide - 1) / kMacroSide;
+    const int along = (part.y + part.height - bottom + kMacroSide - 1) / kMacroSide;
     parallelFor(0, std::int64_t{across} * along, 1, [&](std::int64_t begin, std::int64_t end) {
         for (auto tile = static_cast<int>(begin); tile < end; ++tile)
-            drawing.drawMacroTile(part.x + tile % across * kMacroSide, part.y + tile / across * kMacroSide);
+            drawing.drawMacroTile(left + tile % across * kMacroSide, bottom + tile / across * kMacroSide);
     });
     return layer;
 }

@@ -9,10 +9,11 @@ namespace tirn {
 ///
 /// A slice is sampled where the pixels' centres lie on it, between four texels, or eight where it shows what
 /// lies between two planes; colours are looked up after that. Its channels are drawn in their order, each
-/// over the one before. Throws std::bad_alloc.
+/// over the one before. What a pixel shows does not depend on which part of the picture is wanted. Throws
+/// std::bad_alloc.
 RasterLayer composite(const RasterFrame& frame);
 
-/// The rectangle of the picture outside of which no slice lies: x, y, width and height.
+/// The rectangle of the wanted part outside of which no slice lies.
 struct PixelRect
 {
     int x = 0;

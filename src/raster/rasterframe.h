@@ -65,6 +65,9 @@ enum class RasterBlend { Alpha, Maximum };
 /// All that a layer is made from.
 struct RasterFrame
 {
+    /// The part of the picture that is wanted, in pixels from its lower left.
+    int x = 0;
+    int y = 0;
     int width = 0;
     int height = 0;
     RasterBlend blend = RasterBlend::Alpha;

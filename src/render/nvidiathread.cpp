@@ -107,13 +107,12 @@ void NvidiaThread::drawFlatView(const FrameState& frame, Orientation orientation
 
 bool NvidiaThread::prepareWithoutLists(const FrameState& frame)
 {
-    m_isOnProcessor = m_processor.prepare(frame, m_host.scene);
-    return m_isOnProcessor;
+    return m_processor.prepare(frame, m_host.scene);
 }
 
 void NvidiaThread::drawVolume(const FrameState& frame, Orientation orientation, GLuint list)
 {
-    if (!m_isOnProcessor) {
+    if (!m_processor.isDrawing()) {
         GLThread::drawVolume(frame, orientation, list);
         return;
     }

@@ -36,8 +36,6 @@ private:
     void drawShaderError(const FrameState& frame);
 
     ProcessorDrawing m_processor;
-    /// The frame at hand is drawn by the processor.
-    bool m_isOnProcessor = false;
 };
 
 /// Shows that the card cannot draw volumes.

@@ -122,8 +122,12 @@ bool ProcessorDrawing::prepare(const FrameState& frame, const Scene& scene)
     for (const auto& array : scene.arrays)
         stacks.push_back(array->id());
     m_store.keepOnly(stacks);
-    if (!isWanted(frame))
-        return false;
+    m_isDrawing = isWanted(frame) && makeSlices(frame);
+    return m_isDrawing;
+}
+
+bool ProcessorDrawing::makeSlices(const FrameState& frame)
+{
     for (std::size_t c = 0; c < frame.channels.size(); ++c) {
         // A channel without a palette has no colours.
         if (!isHidden(frame.channels[c].state) && frame.paletteBytes[c] != nullptr)
@@ -149,8 +153,9 @@ void ProcessorDrawing::draw(const FrameState& frame, Orientation orientation, QS
     const auto axis = static_cast<std::size_t>(slicingAxis(orientation));
     if (m_slices[axis].size() != m_shown.size())
         return;
+    const BufferView view = viewOf(buffer);
     RasterFrame raster = layoutSlices(frame.array->geometry(), frame.array->textureTarget() == GL_TEXTURE_3D,
-                                      orientation, frame.cut, viewOf(buffer));
+                                      orientation, frame.cut, view);
     raster.blend = frame.view.blendMode == GL_MAX ? RasterBlend::Maximum : RasterBlend::Alpha;
     std::vector<ColourLookup> lookups;
     lookups.reserve(m_shown.size());
@@ -169,9 +174,11 @@ void ProcessorDrawing::draw(const FrameState& frame, Orientation orientation, QS
         }
         raster.channels.push_back(channel);
     }
-    const RasterLayer layer = composite(raster);
+    RasterLayer layer = composite(raster);
     if (layer.isEmpty())
         return;
+    layer.x += view.viewport[0];
+    layer.y += view.viewport[1];
     if (raster.blend == RasterBlend::Alpha)
         gl().BlendFunc(GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
     upload(layer);

@@ -27,7 +27,8 @@ public:
     void draw(const FrameState& frame, Orientation orientation, QSize buffer, bool transparent);
     /// Lets all planes and textures go.
     void clear();
-    const SliceStore& store() const { return m_store; }
+    /// Whether the last frame was drawn this way.
+    bool isDrawing() const { return m_isDrawing; }
 
 private:
     bool isWanted(const FrameState& frame);
@@ -35,7 +36,10 @@ private:
     void upload(const RasterLayer& layer);
     void blend(const RasterLayer& layer, QSize buffer);
 
+    bool makeSlices(const FrameState& frame);
+
     SliceStore m_store;
+    bool m_isDrawing = false;
     /// Of each axis, each shown channel of the frame at hand.
     std::array<std::vector<SliceStore::Slices>, 3> m_slices;
     std::vector<std::size_t> m_shown;

@@ -140,7 +140,7 @@ TexelArea Layout::area() const
     return area;
 }
 
-/// From a place of the buffer to a texel of the plane at a position on its axis.
+/// From a place of the viewport to a texel of the plane at a position on its axis.
 Matrix3 Layout::toTexel(double position) const
 {
     const auto seen = [&](double u, double v) -> std::array<double, 3> {
@@ -154,7 +154,7 @@ Matrix3 Layout::toTexel(double position) const
                 clip[row] += m_matrix[4 * k + row] * place[k];
         }
         const auto pixel = [&](std::size_t axis) {
-            return (clip[axis] + clip[3]) / 2 * m_view.viewport[2 + axis] + m_view.viewport[axis] * clip[3];
+            return (clip[axis] + clip[3]) / 2 * m_view.viewport[2 + axis];
         };
         return {pixel(0), pixel(1), clip[3]};
     };
@@ -207,8 +207,11 @@ RasterSlice Layout::slice(int i) const
 RasterFrame Layout::frame() const
 {
     RasterFrame frame;
-    frame.width = m_view.width;
-    frame.height = m_view.height;
+    const auto& [left, bottom, width, height] = m_view.viewport;
+    frame.x = std::max(0, -left);
+    frame.y = std::max(0, -bottom);
+    frame.width = std::max(0, std::min(width, m_view.width - left) - frame.x);
+    frame.height = std::max(0, std::min(height, m_view.height - bottom) - frame.y);
     const auto low = [](const LaidAxis& axis) { return axis.pad > 0 ? -1 : 0; };
     const auto high = [](const LaidAxis& axis) {
         return axis.padded > axis.pad + axis.size ? axis.size : axis.size - 1;
