@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "base/parallel.h"
+#include "raster/clearranges.h"
 #include "raster/tilekernels.h"
 
 namespace tirn {
@@ -13,28 +14,18 @@ namespace {
 constexpr int kMacroSide = 64;
 /// A tile through which less than this shines is full: what lies behind would change no colour by a quarter.
 constexpr float kFull = 1.0F / 1024;
-/// Positions stay this far inside of what 32 bits hold.
-constexpr double kMostFractions = 1 << 29;
-/// By how much positions are rounded, in texels, with a margin.
-constexpr double kSlack = 1.0 / 1024;
-/// A place may be rounded to the next one.
-constexpr int kPlaceSlack = 1;
+/// By how much positions with perspective, and those of many tiles at once, may be off.
+constexpr std::int32_t kSlack = kFractions / 1024;
 /// The least W that positions are worked out with.
 constexpr double kLeastW = 1e-6;
 
-std::int32_t fractions(double texels)
-{
-    return static_cast<std::int32_t>(
-        std::lround(std::clamp(texels * kFractions, -kMostFractions, kMostFractions)));
-}
-
-/// What a square of pixels covers of a slice, in texels.
+/// What a square of pixels covers of a slice.
 struct Footprint
 {
-    double u0 = 0;
-    double u1 = 0;
-    double v0 = 0;
-    double v1 = 0;
+    std::int32_t u0 = 0;
+    std::int32_t u1 = 0;
+    std::int32_t v0 = 0;
+    std::int32_t v1 = 0;
     /// False where the plane of the slice passes the viewer: then it covers anything.
     bool isBounded = true;
 };
@@ -52,100 +43,109 @@ Place placeOf(const std::array<double, 9>& m, double x, double y)
     return {m[0] * x + m[1] * y + m[2], m[3] * x + m[4] * y + m[5], m[6] * x + m[7] * y + m[8]};
 }
 
-/// Of the pixel centres in columns x to x + side - 1 and rows y to y + side - 1.
-Footprint footprintOf(const RasterFrame& frame, const RasterSlice& slice, int x, int y, int side)
+/// Of the pixel centres in columns x to x + side - 1 and rows y to y + side - 1, seen with perspective.
+Footprint projectiveFootprint(const RasterSlice& slice, int x, int y, int side)
 {
     Footprint print;
     for (int corner = 0; corner < 4; ++corner) {
         const int column = x + (corner % 2) * (side - 1);
         const int row = y + (corner / 2) * (side - 1);
-        Place at = placeOf(slice.toTexel, column + 0.5, row + 0.5);
-        if (frame.isProjective) {
-            if (at.w < kLeastW) {
-                print.isBounded = false;
-                return print;
-            }
-            at.u /= at.w;
-            at.v /= at.w;
-        }
+        const Place at = placeOf(slice.toTexel, column + 0.5, row + 0.5);
+        if (at.w < kLeastW)
+            return {0, 0, 0, 0, false};
+        const std::int32_t u = partsOf(at.u / at.w);
+        const std::int32_t v = partsOf(at.v / at.w);
         const bool isFirst = corner == 0;
-        print.u0 = isFirst ? at.u : std::min(print.u0, at.u);
-        print.u1 = isFirst ? at.u : std::max(print.u1, at.u);
-        print.v0 = isFirst ? at.v : std::min(print.v0, at.v);
-        print.v1 = isFirst ? at.v : std::max(print.v1, at.v);
+        print.u0 = isFirst ? u : std::min(print.u0, u);
+        print.u1 = isFirst ? u : std::max(print.u1, u);
+        print.v0 = isFirst ? v : std::min(print.v0, v);
+        print.v1 = isFirst ? v : std::max(print.v1, v);
     }
-    return print;
+    return {print.u0 - kSlack, print.u1 + kSlack, print.v0 - kSlack, print.v1 + kSlack, true};
 }
 
-bool meets(const Footprint& print, const TexelArea& area)
+/// How far a square of pixels reaches from its first one.
+struct Reach
 {
-    return !print.isBounded || (print.u1 + kSlack >= area.u0 && print.u0 - kSlack < area.u1 &&
-                                print.v1 + kSlack >= area.v0 && print.v0 - kSlack < area.v1);
+    std::int32_t leastU = 0;
+    std::int32_t mostU = 0;
+    std::int32_t leastV = 0;
+    std::int32_t mostV = 0;
+};
+
+Reach reachOf(const std::array<double, 9>& m, int side)
+{
+    const auto ends = [side](double across, double along, std::int32_t& least, std::int32_t& most) {
+        least = partsOf((std::min(across, 0.0) + std::min(along, 0.0)) * (side - 1)) - kSlack;
+        most = partsOf((std::max(across, 0.0) + std::max(along, 0.0)) * (side - 1)) + kSlack;
+    };
+    Reach reach;
+    ends(m[0], m[1], reach.leastU, reach.mostU);
+    ends(m[3], m[4], reach.leastV, reach.mostV);
+    return reach;
 }
 
-bool isWithin(const Footprint& print, double u0, double u1, double v0, double v1)
+bool meets(const Footprint& print, const TileSlice& slice)
 {
-    return print.isBounded && print.u0 - kSlack >= u0 && print.u1 + kSlack < u1 && print.v0 - kSlack >= v0 &&
-           print.v1 + kSlack < v1;
+    return !print.isBounded || (print.u1 >= slice.areaU0 && print.u0 < slice.areaU1 &&
+                                print.v1 >= slice.areaV0 && print.v0 < slice.areaV1);
 }
 
 /// A channel with what is the same for all of a frame.
 struct ChannelPlan
 {
-    const RasterChannel* channel;
-    TileSample sample;
-    /// Of all multipliers of the depth curve.
-    float leastCurve = 1;
-    float mostCurve = 1;
+    const SliceSet* slices;
+    TileChannel channel;
+    ComponentTables tables;
+    ClearRanges clear;
 };
 
-ChannelPlan planOf(const RasterFrame& frame, const RasterChannel& channel)
+struct SlicePlan
 {
-    ChannelPlan plan{&channel, {}};
-    TileSample& sample = plan.sample;
-    sample.stride = channel.slices->stride();
-    sample.bytesPerSample = channel.slices->bytesPerSample();
-    sample.packed = channel.colours->packed();
-    sample.entries = channel.colours->entries();
-    sample.curve = channel.curve;
-    sample.curveFactor = static_cast<float>(channel.curveFactor);
-    sample.unit = static_cast<float>(channel.unit);
-    sample.stretch = static_cast<float>(channel.stretch);
-    sample.curveU = static_cast<float>(frame.curveU);
-    sample.curveV = static_cast<float>(frame.curveV);
-    sample.isPlain =
-        sample.bytesPerSample == 1 && sample.entries == 256 && channel.curve.empty() && channel.stretch == 1;
-    if (!channel.curve.empty()) {
-        const auto [least, most] = std::minmax_element(channel.curve.begin(), channel.curve.end());
-        plan.leastCurve = *least * sample.curveFactor;
-        plan.mostCurve = *most * sample.curveFactor;
-    }
+    const RasterSlice* slice;
+    TileSlice tile;
+};
+
+SlicePlan planOf(const RasterSlice& slice)
+{
+    SlicePlan plan{&slice, {}};
+    plan.tile.areaU0 = partsOf(slice.area.u0);
+    plan.tile.areaU1 = partsOf(slice.area.u1);
+    plan.tile.areaV0 = partsOf(slice.area.v0);
+    plan.tile.areaV1 = partsOf(slice.area.v1);
+    plan.tile.share = static_cast<float>(slice.share);
+    plan.tile.shareParts = std::min(partsOf(slice.share), kFractions - 1);
+    plan.tile.curveBase = static_cast<float>(slice.curveBase);
     return plan;
 }
 
-/// Whether a channel draws nothing where its samples lie in a range.
-bool isClear(const ChannelPlan& plan, const ValueRange& range)
+void fillPlan(const RasterFrame& frame, const RasterChannel& from, ChannelPlan& plan)
 {
-    const TileSample& sample = plan.sample;
-    const ColourLookup& colours = *plan.channel->colours;
-    if (sample.isPlain)
-        return colours.isClear(bytePlace(range.least * 128) - kPlaceSlack,
-                               bytePlace(range.most * 128) + kPlaceSlack);
-    const auto place = [&](int value, float factor) {
-        const float scaled = static_cast<float>(value) * sample.unit * factor * sample.stretch;
-        return static_cast<int>(widePlace(std::min(scaled, 1.0F), sample.entries));
-    };
-    // A place is cut off here, and rounded there.
-    return colours.isClear(place(range.least, plan.leastCurve) - kPlaceSlack,
-                           place(range.most, plan.mostCurve) + 1 + kPlaceSlack);
+    plan.slices = from.slices;
+    TileChannel& channel = plan.channel;
+    channel.stride = from.slices->stride();
+    channel.bytesPerSample = from.slices->bytesPerSample();
+    channel.packed = from.colours->packed();
+    channel.entries = from.colours->entries();
+    channel.curve = from.curve;
+    channel.curveFactor = static_cast<float>(from.curveFactor);
+    channel.curveU = static_cast<float>(frame.curveU);
+    channel.curveV = static_cast<float>(frame.curveV);
+    channel.unit = static_cast<float>(from.unit);
+    channel.stretch = static_cast<float>(from.stretch);
+    channel.isPlain = channel.bytesPerSample == 1 && channel.entries == 256 && channel.curve.empty() &&
+                      channel.stretch == 1;
+    if (channel.isPlain) {
+        for (std::size_t k = 0; k < 4; ++k) {
+            for (std::size_t i = 0; i < 256; ++i) {
+                plan.tables.from[k][i] = static_cast<std::uint8_t>(channel.packed[i] >> (8 * k));
+                plan.tables.to[k][i] = static_cast<std::uint8_t>(channel.packed[i + 1] >> (8 * k));
+            }
+        }
+        channel.tables = &plan.tables;
+    }
+    plan.clear = ClearRanges(channel, *from.colours);
 }
-
-/// The offsets of a tile's pixels, which all slices of a frame without perspective share.
-struct TileOffsets
-{
-    alignas(64) std::array<std::int32_t, kTilePixels> u = {};
-    alignas(64) std::array<std::int32_t, kTilePixels> v = {};
-};
 
 /// The tiles of a frame.
 class TileDrawing
@@ -155,164 +155,162 @@ public:
     void drawMacroTile(int x, int y) const;
 
 private:
+    /// Room that the tiles of a thread share.
+    struct Scratch
+    {
+        std::vector<const SlicePlan*> slices;
+        std::vector<TileSample> samples;
+        TileColours colours;
+    };
+    Footprint footprint(const RasterSlice& slice, int x, int y, int side) const;
     bool drawsIn(const RasterSlice& slice, const ChannelPlan& plan, const Footprint& print) const;
-    bool drawsIn(const RasterSlice& slice, const Footprint& print) const;
-    void drawTile(const std::vector<const RasterSlice*>& slices, int x, int y) const;
-    TilePlace placeOn(const RasterSlice& slice, const Footprint& print, int x, int y) const;
-    TileSample sampleOf(const RasterSlice& slice, const ChannelPlan& plan) const;
+    bool drawTile(Scratch& scratch, int x, int y) const;
+    TilePlace placeOn(const SlicePlan& plan, const Footprint& print, int x, int y) const;
     void store(const TileColours& colours, int x, int y) const;
 
     const RasterFrame& m_frame;
     RasterLayer& m_layer;
     TileKernel m_kernel;
-    std::vector<ChannelPlan> m_plans;
-    TileOffsets m_offsets;
-    /// The clamp in parts of a texel.
-    std::array<std::int32_t, 4> m_clamp = {};
+    TileFrame m_tile;
+    Reach m_tileReach;
+    Reach m_macroReach;
+    /// Nearest first: the last channel of a slice is drawn over the others.
+    std::vector<ChannelPlan> m_channels;
+    std::vector<SlicePlan> m_slices;
 };
 
 TileDrawing::TileDrawing(const RasterFrame& frame, RasterLayer& layer)
-    : m_frame(frame), m_layer(layer), m_kernel(tileKernel())
+    : m_frame(frame), m_layer(layer), m_kernel(tileKernel()), m_channels(frame.channels.size())
 {
-    // Nearest first: the last channel of a slice is drawn over the others.
-    for (auto channel = frame.channels.rbegin(); channel != frame.channels.rend(); ++channel)
-        m_plans.push_back(planOf(frame, *channel));
-    if (!frame.isProjective && !frame.slices.empty()) {
-        const std::array<double, 9>& m = frame.slices.front().toTexel;
-        for (int p = 0; p < kTilePixels; ++p) {
-            const int column = p % kTileSide;
-            const int row = p / kTileSide;
-            m_offsets.u[static_cast<std::size_t>(p)] = fractions(m[0] * column + m[1] * row);
-            m_offsets.v[static_cast<std::size_t>(p)] = fractions(m[3] * column + m[4] * row);
-        }
+    for (std::size_t i = 0; i < m_channels.size(); ++i)
+        fillPlan(frame, frame.channels[m_channels.size() - 1 - i], m_channels[i]);
+    for (auto slice = frame.slices.rbegin(); slice != frame.slices.rend(); ++slice)
+        m_slices.push_back(planOf(*slice));
+    m_tile.blend = frame.blend;
+    m_tile.isProjective = frame.isProjective;
+    m_tile.mostW = static_cast<float>(frame.mostW);
+    const std::array<double, 9>& m = frame.slices.front().toTexel;
+    if (!frame.isProjective) {
+        m_tile.u = tileOffsets(m[0], m[1]);
+        m_tile.v = tileOffsets(m[3], m[4]);
+        m_tileReach = {m_tile.u.leastPart, m_tile.u.mostPart, m_tile.v.leastPart, m_tile.v.mostPart};
+        m_macroReach = reachOf(m, kMacroSide);
+        m_tile.window = std::max(m_tile.u.window(), m_tile.v.window());
     }
-    if (!m_plans.empty()) {
-        const SliceSet& slices = *m_plans.front().channel->slices;
-        // The last part before a zero beyond the plane, so that nothing beyond that is read.
-        const auto high = [](int clamp, int size) {
-            return clamp < size ? clamp * kFractions : size * kFractions - 1;
-        };
-        m_clamp = {frame.clamp.u0 * kFractions, high(frame.clamp.u1, slices.width()),
-                   frame.clamp.v0 * kFractions, high(frame.clamp.v1, slices.height())};
-    }
+    const SliceSet& slices = *m_channels.front().slices;
+    // The last part before a zero beyond the plane, so that nothing beyond that is read.
+    const auto high = [](int clamp, int size) {
+        return clamp < size ? clamp * kFractions : size * kFractions - 1;
+    };
+    m_tile.clampU0 = frame.clamp.u0 * kFractions;
+    m_tile.clampU1 = high(frame.clamp.u1, slices.width());
+    m_tile.clampV0 = frame.clamp.v0 * kFractions;
+    m_tile.clampV1 = high(frame.clamp.v1, slices.height());
+}
+
+Footprint TileDrawing::footprint(const RasterSlice& slice, int x, int y, int side) const
+{
+    if (m_frame.isProjective)
+        return projectiveFootprint(slice, x, y, side);
+    const Reach& reach = side == kTileSide ? m_tileReach : m_macroReach;
+    const Place at = placeOf(slice.toTexel, x + 0.5, y + 0.5);
+    const std::int32_t u = partsOf(at.u);
+    const std::int32_t v = partsOf(at.v);
+    return {u + reach.leastU, u + reach.mostU, v + reach.leastV, v + reach.mostV, true};
 }
 
 bool TileDrawing::drawsIn(const RasterSlice& slice, const ChannelPlan& plan, const Footprint& print) const
 {
-    const SliceSet& set = *plan.channel->slices;
     const auto rangeIn = [&](int plane) -> ValueRange {
         if (plane < 0)
             return {0, 0};
         if (!print.isBounded)
-            return joined(set.range(plane), {0, 0});
-        const auto texel = [](double at, int least, int most) {
-            return static_cast<int>(std::floor(std::clamp<double>(at, least, most)));
+            return joined(plan.slices->range(plane), {0, 0});
+        const auto texel = [](std::int32_t at, int least, int most) {
+            return std::clamp(at >> kFractionBits, least, most);
         };
         const TexelClamp& clamp = m_frame.clamp;
-        return set.range(plane, {texel(print.u0 - kSlack, clamp.u0, clamp.u1),
-                                 texel(print.v0 - kSlack, clamp.v0, clamp.v1),
-                                 texel(print.u1 + 1 + kSlack, clamp.u0, clamp.u1),
-                                 texel(print.v1 + 1 + kSlack, clamp.v0, clamp.v1)});
+        return plan.slices->range(plane,
+                                  {texel(print.u0, clamp.u0, clamp.u1), texel(print.v0, clamp.v0, clamp.v1),
+                                   texel(print.u1 + kFractions, clamp.u0, clamp.u1),
+                                   texel(print.v1 + kFractions, clamp.v0, clamp.v1)});
     };
     ValueRange range = rangeIn(slice.plane);
     if (slice.share != 0)
         range = joined(range, rangeIn(slice.nextPlane));
-    return !isClear(plan, range);
-}
-
-bool TileDrawing::drawsIn(const RasterSlice& slice, const Footprint& print) const
-{
-    return meets(print, slice.area) && std::any_of(m_plans.begin(), m_plans.end(), [&](const auto& plan) {
-               return drawsIn(slice, plan, print);
-           });
+    return !plan.clear.contains(range);
 }
 
 void TileDrawing::drawMacroTile(int x, int y) const
 {
-    std::vector<const RasterSlice*> slices;
-    for (auto slice = m_frame.slices.rbegin(); slice != m_frame.slices.rend(); ++slice) {
-        if (drawsIn(*slice, footprintOf(m_frame, *slice, x, y, kMacroSide)))
-            slices.push_back(&*slice);
+    Scratch scratch;
+    for (const SlicePlan& plan : m_slices) {
+        const Footprint print = footprint(*plan.slice, x, y, kMacroSide);
+        const auto draws = [&](const ChannelPlan& channel) { return drawsIn(*plan.slice, channel, print); };
+        if (meets(print, plan.tile) && std::any_of(m_channels.begin(), m_channels.end(), draws))
+            scratch.slices.push_back(&plan);
     }
-    if (slices.empty())
+    if (scratch.slices.empty())
         return;
     for (int row = y; row < std::min(y + kMacroSide, m_layer.y + m_layer.height); row += kTileSide) {
         for (int column = x; column < std::min(x + kMacroSide, m_layer.x + m_layer.width);
-             column += kTileSide)
-            drawTile(slices, column, row);
+             column += kTileSide) {
+            if (drawTile(scratch, column, row))
+                store(scratch.colours, column, row);
+        }
     }
 }
 
-TilePlace TileDrawing::placeOn(const RasterSlice& slice, const Footprint& print, int x, int y) const
+TilePlace TileDrawing::placeOn(const SlicePlan& plan, const Footprint& print, int x, int y) const
 {
     TilePlace place;
-    const Place first = placeOf(slice.toTexel, x + 0.5, y + 0.5);
-    place.isProjective = m_frame.isProjective;
-    if (m_frame.isProjective) {
-        std::copy(slice.toTexel.begin(), slice.toTexel.end(), place.toTexel.begin());
-        place.toTexel[2] = static_cast<float>(first.u);
-        place.toTexel[5] = static_cast<float>(first.v);
-        place.toTexel[8] = static_cast<float>(first.w);
-        place.mostW = static_cast<float>(m_frame.mostW);
-    } else {
-        place.offsetsU = m_offsets.u.data();
-        place.offsetsV = m_offsets.v.data();
-        place.u = fractions(first.u);
-        place.v = fractions(first.v);
+    const TileSlice& slice = plan.tile;
+    place.isEdge = !print.isBounded || print.u0 < std::max(slice.areaU0, m_tile.clampU0) ||
+                   print.u1 >= std::min(slice.areaU1, m_tile.clampU1) ||
+                   print.v0 < std::max(slice.areaV0, m_tile.clampV0) ||
+                   print.v1 >= std::min(slice.areaV1, m_tile.clampV1);
+    if (!m_frame.isProjective) {
+        place.u = print.u0 - m_tileReach.leastU;
+        place.v = print.v0 - m_tileReach.leastV;
+        return place;
     }
-    const TexelArea& area = slice.area;
-    const TexelClamp& clamp = m_frame.clamp;
-    place.isEdge = !isWithin(print, area.u0, area.u1, area.v0, area.v1) ||
-                   !isWithin(print, clamp.u0, clamp.u1, clamp.v0, clamp.v1);
-    place.areaU0 = fractions(area.u0);
-    place.areaU1 = fractions(area.u1);
-    place.areaV0 = fractions(area.v0);
-    place.areaV1 = fractions(area.v1);
-    place.clampU0 = m_clamp[0];
-    place.clampU1 = m_clamp[1];
-    place.clampV0 = m_clamp[2];
-    place.clampV1 = m_clamp[3];
+    const Place first = placeOf(plan.slice->toTexel, x + 0.5, y + 0.5);
+    std::copy(plan.slice->toTexel.begin(), plan.slice->toTexel.end(), place.toTexel.begin());
+    place.toTexel[2] = static_cast<float>(first.u);
+    place.toTexel[5] = static_cast<float>(first.v);
+    place.toTexel[8] = static_cast<float>(first.w);
     return place;
 }
 
-TileSample TileDrawing::sampleOf(const RasterSlice& slice, const ChannelPlan& plan) const
+bool TileDrawing::drawTile(Scratch& scratch, int x, int y) const
 {
-    TileSample sample = plan.sample;
-    const SliceSet& set = *plan.channel->slices;
-    sample.texels = slice.plane >= 0 ? set.plane(slice.plane) : nullptr;
-    sample.nextTexels = slice.nextPlane >= 0 ? set.plane(slice.nextPlane) : nullptr;
-    sample.share = static_cast<float>(slice.share);
-    sample.shareParts = std::min(fractions(slice.share), kFractions - 1);
-    sample.curveBase = static_cast<float>(slice.curveBase);
-    return sample;
-}
-
-void TileDrawing::drawTile(const std::vector<const RasterSlice*>& slices, int x, int y) const
-{
-    TileColours colours;
-    colours.red.fill(0);
-    colours.green.fill(0);
-    colours.blue.fill(0);
-    colours.through.fill(m_frame.blend == RasterBlend::Alpha ? 1.0F : 0.0F);
-    std::vector<TileSample> samples;
     bool isDrawn = false;
-    for (const RasterSlice* slice : slices) {
-        const Footprint print = footprintOf(m_frame, *slice, x, y, kTileSide);
-        if (!meets(print, slice->area))
+    for (const SlicePlan* plan : scratch.slices) {
+        const RasterSlice& slice = *plan->slice;
+        const Footprint print = footprint(slice, x, y, kTileSide);
+        if (!meets(print, plan->tile))
             continue;
-        samples.clear();
-        for (const ChannelPlan& plan : m_plans) {
-            if (drawsIn(*slice, plan, print))
-                samples.push_back(sampleOf(*slice, plan));
+        scratch.samples.clear();
+        for (const ChannelPlan& channel : m_channels) {
+            if (drawsIn(slice, channel, print))
+                scratch.samples.push_back(
+                    {&channel.channel, slice.plane >= 0 ? channel.slices->plane(slice.plane) : nullptr,
+                     slice.nextPlane >= 0 ? channel.slices->plane(slice.nextPlane) : nullptr});
         }
-        if (samples.empty())
+        if (scratch.samples.empty())
             continue;
-        isDrawn = true;
-        if (m_kernel(placeOn(*slice, print, x, y), samples, m_frame.blend, colours) < kFull)
+        if (!isDrawn) {
+            scratch.colours.red.fill(0);
+            scratch.colours.green.fill(0);
+            scratch.colours.blue.fill(0);
+            scratch.colours.through.fill(m_frame.blend == RasterBlend::Alpha ? 1.0F : 0.0F);
+            isDrawn = true;
+        }
+        if (m_kernel(m_tile, plan->tile, placeOn(*plan, print, x, y), scratch.samples, scratch.colours) <
+            kFull)
             break;
     }
-    if (isDrawn)
-        store(colours, x, y);
+    return isDrawn;
 }
 
 std::uint16_t word(float value, float full)

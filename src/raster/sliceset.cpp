@@ -52,9 +52,9 @@ SliceSet::SliceSet(const VoxelSource& source, int axis)
       m_height(source.size[static_cast<std::size_t>(rowsAxis(axis))]), m_stride(m_width + 2),
       m_planeTexels(static_cast<std::size_t>(m_stride) * static_cast<std::size_t>(m_height + 2))
 {
-    // Kernels read four bytes where one or two are meant.
-    constexpr std::size_t overhang = 8;
-    m_texels.resize(m_planeTexels * static_cast<std::size_t>(m_planes) * bytes() + overhang);
+    const std::size_t around =
+        std::size_t{kRowsBefore + kRowsBehind + 1} * static_cast<std::size_t>(m_stride);
+    m_texels.resize((m_planeTexels * static_cast<std::size_t>(m_planes) + around) * bytes());
     for (Grid* grid : {&m_fine, &m_coarse}) {
         grid->shift = grid == &m_fine ? kFineShift : kCoarseShift;
         grid->width = cellsFor(m_width, grid->shift);

@@ -43,7 +43,7 @@ struct TexelBox
 ///
 /// Plane k shows voxel k of the axis. Its columns u are voxels along x, its rows v voxels along the third
 /// axis; planes across x have columns along z and rows along y. Around each plane lies a border of one texel
-/// of value 0, which texel (-1, -1) begins.
+/// of value 0. What lies up to 2 rows before and 16 rows behind a plane may be read, too.
 class SliceSet
 {
 public:
@@ -57,7 +57,7 @@ public:
     int bytesPerSample() const { return m_bytes; }
     /// From one row to the next, in samples.
     int stride() const { return m_stride; }
-    /// Texel (0, 0) of plane k. One sample may be read beyond the last one.
+    /// Texel (0, 0) of plane k.
     const std::uint8_t* plane(int k) const
     {
         return m_texels.data() + (static_cast<std::size_t>(k) * m_planeTexels + cornerOffset()) * bytes();
@@ -80,8 +80,15 @@ private:
         std::vector<std::uint8_t> cells;
     };
 
+    static constexpr int kRowsBefore = 2;
+    static constexpr int kRowsBehind = 16;
+
     std::size_t bytes() const { return static_cast<std::size_t>(m_bytes); }
-    std::size_t cornerOffset() const { return static_cast<std::size_t>(m_stride) + 1; }
+    /// Texel (0, 0) of the first plane, behind rows that may be read and its border.
+    std::size_t cornerOffset() const
+    {
+        return std::size_t{kRowsBefore + 1} * static_cast<std::size_t>(m_stride) + 1;
+    }
     template <typename T>
     void fill(const VoxelSource& source);
     template <typename T>

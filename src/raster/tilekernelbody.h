@@ -46,16 +46,16 @@ TIRN_KERNEL_PART std::int32_t fractionsOf(float texel)
            static_cast<std::int32_t>(kLeastTexel) * kFractions;
 }
 
-TIRN_KERNEL_PART void findAffine(const TilePlace& place, Places& places)
+TIRN_KERNEL_PART void findAffine(const TileFrame& frame, const TilePlace& place, Places& places)
 {
     for (int p = 0; p < kTilePixels; ++p) {
-        places.u[p] = place.u + place.offsetsU[p];
-        places.v[p] = place.v + place.offsetsV[p];
+        places.u[p] = place.u + frame.u.parts[static_cast<std::size_t>(p)];
+        places.v[p] = place.v + frame.v.parts[static_cast<std::size_t>(p)];
         places.seen[p] = -1;
     }
 }
 
-TIRN_KERNEL_PART void findProjective(const TilePlace& place, Places& places)
+TIRN_KERNEL_PART void findProjective(const TileFrame& frame, const TilePlace& place, Places& places)
 {
     const std::array<float, 9>& m = place.toTexel;
     for (int p = 0; p < kTilePixels; ++p) {
@@ -67,26 +67,27 @@ TIRN_KERNEL_PART void findProjective(const TilePlace& place, Places& places)
         const float r = 1 / w;
         places.u[p] = fractionsOf(u * r);
         places.v[p] = fractionsOf(v * r);
-        places.seen[p] = -static_cast<std::int32_t>(w > 0) & -static_cast<std::int32_t>(w <= place.mostW);
+        places.seen[p] = -static_cast<std::int32_t>(w > 0) & -static_cast<std::int32_t>(w <= frame.mostW);
     }
 }
 
-TIRN_KERNEL_PART void findPlaces(const TilePlace& place, Places& places)
+TIRN_KERNEL_PART void findPlaces(const TileFrame& frame, const TileSlice& slice, const TilePlace& place,
+                                 Places& places)
 {
-    if (place.isProjective)
-        findProjective(place, places);
+    if (frame.isProjective)
+        findProjective(frame, place, places);
     else
-        findAffine(place, places);
+        findAffine(frame, place, places);
     if (!place.isEdge)
         return;
     for (int p = 0; p < kTilePixels; ++p) {
         const std::int32_t u = places.u[p];
         const std::int32_t v = places.v[p];
         places.seen[p] &=
-            -static_cast<std::int32_t>(u >= place.areaU0) & -static_cast<std::int32_t>(u < place.areaU1) &
-            -static_cast<std::int32_t>(v >= place.areaV0) & -static_cast<std::int32_t>(v < place.areaV1);
-        places.u[p] = clamped(u, place.clampU0, place.clampU1);
-        places.v[p] = clamped(v, place.clampV0, place.clampV1);
+            -static_cast<std::int32_t>(u >= slice.areaU0) & -static_cast<std::int32_t>(u < slice.areaU1) &
+            -static_cast<std::int32_t>(v >= slice.areaV0) & -static_cast<std::int32_t>(v < slice.areaV1);
+        places.u[p] = clamped(u, frame.clampU0, frame.clampU1);
+        places.v[p] = clamped(v, frame.clampV0, frame.clampV1);
     }
 }
 
@@ -121,16 +122,17 @@ TIRN_KERNEL_PART void sampleBytes(const std::uint8_t* texels, int stride, const 
     }
 }
 
-TIRN_KERNEL_PART void findBytePlaces(const TileSample& sample, const Places& places, std::int32_t* table)
+TIRN_KERNEL_PART void findBytePlaces(const TileSlice& slice, const TileSample& sample, const Places& places,
+                                     std::int32_t* table)
 {
     alignas(64) std::int16_t values[kTilePixels] = {};
     if (sample.texels != nullptr)
-        sampleBytes(sample.texels, sample.stride, places, values);
-    if (sample.shareParts != 0) {
+        sampleBytes(sample.texels, sample.channel->stride, places, values);
+    if (slice.shareParts != 0) {
         alignas(64) std::int16_t next[kTilePixels] = {};
         if (sample.nextTexels != nullptr)
-            sampleBytes(sample.nextTexels, sample.stride, places, next);
-        const auto share = static_cast<std::int16_t>(sample.shareParts);
+            sampleBytes(sample.nextTexels, sample.channel->stride, places, next);
+        const auto share = static_cast<std::int16_t>(slice.shareParts);
         for (int p = 0; p < kTilePixels; ++p)
             values[p] = static_cast<std::int16_t>(
                 values[p] + roundedProduct(static_cast<std::int16_t>(next[p] - values[p]), share));
@@ -161,53 +163,56 @@ TIRN_KERNEL_PART void sampleWide(const std::uint8_t* bytes, int stride, const Pl
     }
 }
 
-TIRN_KERNEL_PART void sampleWide(const TileSample& sample, const std::uint8_t* texels, const Places& places,
+TIRN_KERNEL_PART void sampleWide(const TileChannel& channel, const std::uint8_t* texels, const Places& places,
                                  float* values)
 {
     if (texels == nullptr)
         return;
-    if (sample.bytesPerSample == 1)
-        sampleWide<std::uint8_t>(texels, sample.stride, places, values);
+    if (channel.bytesPerSample == 1)
+        sampleWide<std::uint8_t>(texels, channel.stride, places, values);
     else
-        sampleWide<std::uint16_t>(texels, sample.stride, places, values);
+        sampleWide<std::uint16_t>(texels, channel.stride, places, values);
 }
 
 /// Multiplies by the depth curve, up to 1.
-TIRN_KERNEL_PART void applyCurve(const TileSample& sample, const Places& places, float* values)
+TIRN_KERNEL_PART void applyCurve(const TileSlice& slice, const TileChannel& channel, const Places& places,
+                                 float* values)
 {
-    const auto last = static_cast<float>(sample.curve.size() - 1);
+    const auto last = static_cast<float>(channel.curve.size() - 1);
     for (int p = 0; p < kTilePixels; ++p) {
-        const float at = sample.curveBase + sample.curveU * (static_cast<float>(places.u[p]) * kFraction) +
-                         sample.curveV * (static_cast<float>(places.v[p]) * kFraction);
+        const float at = slice.curveBase + channel.curveU * (static_cast<float>(places.u[p]) * kFraction) +
+                         channel.curveV * (static_cast<float>(places.v[p]) * kFraction);
         const float inside = at > 0 ? (at < last ? at : last) : 0.0F;
         const auto first = static_cast<std::int32_t>(inside);
         const std::int32_t next = first + (static_cast<float>(first) < last ? 1 : 0);
-        const float from = sample.curve[static_cast<std::size_t>(first)];
-        const float to = sample.curve[static_cast<std::size_t>(next)];
+        const float from = channel.curve[static_cast<std::size_t>(first)];
+        const float to = channel.curve[static_cast<std::size_t>(next)];
         const float multiplier =
-            (from + (to - from) * (inside - static_cast<float>(first))) * sample.curveFactor;
+            (from + (to - from) * (inside - static_cast<float>(first))) * channel.curveFactor;
         const float value = values[p] * multiplier;
         values[p] = value < 1 ? value : 1.0F;
     }
 }
 
-TIRN_KERNEL_PART void findWidePlaces(const TileSample& sample, const Places& places, std::int32_t* table)
+TIRN_KERNEL_PART void findWidePlaces(const TileSlice& slice, const TileSample& sample, const Places& places,
+                                     std::int32_t* table)
 {
+    const TileChannel& channel = *sample.channel;
     alignas(64) float values[kTilePixels] = {};
-    sampleWide(sample, sample.texels, places, values);
-    if (sample.share != 0) {
+    sampleWide(channel, sample.texels, places, values);
+    if (slice.share != 0) {
         alignas(64) float next[kTilePixels] = {};
-        sampleWide(sample, sample.nextTexels, places, next);
+        sampleWide(channel, sample.nextTexels, places, next);
         for (int p = 0; p < kTilePixels; ++p)
-            values[p] = values[p] + (next[p] - values[p]) * sample.share;
+            values[p] = values[p] + (next[p] - values[p]) * slice.share;
     }
     for (int p = 0; p < kTilePixels; ++p)
-        values[p] = values[p] * sample.unit;
-    if (!sample.curve.empty())
-        applyCurve(sample, places, values);
+        values[p] = values[p] * channel.unit;
+    if (!channel.curve.empty())
+        applyCurve(slice, channel, places, values);
     for (int p = 0; p < kTilePixels; ++p) {
-        const float value = values[p] * sample.stretch;
-        const float place = widePlace(value < 1 ? value : 1.0F, sample.entries);
+        const float value = values[p] * channel.stretch;
+        const float place = widePlace(value < 1 ? value : 1.0F, channel.entries);
         table[p] = static_cast<std::int32_t>(place + 0.5F);
     }
 }
@@ -277,25 +282,30 @@ TIRN_KERNEL_PART float clearest(const TileColours& colours)
     return most;
 }
 
-TIRN_KERNEL_PART float drawSlice(const TilePlace& place, std::span<const TileSample> channels,
-                                 RasterBlend blend, TileColours& colours)
+TIRN_KERNEL_PART void drawSample(const TileFrame& frame, const TileSlice& slice, const TileSample& sample,
+                                 const Places& places, TileColours& colours)
+{
+    alignas(64) std::int32_t table[kTilePixels];
+    if (sample.channel->isPlain)
+        findBytePlaces(slice, sample, places, table);
+    else
+        findWidePlaces(slice, sample, places, table);
+    Fragments fragments;
+    lookUp(sample.channel->packed, table, places, fragments);
+    if (frame.blend == RasterBlend::Alpha)
+        layBehind(fragments, colours);
+    else
+        raise(fragments, colours);
+}
+
+TIRN_KERNEL_PART float drawSlice(const TileFrame& frame, const TileSlice& slice, const TilePlace& place,
+                                 std::span<const TileSample> samples, TileColours& colours)
 {
     Places places;
-    findPlaces(place, places);
-    for (const TileSample& sample : channels) {
-        alignas(64) std::int32_t table[kTilePixels];
-        if (sample.isPlain)
-            findBytePlaces(sample, places, table);
-        else
-            findWidePlaces(sample, places, table);
-        Fragments fragments;
-        lookUp(sample.packed, table, places, fragments);
-        if (blend == RasterBlend::Alpha)
-            layBehind(fragments, colours);
-        else
-            raise(fragments, colours);
-    }
-    return blend == RasterBlend::Alpha ? clearest(colours) : 1.0F;
+    findPlaces(frame, slice, place, places);
+    for (const TileSample& sample : samples)
+        drawSample(frame, slice, sample, places, colours);
+    return frame.blend == RasterBlend::Alpha ? clearest(colours) : 1.0F;
 }
 
 } // namespace tirn::tilekernel

@@ -1,51 +1,52 @@
 #include "raster/tilekernels.h"
 
+#include <algorithm>
 #include <atomic>
 
 #include "raster/tilekernelbody.h"
+#include "raster/tilekernelwide.h"
 
 namespace tirn {
 
 namespace {
 
-float drawPlain(const TilePlace& place, std::span<const TileSample> channels, RasterBlend blend,
-                TileColours& colours)
+float drawPlain(const TileFrame& frame, const TileSlice& slice, const TilePlace& place,
+                std::span<const TileSample> samples, TileColours& colours)
 {
-    return tilekernel::drawSlice(place, channels, blend, colours);
+    return tilekernel::drawSlice(frame, slice, place, samples, colours);
 }
 
-#if defined(__x86_64__) && defined(__GNUC__)
-#define TIRN_AVX2 __attribute__((target("avx2")))
-#define TIRN_AVX512 __attribute__((target("avx2,avx512f,avx512bw,avx512vl,avx512dq,avx512vbmi")))
+#ifdef TIRN_WIDE_KERNELS
+bool runsAvx2() { return __builtin_cpu_supports("avx2") != 0; }
 
-TIRN_AVX2 float drawAvx2(const TilePlace& place, std::span<const TileSample> channels, RasterBlend blend,
-                         TileColours& colours)
+bool runsAvx512()
 {
-    return tilekernel::drawSlice(place, channels, blend, colours);
+    return __builtin_cpu_supports("avx512vbmi") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
+           __builtin_cpu_supports("avx512vl") != 0 && __builtin_cpu_supports("avx512dq") != 0;
 }
-
-TIRN_AVX512 float drawAvx512(const TilePlace& place, std::span<const TileSample> channels, RasterBlend blend,
-                             TileColours& colours)
-{
-    return tilekernel::drawSlice(place, channels, blend, colours);
-}
-
-TileKernel kernelOf(KernelKind kind)
-{
-    constexpr TileKernel kernels[] = {&drawPlain, &drawAvx2, &drawAvx512};
-    return kernels[static_cast<int>(kind)];
-}
-#else
-TileKernel kernelOf(KernelKind /*kind*/) { return &drawPlain; }
 #endif
+
+struct KernelRow
+{
+    KernelKind kind;
+    TileKernel kernel;
+    bool (*isThere)();
+};
+
+/// The fastest first.
+constexpr KernelRow kKernels[] = {
+#ifdef TIRN_WIDE_KERNELS
+    {KernelKind::Avx512, &drawTileAvx512, &runsAvx512},
+    {KernelKind::Avx2, &drawTileAvx2, &runsAvx2},
+#endif
+    {KernelKind::Plain, &drawPlain, [] { return true; }},
+};
 
 KernelKind fastestKernel()
 {
-    for (const KernelKind kind : {KernelKind::Avx512, KernelKind::Avx2}) {
-        if (hasKernel(kind))
-            return kind;
-    }
-    return KernelKind::Plain;
+    return std::find_if(std::begin(kKernels), std::end(kKernels),
+                        [](const KernelRow& row) { return row.isThere(); })
+        ->kind;
 }
 
 std::atomic<KernelKind>& usedKernel()
@@ -54,25 +55,51 @@ std::atomic<KernelKind>& usedKernel()
     return used;
 }
 
-} // namespace
-
-bool hasKernel(KernelKind kind)
+const KernelRow* rowOf(KernelKind kind)
 {
-#if defined(__x86_64__) && defined(__GNUC__)
-    switch (kind) {
-    case KernelKind::Plain:
-        return true;
-    case KernelKind::Avx2:
-        return __builtin_cpu_supports("avx2") != 0;
-    case KernelKind::Avx512:
-        return __builtin_cpu_supports("avx512vbmi") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
-               __builtin_cpu_supports("avx512vl") != 0 && __builtin_cpu_supports("avx512dq") != 0;
-    }
-#endif
-    return kind == KernelKind::Plain;
+    const auto* row = std::find_if(std::begin(kKernels), std::end(kKernels),
+                                   [kind](const KernelRow& candidate) { return candidate.kind == kind; });
+    return row != std::end(kKernels) && row->isThere() ? row : nullptr;
 }
 
-TileKernel tileKernel() { return kernelOf(usedKernel()); }
+} // namespace
+
+std::int32_t partsOf(double texels)
+{
+    constexpr double most = 1 << 29;
+    const double parts = std::clamp(texels * kFractions, -most, most) + 0.5;
+    // Above 0, so that the whole number below is the nearest one.
+    return static_cast<std::int32_t>(static_cast<std::int64_t>(parts + 2 * most) -
+                                     static_cast<std::int64_t>(2 * most));
+}
+
+int TileOffsets::window() const
+{
+    // The first pixel may lie a whole part further, and a sample reaches to the next texel.
+    return *std::max_element(texels.begin(), texels.end()) + 3;
+}
+
+TileOffsets tileOffsets(double across, double along)
+{
+    TileOffsets offsets;
+    for (std::size_t p = 0; p < kTilePixels; ++p)
+        offsets.parts[p] =
+            partsOf(across * static_cast<double>(p % kTileSide) + along * static_cast<double>(p / kTileSide));
+    const auto [least, most] = std::minmax_element(offsets.parts.begin(), offsets.parts.end());
+    offsets.leastPart = *least;
+    offsets.mostPart = *most;
+    offsets.leastTexel = *least >> kFractionBits;
+    for (std::size_t p = 0; p < kTilePixels; ++p) {
+        const std::int32_t texel = (offsets.parts[p] >> kFractionBits) - offsets.leastTexel;
+        offsets.texels[p] = static_cast<std::uint16_t>(std::min(texel, 0x7fff));
+        offsets.rest[p] = static_cast<std::uint16_t>(offsets.parts[p] & (kFractions - 1));
+    }
+    return offsets;
+}
+
+bool hasKernel(KernelKind kind) { return rowOf(kind) != nullptr; }
+
+TileKernel tileKernel() { return rowOf(usedKernel())->kernel; }
 
 void forceKernel(KernelKind kind) { usedKernel() = kind; }
 

@@ -28,58 +28,105 @@ struct TileColours
     alignas(64) std::array<float, kTilePixels> through;
 };
 
-/// Where the pixels of a tile lie on a slice.
-struct TilePlace
+/// How far the pixels of a tile lie from its first one along a direction of the plane, in all tiles and
+/// slices of a frame without perspective. The whole texels and the rest are also given apart, the former from
+/// the least one on.
+struct TileOffsets
 {
-    /// Of all slices of a frame without perspective: how far each pixel lies from the tile's first one.
-    const std::int32_t* offsetsU = nullptr;
-    const std::int32_t* offsetsV = nullptr;
-    std::int32_t u = 0;
-    std::int32_t v = 0;
-    /// With perspective instead: the matrix for columns and rows from the tile's first pixel.
+    alignas(64) std::array<std::int32_t, kTilePixels> parts = {};
+    alignas(64) std::array<std::uint16_t, kTilePixels> texels = {};
+    alignas(64) std::array<std::uint16_t, kTilePixels> rest = {};
+    std::int32_t leastTexel = 0;
+    std::int32_t leastPart = 0;
+    std::int32_t mostPart = 0;
+
+    /// How many texels side by side a tile reads at most.
+    int window() const;
+};
+/// Of a step of `across` from column to column and `along` from row to row, in texels.
+TileOffsets tileOffsets(double across, double along);
+/// The nearest number of parts, within what positions may be.
+std::int32_t partsOf(double texels);
+
+/// What is the same for all tiles of a frame.
+struct TileFrame
+{
+    RasterBlend blend = RasterBlend::Alpha;
     bool isProjective = false;
-    std::array<float, 9> toTexel = {};
     float mostW = 1;
-    /// Some pixels may lie outside of the area u0 <= u < u1, v0 <= v < v1.
-    bool isEdge = false;
-    std::int32_t areaU0 = 0;
-    std::int32_t areaU1 = 0;
-    std::int32_t areaV0 = 0;
-    std::int32_t areaV1 = 0;
+    TileOffsets u;
+    TileOffsets v;
+    /// How many texels side by side a tile reads at most, 0 where that differs from tile to tile.
+    int window = 0;
     std::int32_t clampU0 = 0;
     std::int32_t clampU1 = 0;
     std::int32_t clampV0 = 0;
     std::int32_t clampV1 = 0;
 };
 
-/// What one channel shows there.
-struct TileSample
+/// Where a slice is drawn, and what it shows between its two planes.
+struct TileSlice
 {
-    /// Texel (0, 0) of the two planes; null for one of zeros.
-    const std::uint8_t* texels = nullptr;
-    const std::uint8_t* nextTexels = nullptr;
-    int stride = 0;
-    int bytesPerSample = 1;
-    /// In parts of kFractions, and as a number.
+    /// u0 <= u < u1, v0 <= v < v1.
+    std::int32_t areaU0 = 0;
+    std::int32_t areaU1 = 0;
+    std::int32_t areaV0 = 0;
+    std::int32_t areaV1 = 0;
     std::int32_t shareParts = 0;
     float share = 0;
+    float curveBase = 0;
+};
+
+/// Where a tile lies on a slice.
+struct TilePlace
+{
+    /// The first pixel.
+    std::int32_t u = 0;
+    std::int32_t v = 0;
+    /// With perspective instead: the matrix for columns and rows from the tile's first pixel.
+    std::array<float, 9> toTexel = {};
+    /// Some pixels may lie outside of the area or of what the plane has.
+    bool isEdge = false;
+};
+
+/// A table of 256 entries, component by component: of each entry, and of the one after it.
+struct ComponentTables
+{
+    alignas(64) std::array<std::array<std::uint8_t, 256>, 4> from;
+    alignas(64) std::array<std::array<std::uint8_t, 256>, 4> to;
+};
+
+/// How samples of a channel become colours.
+struct TileChannel
+{
+    int stride = 0;
+    int bytesPerSample = 1;
     /// Bytes that are looked up among 256 entries as they are.
     bool isPlain = true;
     float unit = 1;
     float stretch = 1;
     std::span<const float> curve;
     float curveFactor = 1;
-    float curveBase = 0;
     float curveU = 0;
     float curveV = 0;
     const std::uint32_t* packed = nullptr;
     int entries = 256;
+    /// Of plain channels.
+    const ComponentTables* tables = nullptr;
+};
+
+/// The planes of a channel at a slice: texel (0, 0), null for a plane of zeros.
+struct TileSample
+{
+    const TileChannel* channel = nullptr;
+    const std::uint8_t* texels = nullptr;
+    const std::uint8_t* nextTexels = nullptr;
 };
 
 /// Lays the channels of a slice behind a tile, the first one nearest, or raises the tile to their maximum.
 /// Returns how much shines through the clearest pixel, 1 for a maximum.
-using TileKernel = float (*)(const TilePlace& place, std::span<const TileSample> channels, RasterBlend blend,
-                             TileColours& colours);
+using TileKernel = float (*)(const TileFrame& frame, const TileSlice& slice, const TilePlace& place,
+                             std::span<const TileSample> samples, TileColours& colours);
 
 /// The same arithmetic for different processors: all give the same bits.
 enum class KernelKind { Plain, Avx2, Avx512 };
