@@ -12,8 +12,8 @@ namespace {
 
 constexpr int kFineShift = 2;
 constexpr int kCoarseShift = 4;
-/// Boxes with more texels a side than this are looked up in the coarse grid.
-constexpr int kMostFineTexels = 20;
+/// Each cell stands for so many along a side, so that one look-up answers for most boxes.
+constexpr int kSpread = 3;
 /// Planes across x that are filled together, since their samples share cache lines.
 constexpr int kPlanesAtOnce = 64;
 
@@ -119,25 +119,33 @@ void SliceSet::fillAcrossX(const VoxelSource& source)
 }
 
 template <typename T>
+T* SliceSet::cellsOf(Grid& grid, int k)
+{
+    return reinterpret_cast<T*>(grid.cells.data()) + static_cast<std::size_t>(k) * 2 *
+                                                         static_cast<std::size_t>(grid.width) *
+                                                         static_cast<std::size_t>(grid.height);
+}
+
+template <typename T>
 void SliceSet::makeGrids(int k)
 {
-    const auto cellsOf = [k](Grid& grid) {
-        return reinterpret_cast<T*>(grid.cells.data()) + static_cast<std::size_t>(k) * 2 *
-                                                             static_cast<std::size_t>(grid.width) *
-                                                             static_cast<std::size_t>(grid.height);
-    };
-    T* fine = cellsOf(m_fine);
-    T* coarse = cellsOf(m_coarse);
-    const std::size_t coarseCells =
-        static_cast<std::size_t>(m_coarse.width) * static_cast<std::size_t>(m_coarse.height);
-    for (std::size_t i = 0; i < coarseCells; ++i) {
-        coarse[2 * i] = std::numeric_limits<T>::max();
-        coarse[2 * i + 1] = 0;
-    }
+    T* fine = cellsOf<T>(m_fine, k);
+    T* coarse = cellsOf<T>(m_coarse, k);
+    findCells(reinterpret_cast<const T*>(plane(k)), fine);
+    joinCells(m_fine, fine, m_coarse, coarse);
+    ValueRange all{std::numeric_limits<T>::max(), 0};
+    for (int i = 0; i < m_coarse.width * m_coarse.height; ++i)
+        all = joined(all, {coarse[2 * i], coarse[2 * i + 1]});
+    m_ranges[static_cast<std::size_t>(k)] = all;
+    spreadCells(m_fine, fine);
+    spreadCells(m_coarse, coarse);
+}
+
+template <typename T>
+void SliceSet::findCells(const T* texels, T* cells) const
+{
     std::vector<T> least(static_cast<std::size_t>(m_stride));
     std::vector<T> most(static_cast<std::size_t>(m_stride));
-    const T* texels = reinterpret_cast<const T*>(plane(k));
-    ValueRange all{std::numeric_limits<T>::max(), 0};
     for (int cellV = 0; cellV < m_fine.height; ++cellV) {
         std::fill(least.begin(), least.end(), std::numeric_limits<T>::max());
         std::fill(most.begin(), most.end(), T{0});
@@ -150,20 +158,51 @@ void SliceSet::makeGrids(int k)
                 most[at] = std::max(most[at], row[u]);
             }
         }
-        T* coarseRow =
-            coarse + 2 * static_cast<std::ptrdiff_t>(cellV >> (kCoarseShift - kFineShift)) * m_coarse.width;
-        for (int cellU = 0; cellU < m_fine.width; ++cellU, fine += 2) {
+        for (int cellU = 0; cellU < m_fine.width; ++cellU, cells += 2) {
             const auto from = static_cast<std::ptrdiff_t>(cellU) << kFineShift;
             const auto to = std::min<std::ptrdiff_t>(m_width, from + (1 << kFineShift));
-            fine[0] = *std::min_element(least.begin() + from, least.begin() + to);
-            fine[1] = *std::max_element(most.begin() + from, most.begin() + to);
-            T* cell = coarseRow + 2 * static_cast<std::ptrdiff_t>(cellU >> (kCoarseShift - kFineShift));
-            cell[0] = std::min(cell[0], fine[0]);
-            cell[1] = std::max(cell[1], fine[1]);
-            all = joined(all, {fine[0], fine[1]});
+            cells[0] = *std::min_element(least.begin() + from, least.begin() + to);
+            cells[1] = *std::max_element(most.begin() + from, most.begin() + to);
         }
     }
-    m_ranges[static_cast<std::size_t>(k)] = all;
+}
+
+/// The cells of a coarser grid.
+template <typename T>
+void SliceSet::joinCells(const Grid& fine, const T* from, const Grid& coarse, T* to)
+{
+    const int shift = coarse.shift - fine.shift;
+    for (int i = 0; i < coarse.width * coarse.height; ++i) {
+        to[2 * i] = std::numeric_limits<T>::max();
+        to[2 * i + 1] = 0;
+    }
+    for (int v = 0; v < fine.height; ++v) {
+        for (int u = 0; u < fine.width; ++u, from += 2) {
+            T* cell = to + 2 * (std::ptrdiff_t{v >> shift} * coarse.width + (u >> shift));
+            cell[0] = std::min(cell[0], from[0]);
+            cell[1] = std::max(cell[1], from[1]);
+        }
+    }
+}
+
+/// Makes each cell stand for those right of and below it, too.
+template <typename T>
+void SliceSet::spreadCells(const Grid& grid, T* cells)
+{
+    const auto spread = [cells](std::ptrdiff_t at, std::ptrdiff_t step, int behind) {
+        for (int i = 1; i < std::min(kSpread, behind); ++i) {
+            cells[2 * at] = std::min(cells[2 * at], cells[2 * (at + i * step)]);
+            cells[2 * at + 1] = std::max(cells[2 * at + 1], cells[2 * (at + i * step) + 1]);
+        }
+    };
+    for (int v = 0; v < grid.height; ++v) {
+        for (int u = 0; u < grid.width; ++u)
+            spread(std::ptrdiff_t{v} * grid.width + u, 1, grid.width - u);
+    }
+    for (int v = 0; v < grid.height; ++v) {
+        for (int u = 0; u < grid.width; ++u)
+            spread(std::ptrdiff_t{v} * grid.width + u, grid.width, grid.height - v);
+    }
 }
 
 ValueRange SliceSet::range(int k, const TexelBox& box) const
@@ -173,32 +212,41 @@ ValueRange SliceSet::range(int k, const TexelBox& box) const
                           std::min(box.v1, m_height - 1)};
     if (cut.u0 > cut.u1 || cut.v0 > cut.v1)
         return {0, 0};
-    const bool isSmall = cut.u1 - cut.u0 < kMostFineTexels && cut.v1 - cut.v0 < kMostFineTexels;
-    const Grid& grid = isSmall ? m_fine : m_coarse;
+    const auto fits = [&cut](const Grid& grid) {
+        constexpr int most = 2 * kSpread - 1;
+        return (cut.u1 >> grid.shift) - (cut.u0 >> grid.shift) <= most &&
+               (cut.v1 >> grid.shift) - (cut.v0 >> grid.shift) <= most;
+    };
+    const Grid* grid = fits(m_fine) ? &m_fine : fits(m_coarse) ? &m_coarse : nullptr;
+    if (grid == nullptr)
+        return joined(range(k), {0, 0});
     const ValueRange found =
-        m_bytes == 1 ? rangeOf<std::uint8_t>(grid, k, cut) : rangeOf<std::uint16_t>(grid, k, cut);
+        m_bytes == 1 ? rangeOf<std::uint8_t>(*grid, k, cut) : rangeOf<std::uint16_t>(*grid, k, cut);
     return isInside ? found : joined(found, {0, 0});
 }
 
+/// Of at most twice as many cells along a side as one stands for.
 template <typename T>
 ValueRange SliceSet::rangeOf(const Grid& grid, int k, const TexelBox& box) const
 {
     const int u0 = box.u0 >> grid.shift;
-    const int u1 = box.u1 >> grid.shift;
-    const int v1 = box.v1 >> grid.shift;
-    T least = std::numeric_limits<T>::max();
-    T most = 0;
-    for (int v = box.v0 >> grid.shift; v <= v1; ++v) {
-        const std::size_t row = (static_cast<std::size_t>(k) * static_cast<std::size_t>(grid.height) +
-                                 static_cast<std::size_t>(v)) *
-                                static_cast<std::size_t>(grid.width);
-        const T* cells = reinterpret_cast<const T*>(grid.cells.data()) + 2 * row;
-        for (int u = u0; u <= u1; ++u) {
-            least = std::min(least, cells[2 * u]);
-            most = std::max(most, cells[2 * u + 1]);
-        }
-    }
-    return {least, most};
+    const int v0 = box.v0 >> grid.shift;
+    const int u1 = (box.u1 >> grid.shift) - (kSpread - 1);
+    const int v1 = (box.v1 >> grid.shift) - (kSpread - 1);
+    const T* cells = reinterpret_cast<const T*>(grid.cells.data()) +
+                     2 * static_cast<std::ptrdiff_t>(k) * grid.width * grid.height;
+    const auto at = [&](int u, int v) -> ValueRange {
+        const T* cell = cells + 2 * (std::ptrdiff_t{v} * grid.width + u);
+        return {cell[0], cell[1]};
+    };
+    ValueRange found = at(u0, v0);
+    if (u1 > u0)
+        found = joined(found, at(u1, v0));
+    if (v1 > v0)
+        found = joined(found, at(u0, v1));
+    if (u1 > u0 && v1 > v0)
+        found = joined(found, at(u1, v1));
+    return found;
 }
 
 } // namespace tirn

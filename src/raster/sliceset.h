@@ -71,7 +71,8 @@ public:
     std::size_t memoryUsed() const;
 
 private:
-    /// Cells of 1 << shift texels a side, each its least and its largest value.
+    /// Cells of 1 << shift texels a side, each the least and the largest value of itself and its neighbours
+    /// to the right and below.
     struct Grid
     {
         int shift = 2;
@@ -94,7 +95,15 @@ private:
     template <typename T>
     void fillAcrossX(const VoxelSource& source);
     template <typename T>
+    static T* cellsOf(Grid& grid, int k);
+    template <typename T>
     void makeGrids(int k);
+    template <typename T>
+    void findCells(const T* texels, T* cells) const;
+    template <typename T>
+    static void joinCells(const Grid& fine, const T* from, const Grid& coarse, T* to);
+    template <typename T>
+    static void spreadCells(const Grid& grid, T* cells);
     template <typename T>
     ValueRange rangeOf(const Grid& grid, int k, const TexelBox& box) const;
 

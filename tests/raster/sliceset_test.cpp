@@ -66,14 +66,15 @@ TEST(SliceSet, RangesHoldAllThatLiesInABox)
         const SliceSet set(sourceOf(stack, bytes, 1), axis);
         for (const TexelBox& box :
              {TexelBox{5, 6, 7, 8}, TexelBox{0, 0, 46, 46}, TexelBox{-3, 2, 4, 5}, TexelBox{40, 40, 90, 60},
-              TexelBox{-9, -9, -2, -2}, TexelBox{16, 16, 31, 31}}) {
+              TexelBox{-9, -9, -2, -2}, TexelBox{16, 16, 31, 31}, TexelBox{3, 1, 25, 23},
+              TexelBox{33, 2, 46, 40}}) {
             const ValueRange wanted = slowRange(stack, set, 3, 1, box);
             const ValueRange found = set.range(3, box);
             EXPECT_LE(found.least, wanted.least);
             EXPECT_GE(found.most, wanted.most);
         }
-        // Boxes that end with cells are exact.
-        const TexelBox cells{16, 16, 31, 31};
+        // Boxes of three cells a side are exact.
+        const TexelBox cells{16, 16, 27, 27};
         EXPECT_EQ(set.range(3, cells), slowRange(stack, set, 3, 1, cells));
         EXPECT_EQ(set.range(3), slowRange(stack, set, 3, 1, {0, 0, set.width() - 1, set.height() - 1}));
     }
