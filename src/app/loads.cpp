@@ -6,6 +6,7 @@
 #include "base/log.h"
 #include "formats/names/filefilters.h"
 #include "palettes/palettefile.h"
+#include "scene/fitview.h"
 #include "ui/messages.h"
 #include "ui/open/stackopenform.h"
 
@@ -20,7 +21,7 @@ Loads::Loads(const LoadNeeds& needs, QObject& receiver) : m_needs(needs), m_name
     report.loaded = [&receiver](LoadedStack stack) {
         QCoreApplication::postEvent(&receiver, new StackLoadedEvent(std::move(stack)));
     };
-    m_fileThread = std::make_unique<FileThread>(needs.hidden.context(), std::move(report));
+    m_fileThread = std::make_unique<FileThread>(needs.stage.hidden().context(), std::move(report));
 }
 
 Loads::~Loads() { m_fileThread->stopAndWait(); }
@@ -28,7 +29,8 @@ Loads::~Loads() { m_fileThread->stopAndWait(); }
 VolumeOptions Loads::volumeOptions() const
 {
     const RenderSettings& limits = m_needs.model.scene().settings;
-    return {m_needs.kind, limits.texLimit2D, limits.texLimit3D, false, &m_needs.curveTextures};
+    return {m_needs.stage.threadKind(), limits.texLimit2D, limits.texLimit3D, false,
+            &m_needs.stage.curveTextures()};
 }
 
 bool Loads::startLoad(LoadDescription load)
@@ -38,7 +40,7 @@ bool Loads::startLoad(LoadDescription load)
     surroundings.defaultEncode = m_needs.settings.defaultEncode;
     surroundings.paletteCount = static_cast<int>(m_needs.model.scene().palettes.size());
     surroundings.paletteGeneration = static_cast<PaletteGeneration>(m_needs.settings.paletteGeneration);
-    surroundings.paletteTables = &m_needs.paletteTables;
+    surroundings.paletteTables = &m_needs.stage.paletteTables();
     return m_fileThread->startLoad(std::move(load), std::move(surroundings));
 }
 
@@ -66,7 +68,7 @@ void Loads::loadFromCommandLine(const QStringList& arguments)
 
 void Loads::loadSorted(const QStringList& arguments)
 {
-    m_needs.hidden.makeCurrent();
+    m_needs.stage.makeCurrent();
     const CommandLine line = parseCommandLine(
         arguments, [this](const QString& name) { return m_named.known({name}).type != ImageType::Unknown; });
     if (!line.session.isEmpty()) {
@@ -91,7 +93,7 @@ void Loads::loadNamed(const CommandLine& line)
     const auto before = static_cast<int>(m_needs.model.scene().palettes.size());
     PaletteList palettes = readPalettes(line.palettes);
     while (before + static_cast<int>(palettes.size()) < line.stacks.size())
-        palettes.push_back(std::make_unique<Palette>("", 8, &m_needs.paletteTables));
+        palettes.push_back(std::make_unique<Palette>("", 8, &m_needs.stage.paletteTables()));
     m_needs.stacks.addPalettes(std::move(palettes));
     if (line.stacks.isEmpty())
         return;
@@ -122,13 +124,13 @@ void Loads::loadRecentRaw(const RecentStack& stack)
 
 PaletteList Loads::readPalettes(const QStringList& names)
 {
-    m_needs.hidden.makeCurrent();
+    m_needs.stage.makeCurrent();
     PaletteList palettes;
     for (const QString& name : names) {
         const QFileInfo info(name);
         PaletteFile file(name);
         if (file.read()) {
-            palettes.push_back(file.makePalette(&m_needs.paletteTables));
+            palettes.push_back(file.makePalette(&m_needs.stage.paletteTables()));
             palettes.back()->setPath(info.absolutePath());
             m_needs.mainForm.paletteLoaded(info.absoluteFilePath());
         } else if (!info.exists()) {
@@ -175,6 +177,28 @@ void Loads::loadSegmentation(const QString& fileName)
     showMessage(&m_needs.mainForm, QMessageBox::Information, "Segmentation", fileName + " loaded.");
 }
 
+/// How a stack shows itself when it comes, and a note where that is not as its voxels are.
+SceneModel::Edit Loads::firstLook(const ImageAttributes& stack)
+{
+    const bool isFirst = m_needs.stacks.count() == 0;
+    const bool fits = m_needs.settings.fitOnOpen;
+    const bool stretches =
+        m_needs.settings.stretchOnOpen && stack.hasWords() && stack.realBitDepth() < stack.bitDepth;
+    if (stretches)
+        m_needs.mainForm.showNote(MainForm::tr("Stretched to the %1 of %2 bits that are used. \"Edit > "
+                                               "Stretch to used bits\" shows the whole range.")
+                                      .arg(stack.realBitDepth())
+                                      .arg(stack.bitDepth));
+    return [=](Scene& scene) {
+        if (isFirst)
+            freshView(scene);
+        if (fits)
+            fitView(scene);
+        if (stretches)
+            scene.view.autoBitDepth = true;
+    };
+}
+
 void Loads::handle(StackLoadedEvent& event)
 {
     logDebug("Made it to stack Loaded!!!");
@@ -183,8 +207,9 @@ void Loads::handle(StackLoadedEvent& event)
     recent.timePoints = event.array->timePointCount();
     recent.files = std::move(event.filesToLoad);
     recent.raw = event.raw;
-    m_needs.stacks.add(std::move(event.array), std::move(event.palettes));
-    m_needs.mainForm.addRecentStack(std::move(recent));
+    const SceneModel::Edit look = firstLook(event.array->stack());
+    m_needs.stacks.add(std::move(event.array), std::move(event.palettes), look);
+    m_needs.mainForm.addRecentStack(recent);
 }
 
 void Loads::handle(const ProgressEvent& event)
