@@ -391,16 +391,16 @@ PixelRect coveredPart(const RasterFrame& frame)
     return part;
 }
 
-RasterLayer composite(const RasterFrame& frame)
+RasterLayer composite(const RasterFrame& frame, RasterLayer room)
 {
     if (frame.channels.empty() || frame.slices.empty())
         return {};
     const PixelRect part = coveredPart(frame);
-    RasterLayer layer{part.x, part.y, part.width, part.height, {}};
+    RasterLayer layer{part.x, part.y, part.width, part.height, std::move(room.rgba)};
     if (layer.isEmpty())
         return layer;
-    layer.rgba.resize(std::size_t{4} * static_cast<std::size_t>(part.width) *
-                      static_cast<std::size_t>(part.height));
+    layer.rgba.assign(
+        std::size_t{4} * static_cast<std::size_t>(part.width) * static_cast<std::size_t>(part.height), 0);
     const TileDrawing drawing(frame, layer);
     // Tiles lie where they lie in the whole picture: so its parts are rounded alike.
     const int left = downToTile(part.x);

@@ -11,7 +11,8 @@ namespace tirn {
 /// lies between two planes; colours are looked up after that. Its channels are drawn in their order, each
 /// over the one before. What a pixel shows does not depend on which part of the picture is wanted. Throws
 /// std::bad_alloc.
-RasterLayer composite(const RasterFrame& frame);
+/// `room` is a layer that is no longer needed.
+RasterLayer composite(const RasterFrame& frame, RasterLayer room = {});
 
 /// The rectangle of the wanted part outside of which no slice lies.
 struct PixelRect

@@ -64,15 +64,6 @@ const KernelRow* rowOf(KernelKind kind)
 
 } // namespace
 
-std::int32_t partsOf(double texels)
-{
-    constexpr double most = 1 << 29;
-    const double parts = std::clamp(texels * kFractions, -most, most) + 0.5;
-    // Above 0, so that the whole number below is the nearest one.
-    return static_cast<std::int32_t>(static_cast<std::int64_t>(parts + 2 * most) -
-                                     static_cast<std::int64_t>(2 * most));
-}
-
 int TileOffsets::window() const
 {
     // The first pixel may lie a whole part further, and a sample reaches to the next texel.

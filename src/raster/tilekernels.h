@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <span>
@@ -46,7 +47,14 @@ struct TileOffsets
 /// Of a step of `across` from column to column and `along` from row to row, in texels.
 TileOffsets tileOffsets(double across, double along);
 /// The nearest number of parts, within what positions may be.
-std::int32_t partsOf(double texels);
+inline std::int32_t partsOf(double texels)
+{
+    constexpr double most = 1 << 29;
+    const double parts = std::clamp(texels * kFractions, -most, most) + 0.5;
+    // Above 0, so that the whole number below is the nearest one.
+    return static_cast<std::int32_t>(static_cast<std::int64_t>(parts + 2 * most) -
+                                     static_cast<std::int64_t>(2 * most));
+}
 
 /// What is the same for all tiles of a frame.
 struct TileFrame

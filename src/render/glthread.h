@@ -119,6 +119,8 @@ protected:
     virtual void unbindChannelTables();
     virtual void bindSlice(GLenum target, GLuint texture);
     virtual void finishFrame();
+    /// Whether the driver is to rest between frames that follow each other.
+    virtual bool restsBetweenFrames() const;
     virtual void drawNoStack(const FrameState& frame, QSize size);
     virtual void drawFullscreenStereo(const FrameState& frame, QSize size);
     virtual void drawFlatView(const FrameState& frame, Orientation orientation, GLuint list);

@@ -26,6 +26,11 @@ protected:
     void bindChannelTables(const FrameState& frame, std::size_t channel, int zBlock) override;
     void unbindChannelTables() override;
     void finishFrame() override {}
+    /// There is no driver to spare where the processor draws.
+    bool restsBetweenFrames() const override
+    {
+        return !m_processor.isDrawing() && GLThread::restsBetweenFrames();
+    }
     void drawNoStack(const FrameState& frame, QSize size) override;
     void drawFullscreenStereo(const FrameState& frame, QSize size) override;
     void drawFlatView(const FrameState& frame, Orientation orientation, GLuint list) override;

@@ -51,12 +51,11 @@ std::vector<int> shownAxes(const FrameState& frame)
 class PixelScope
 {
 public:
-    explicit PixelScope(QSize buffer)
+    explicit PixelScope(const BufferView& view) : m_viewport(view.viewport)
     {
-        gl().GetIntegerv(GL_VIEWPORT, m_viewport.data());
         gl().GetBooleanv(GL_DEPTH_TEST, &m_depthTest);
         gl().Disable(GL_DEPTH_TEST);
-        gl().Viewport(0, 0, buffer.width(), buffer.height());
+        gl().Viewport(0, 0, view.width, view.height);
         for (const GLenum matrix : {GL_PROJECTION, GL_MODELVIEW}) {
             gl().MatrixMode(matrix);
             gl().PushMatrix();
@@ -77,7 +76,7 @@ public:
     PixelScope& operator=(const PixelScope&) = delete;
 
 private:
-    std::array<GLint, 4> m_viewport = {};
+    std::array<GLint, 4> m_viewport;
     GLboolean m_depthTest = GL_FALSE;
 };
 
@@ -174,15 +173,13 @@ void ProcessorDrawing::draw(const FrameState& frame, Orientation orientation, QS
         }
         raster.channels.push_back(channel);
     }
-    RasterLayer layer = composite(raster);
-    if (layer.isEmpty())
+    m_layer = composite(raster, std::move(m_layer));
+    if (m_layer.isEmpty())
         return;
-    layer.x += view.viewport[0];
-    layer.y += view.viewport[1];
     if (raster.blend == RasterBlend::Alpha)
         gl().BlendFunc(GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
-    upload(layer);
-    blend(layer, buffer);
+    upload();
+    blend(view);
     if (transparent)
         gl().BlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
     else
@@ -190,10 +187,10 @@ void ProcessorDrawing::draw(const FrameState& frame, Orientation orientation, QS
 }
 
 /// Into the texture's lower left corner; its sides are powers of two, which every card takes.
-void ProcessorDrawing::upload(const RasterLayer& layer)
+void ProcessorDrawing::upload()
 {
     gl().ActiveTextureARB(GL_TEXTURE0_ARB);
-    const QSize size(next2(layer.width), next2(layer.height));
+    const QSize size(next2(m_layer.width), next2(m_layer.height));
     if (m_texture.empty() || m_textureSize != size) {
         m_texture.clear();
         gl().BindTexture(GL_TEXTURE_2D, m_texture.add());
@@ -205,21 +202,23 @@ void ProcessorDrawing::upload(const RasterLayer& layer)
     } else {
         gl().BindTexture(GL_TEXTURE_2D, m_texture[0]);
     }
-    gl().TexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, layer.width, layer.height, GL_RGBA, GL_UNSIGNED_SHORT,
-                       layer.rgba.data());
+    gl().TexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, m_layer.width, m_layer.height, GL_RGBA, GL_UNSIGNED_SHORT,
+                       m_layer.rgba.data());
 }
 
-void ProcessorDrawing::blend(const RasterLayer& layer, QSize buffer)
+void ProcessorDrawing::blend(const BufferView& view)
 {
-    const PixelScope pixels(buffer);
+    const PixelScope pixels(view);
     const EnabledScope texturing(GL_TEXTURE_2D);
     const auto corner = [&](int right, int top) {
-        gl().TexCoord2f(
-            static_cast<GLfloat>(right * layer.width) / static_cast<GLfloat>(m_textureSize.width()),
-            static_cast<GLfloat>(top * layer.height) / static_cast<GLfloat>(m_textureSize.height()));
-        const auto place = [](int pixel, int size) { return static_cast<GLfloat>(2.0 * pixel / size - 1); };
-        gl().Vertex3f(place(layer.x + right * layer.width, buffer.width()),
-                      place(layer.y + top * layer.height, buffer.height()), 0);
+        const int column = right * m_layer.width;
+        const int row = top * m_layer.height;
+        const auto share = [](int part, int whole) {
+            return static_cast<GLfloat>(part) / static_cast<GLfloat>(whole);
+        };
+        gl().TexCoord2f(share(column, m_textureSize.width()), share(row, m_textureSize.height()));
+        gl().Vertex3f(2 * share(view.viewport[0] + m_layer.x + column, view.width) - 1,
+                      2 * share(view.viewport[1] + m_layer.y + row, view.height) - 1, 0);
     };
     gl().Color4f(1, 1, 1, 1);
     {
@@ -235,6 +234,7 @@ void ProcessorDrawing::blend(const RasterLayer& layer, QSize buffer)
 void ProcessorDrawing::clear()
 {
     m_store.clear();
+    m_layer = {};
     for (auto& slices : m_slices)
         slices.clear();
     m_texture.clear();

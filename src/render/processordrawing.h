@@ -8,7 +8,7 @@
 #include "gl/glnames.h"
 #include "raster/rasterframe.h"
 #include "scene/scene.h"
-#include "volume/draworder.h"
+#include "volume/slicelayout.h"
 #include "volume/slicestore.h"
 
 namespace tirn {
@@ -33,8 +33,8 @@ public:
 private:
     bool isWanted(const FrameState& frame);
     bool isSoftwareCard();
-    void upload(const RasterLayer& layer);
-    void blend(const RasterLayer& layer, QSize buffer);
+    void upload();
+    void blend(const BufferView& view);
 
     bool makeSlices(const FrameState& frame);
 
@@ -45,6 +45,8 @@ private:
     std::vector<std::size_t> m_shown;
     enum class Card { Unknown, Software, Hardware };
     Card m_card = Card::Unknown;
+    /// The last layer, whose room the next one takes.
+    RasterLayer m_layer;
     TextureNames m_texture;
     QSize m_textureSize;
 };
