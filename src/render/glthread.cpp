@@ -243,7 +243,7 @@ bool GLThread::beginScene(const FrameState& frame, QSize size)
     if (drawMessageOnly(frame, size))
         return false;
     if (frame.array == nullptr) {
-        m_lists.clear();
+        clearLists();
         drawNoStack(frame, size);
         return false;
     }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "render/glthread.h"
-#include "render/processordrawing.h"
+#include "render/processor/processordrawing.h"
 
 namespace tirn {
 

@@ -227,6 +227,7 @@ void EditRun::keep()
 
 JobResult EditRun::takeBack(const TextureGate& gate)
 {
+    const VoxelWork work(m_array, m_images);
     m_services.gate = gate;
     for (const Touched& touched : m_touched) {
         if (touched.fromFile)

@@ -92,6 +92,26 @@ TEST(SliceStore, AnEditKeepsItsImagesFromBeingRead)
     EXPECT_NE(store.slices(array, 0, 0, 2), nullptr);
 }
 
+TEST(SliceStore, AnEditThatIsTakenBackBringsThePlanesBack)
+{
+    const PlainStack stack = denseStack(9, 8, 7);
+    RenderRig rig;
+    VoxelArray& array = rig.show({stack});
+    SliceStore store;
+    rig.makeCurrent();
+    std::unique_ptr<AppliedEdit> applied;
+    ASSERT_EQ(applyEdit(array, invertEdit(), {}, &applied).outcome, JobOutcome::Done);
+    EXPECT_EQ(firstTexel(store.slices(array, 0, 0, 2)), 255 - stack.at(0, 0, 0));
+    SliceStore::Slices meanwhile = store.slices(array, 0, 0, 1);
+    const auto look = [&](const std::function<void()>& change) {
+        change();
+        meanwhile = SliceStore().slices(array, 0, 0, 1);
+    };
+    ASSERT_EQ(applied->takeBack(look).outcome, JobOutcome::Done);
+    EXPECT_EQ(meanwhile, nullptr);
+    EXPECT_EQ(firstTexel(store.slices(array, 0, 0, 2)), stack.at(0, 0, 0));
+}
+
 TEST(SliceStore, VoxelsThatAreNotInMemoryHaveNoPlanes)
 {
     const auto array = volumeOf({denseStack(9, 8, 7)});

@@ -1,4 +1,4 @@
-#include "render/processordrawing.h"
+#include "render/processor/processordrawing.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 // Frames drawn by the processor beside the same frames drawn by the card.
 
-#include "render/processordrawing.h"
+#include "render/processor/processordrawing.h"
 
 #include <gtest/gtest.h>
 
