@@ -6,10 +6,18 @@
 #include "base/log.h"
 #include "formats/names/filefilters.h"
 #include "palettes/palettefile.h"
+#include "scene/fitview.h"
 #include "ui/messages.h"
 #include "ui/open/stackopenform.h"
 
 namespace tirn {
+
+namespace {
+
+/// More lines than these make a box that is too high for the screen.
+constexpr int kMostGaps = 10;
+
+} // namespace
 
 Loads::Loads(const LoadNeeds& needs, QObject& receiver) : m_needs(needs), m_named(needs.probes)
 {
@@ -20,7 +28,7 @@ Loads::Loads(const LoadNeeds& needs, QObject& receiver) : m_needs(needs), m_name
     report.loaded = [&receiver](LoadedStack stack) {
         QCoreApplication::postEvent(&receiver, new StackLoadedEvent(std::move(stack)));
     };
-    m_fileThread = std::make_unique<FileThread>(needs.hidden.context(), std::move(report));
+    m_fileThread = std::make_unique<FileThread>(needs.stage.hidden().context(), std::move(report));
 }
 
 Loads::~Loads() { m_fileThread->stopAndWait(); }
@@ -28,7 +36,8 @@ Loads::~Loads() { m_fileThread->stopAndWait(); }
 VolumeOptions Loads::volumeOptions() const
 {
     const RenderSettings& limits = m_needs.model.scene().settings;
-    return {m_needs.kind, limits.texLimit2D, limits.texLimit3D, false, &m_needs.curveTextures};
+    return {m_needs.stage.threadKind(), limits.texLimit2D, limits.texLimit3D, false,
+            &m_needs.stage.curveTextures()};
 }
 
 bool Loads::startLoad(LoadDescription load)
@@ -38,7 +47,7 @@ bool Loads::startLoad(LoadDescription load)
     surroundings.defaultEncode = m_needs.settings.defaultEncode;
     surroundings.paletteCount = static_cast<int>(m_needs.model.scene().palettes.size());
     surroundings.paletteGeneration = static_cast<PaletteGeneration>(m_needs.settings.paletteGeneration);
-    surroundings.paletteTables = &m_needs.paletteTables;
+    surroundings.paletteTables = &m_needs.stage.paletteTables();
     return m_fileThread->startLoad(std::move(load), std::move(surroundings));
 }
 
@@ -66,18 +75,23 @@ void Loads::loadFromCommandLine(const QStringList& arguments)
 
 void Loads::loadSorted(const QStringList& arguments)
 {
-    m_needs.hidden.makeCurrent();
+    m_needs.stage.makeCurrent();
     const CommandLine line = parseCommandLine(
         arguments, [this](const QString& name) { return m_named.known({name}).type != ImageType::Unknown; });
     if (!line.session.isEmpty()) {
         Q_EMIT m_needs.mainForm.loadSession(line.session);
         return;
     }
+    QStringList missing;
     for (const QString& name : line.missing)
-        showMessage(&m_needs.mainForm, QMessageBox::Warning, "File does not exist", "Cannot find " + name);
+        missing.append("Cannot find " + name);
+    if (!missing.isEmpty())
+        showMessage(&m_needs.mainForm, QMessageBox::Warning, "File does not exist", missing.join('\n'));
     for (const QString& name : line.unknown) {
         logDebug("I have no idea what this is! %s", qPrintable(name));
-        m_needs.mainForm.showNote("I have no idea what this is! " + name);
+        const QStringList reasons = m_named.known({name}).notes;
+        m_needs.mainForm.showNote("I have no idea what this is! " + name +
+                                  (reasons.isEmpty() ? QString() : ": " + reasons.join(", ")));
     }
     // Two arguments were once all that there could be: a stack and a palette.
     if (arguments.size() == 3 && line.palettes.size() == 1 && line.stacks.isEmpty() && line.missing.isEmpty())
@@ -91,7 +105,7 @@ void Loads::loadNamed(const CommandLine& line)
     const auto before = static_cast<int>(m_needs.model.scene().palettes.size());
     PaletteList palettes = readPalettes(line.palettes);
     while (before + static_cast<int>(palettes.size()) < line.stacks.size())
-        palettes.push_back(std::make_unique<Palette>("", 8, &m_needs.paletteTables));
+        palettes.push_back(std::make_unique<Palette>("", 8, &m_needs.stage.paletteTables()));
     m_needs.stacks.addPalettes(std::move(palettes));
     if (line.stacks.isEmpty())
         return;
@@ -122,13 +136,13 @@ void Loads::loadRecentRaw(const RecentStack& stack)
 
 PaletteList Loads::readPalettes(const QStringList& names)
 {
-    m_needs.hidden.makeCurrent();
+    m_needs.stage.makeCurrent();
     PaletteList palettes;
     for (const QString& name : names) {
         const QFileInfo info(name);
         PaletteFile file(name);
         if (file.read()) {
-            palettes.push_back(file.makePalette(&m_needs.paletteTables));
+            palettes.push_back(file.makePalette(&m_needs.stage.paletteTables()));
             palettes.back()->setPath(info.absolutePath());
             m_needs.mainForm.paletteLoaded(info.absoluteFilePath());
         } else if (!info.exists()) {
@@ -175,16 +189,43 @@ void Loads::loadSegmentation(const QString& fileName)
     showMessage(&m_needs.mainForm, QMessageBox::Information, "Segmentation", fileName + " loaded.");
 }
 
+/// How a stack shows itself when it comes, and a note where that is not as its voxels are.
+SceneModel::Edit Loads::firstLook(const ImageAttributes& stack)
+{
+    const bool isFirst = m_needs.stacks.count() == 0;
+    const bool fits = m_needs.settings.fitOnOpen;
+    const bool stretches =
+        m_needs.settings.stretchOnOpen && stack.hasWords() && stack.realBitDepth() < stack.bitDepth;
+    if (stretches)
+        m_needs.mainForm.showNote(MainForm::tr("Stretched: %1 of %2 bits used (Edit menu)")
+                                      .arg(stack.realBitDepth())
+                                      .arg(stack.bitDepth));
+    return [=](Scene& scene) {
+        if (isFirst)
+            freshView(scene);
+        if (fits)
+            fitView(scene);
+        if (stretches)
+            scene.view.autoBitDepth = true;
+    };
+}
+
 void Loads::handle(StackLoadedEvent& event)
 {
     logDebug("Made it to stack Loaded!!!");
+    LoadedStack& stack = event.stack;
     RecentStack recent;
-    recent.channels = event.array->channelCount();
-    recent.timePoints = event.array->timePointCount();
-    recent.files = std::move(event.filesToLoad);
-    recent.raw = event.raw;
-    m_needs.stacks.add(std::move(event.array), std::move(event.palettes));
-    m_needs.mainForm.addRecentStack(std::move(recent));
+    recent.channels = stack.array->channelCount();
+    recent.timePoints = stack.array->timePointCount();
+    recent.files = std::move(stack.files);
+    recent.raw = stack.raw;
+    const SceneModel::Edit look = firstLook(stack.array->stack());
+    m_needs.stacks.add(std::move(stack.array), std::move(stack.palettes), look);
+    m_needs.mainForm.addRecentStack(recent);
+    if (!stack.gaps.isEmpty())
+        showMessage(&m_needs.mainForm, QMessageBox::Warning, "File load error",
+                    MainForm::tr("Some of the stack is missing, and shown as black.\n") +
+                        stack.gaps.mid(0, kMostGaps).join('\n'));
 }
 
 void Loads::handle(const ProgressEvent& event)

@@ -14,8 +14,10 @@ void Preferences::use(const Settings& settings)
     m_settings = settings;
     m_model.edit(Change::Settings | Change::Look, [&](Scene& scene) {
         scene.settings.flashRate = settings.flashRate;
+        scene.settings.drawing = static_cast<Drawing>(settings.drawing);
         scene.settings.texLimit2D = settings.texLimit2D;
         scene.settings.texLimit3D = settings.texLimit3D;
+        scene.settings.moveAlongScreen = settings.moveAlongScreen;
         scene.watermark = settings.watermarkText;
     });
 }

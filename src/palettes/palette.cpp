@@ -373,8 +373,9 @@ std::array<int, 4> Palette::fileValues(int index) const
 
 void Palette::upload()
 {
+    m_drawnBytes = std::make_shared<const std::vector<std::uint8_t>>(rgbaBytes());
     if (m_tables != nullptr)
-        m_glHandle = m_tables->upload(m_glHandle, rgbaBytes());
+        m_glHandle = m_tables->upload(m_glHandle, *m_drawnBytes);
 }
 
 } // namespace tirn

@@ -162,8 +162,10 @@ public:
     std::vector<std::uint8_t> rgbaBytes() const;
     /// Red, green, blue and alpha at `index` as whole numbers in 0..255, the way files hold them.
     std::array<int, 4> fileValues(int index) const;
-    /// Puts the table on the card. Throws the GL error code as an int.
+    /// Makes the table the one that is drawn with, and puts it on the card. Throws the GL error code as an int.
     void upload();
+    /// What `rgbaBytes` gave at the last upload; null before the first one.
+    const std::shared_ptr<const std::vector<std::uint8_t>>& drawnBytes() const { return m_drawnBytes; }
 
 private:
     enum Component { Red, Green, Blue, Alpha, Hue, Saturation, Value, ComponentCount };
@@ -223,6 +225,7 @@ private:
     std::vector<HistoryEntry> m_undo;
     std::vector<HistoryEntry> m_redo;
     PaletteTables* m_tables;
+    std::shared_ptr<const std::vector<std::uint8_t>> m_drawnBytes;
 };
 
 } // namespace tirn

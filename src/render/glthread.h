@@ -102,7 +102,7 @@ public:
                                       const SliceWalk& walk);
     RenderListCache& lists() { return m_lists; }
     /// Deletes all display lists; with a context of their share group current.
-    void clearLists();
+    virtual void clearLists();
 
 protected:
     enum class Outcome { Drawn, NothingToDraw };
@@ -119,13 +119,17 @@ protected:
     virtual void unbindChannelTables();
     virtual void bindSlice(GLenum target, GLuint texture);
     virtual void finishFrame();
+    /// Whether the driver is to rest between frames that follow each other.
+    virtual bool restsBetweenFrames() const;
     virtual void drawNoStack(const FrameState& frame, QSize size);
     virtual void drawFullscreenStereo(const FrameState& frame, QSize size);
     virtual void drawFlatView(const FrameState& frame, Orientation orientation, GLuint list);
+    /// Whether the volume of a frame is drawn without display lists; what that needs is made.
+    virtual bool prepareWithoutLists(const FrameState& /*frame*/) { return false; }
+    virtual void drawVolume(const FrameState& frame, Orientation orientation, GLuint list);
     /// The whole of a frame when there is nothing but a message to show; false where volumes can be drawn.
     virtual bool drawMessageOnly(const FrameState& frame, QSize size);
 
-    void drawVolume(const FrameState& frame, Orientation orientation, GLuint list);
     void drawBoundingBox(const FrameState& frame);
     void drawBoxFront(const FrameState& frame);
     void drawCutBox(const FrameState& frame);

@@ -216,7 +216,8 @@ void GLThread::drawFrame(const FrameState& frame, QSize size)
     const auto builder = [&](Orientation orientation, const SliceWalk& walk) {
         return buildRenderList(frame, orientation, walk);
     };
-    m_lists.rebuild(frame, forceRebuild.exchange(false), builder);
+    if (!prepareWithoutLists(frame))
+        m_lists.rebuild(frame, forceRebuild.exchange(false), builder);
     if (frame.array != nullptr)
         m_textureTarget = frame.array->textureTarget();
     setupProjection(frame, size);

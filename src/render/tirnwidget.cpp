@@ -10,6 +10,7 @@
 
 #include "base/log.h"
 #include "gl/gltable.h"
+#include "gl/nativebackground.h"
 #include "render/renderthreads.h"
 #include "scene/keyframeview.h"
 #include "scene/sceneedits.h"
@@ -116,6 +117,12 @@ void TirnWidget::emitRotation()
     Q_EMIT rotationChanged(view.rotX, view.rotY, view.rotZ);
 }
 
+void TirnWidget::emitTranslation()
+{
+    const ViewState view = m_model.view();
+    Q_EMIT translationChanged(view.transX, view.transY, view.transZ);
+}
+
 void TirnWidget::rotate(double delta, int axis)
 {
     bool known = false;
@@ -149,8 +156,7 @@ void TirnWidget::translate(double delta, int axis)
         logWarning("Error: non-existant axis");
         return;
     }
-    const ViewState view = m_model.view();
-    Q_EMIT translationChanged(view.transX, view.transY, view.transZ);
+    emitTranslation();
 }
 
 void TirnWidget::scaleAxis(int axis, double value)
@@ -254,6 +260,7 @@ bool TirnWidget::event(QEvent* event)
 void TirnWidget::showEvent(QShowEvent* event)
 {
     m_surface.updateSize();
+    setNativeBackground(*this, Qt::black);
     QWidget::showEvent(event);
 }
 

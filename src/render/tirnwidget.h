@@ -110,6 +110,8 @@ private:
     void scaleAxis(int axis, double value);
     void emitScale();
     void emitRotation();
+    void emitTranslation();
+    void move(double x, double y, double z);
     void keepRatio();
 
     SceneModel& m_model;
@@ -119,6 +121,8 @@ private:
     std::unique_ptr<GLThread> m_renderThread;
     QMenu m_contextMenu;
     QPoint m_lastMouse;
+    /// When the mouse moved the volume last, on the clock of the window system, in milliseconds.
+    unsigned long m_lastMotion = 0;
     bool m_preserveWindowRatio = false;
     float m_windowRatioWidth = 0;
     float m_windowRatioHeight = 0;

@@ -19,6 +19,8 @@ constexpr double kWheelFactor = 1.05;
 constexpr double kKeyScaleStep = 0.01;
 /// Slower than this many pixels a frame, a released volume stays where it is.
 constexpr double kThrowThreshold = 2;
+/// Milliseconds after the last motion for which a released volume still counts as thrown.
+constexpr unsigned long kThrowDelay = 100;
 
 enum class CharacterAction {
     None,
@@ -124,11 +126,12 @@ void TirnWidget::mouseReleaseEvent(QMouseEvent* event)
     if (scene().batchMode)
         return;
     m_lastMouse = event->pos();
+    const bool moves = event->timestamp() - m_lastMotion <= kThrowDelay;
     bool thrown = false;
-    m_model.edit({}, [&thrown](Scene& scene) {
+    m_model.edit({}, [&](Scene& scene) {
         ViewState& view = scene.view;
         view.dragging = false;
-        thrown = std::hypot(view.spinX, view.spinY, view.spinZ) > kThrowThreshold;
+        thrown = moves && std::hypot(view.spinX, view.spinY, view.spinZ) > kThrowThreshold;
         if (!thrown)
             view.spinX = view.spinY = view.spinZ = 0;
     });
@@ -147,9 +150,9 @@ void TirnWidget::mouseMoveEvent(QMouseEvent* event)
     const double dy = static_cast<double>(moved.y()) / std::max(1, height());
     const bool shift = (event->modifiers() & Qt::ShiftModifier) != 0;
     const bool control = (event->modifiers() & Qt::ControlModifier) != 0;
+    m_lastMotion = event->timestamp();
     if (left && shift) {
-        translate(-dy, 1);
-        translate(dx, 0);
+        move(dx, -dy, 0);
     } else if (left && control) {
         scale(-dy, 1);
         scale(dx, 0);
@@ -161,7 +164,7 @@ void TirnWidget::mouseMoveEvent(QMouseEvent* event)
             scene.view.spinY = -moved.y();
         });
     } else if (shift) {
-        translate(dx + dy, 2);
+        move(0, 0, dx + dy);
     } else if (control) {
         scale(dx + dy, 2);
     } else {
@@ -169,6 +172,21 @@ void TirnWidget::mouseMoveEvent(QMouseEvent* event)
         m_model.edit({}, [moved](Scene& scene) { scene.view.spinZ = -moved.x() - moved.y(); });
     }
     m_lastMouse = event->pos();
+}
+
+/// Along the volume's axes, unless the user prefers the screen's.
+void TirnWidget::move(double x, double y, double z)
+{
+    m_model.edit(Change::Pose, [=](Scene& scene) {
+        if (scene.settings.moveAlongScreen) {
+            translateOnScreen(scene.view, x, y, z);
+            return;
+        }
+        scene.view.transX += x;
+        scene.view.transY += y;
+        scene.view.transZ += z;
+    });
+    emitTranslation();
 }
 
 void TirnWidget::wheelEvent(QWheelEvent* event)

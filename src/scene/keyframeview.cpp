@@ -33,7 +33,7 @@ void putOnScreen(const ShownFrame& shown, ViewState& view, VoxelArray* array)
     if (array == nullptr)
         return;
     const ShownStack& stack = *shown.stack;
-    array->scale = {stack.scale[0], stack.scale[1], stack.scale[2]};
+    array->scale = clampedScale({stack.scale[0], stack.scale[1], stack.scale[2]});
     array->cut = {stack.cutMin[0], stack.cutMax[0], stack.cutMin[1],
                   stack.cutMax[1], stack.cutMin[2], stack.cutMax[2]};
     array->setTimePoint(stack.timePoint);
@@ -73,7 +73,7 @@ KeyFrame keyFrameOf(const FrameState& frame)
 {
     ShownFrame shown = shownFrame(frame.view);
     if (frame.array != nullptr)
-        shown.stack = shownStack(*frame.array, frame.scale, frame.cut, frame.timePoint, frame.channels);
+        shown.stack = shownStack(*frame.array, frame.ownScale, frame.cut, frame.timePoint, frame.channels);
     KeyFrame keyFrame = keyFrameOf(shown);
     keyFrame.array = frame.arrayIndex;
     return keyFrame;

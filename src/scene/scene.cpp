@@ -12,6 +12,12 @@ unsigned paletteHandle(const Scene& scene, int palette)
     return index < scene.palettes.size() ? scene.palettes[index]->glHandle() : 0;
 }
 
+std::shared_ptr<const std::vector<std::uint8_t>> paletteBytes(const Scene& scene, int palette)
+{
+    const auto index = static_cast<std::size_t>(std::max(0, palette));
+    return index < scene.palettes.size() ? scene.palettes[index]->drawnBytes() : nullptr;
+}
+
 std::vector<unsigned> curveHandles(const ZCurve& curve, const StackGeometry& geometry)
 {
     std::vector<unsigned> handles;
@@ -35,6 +41,7 @@ FrameState takeFrameState(const Scene& scene)
     const std::scoped_lock lock(scene.mutex);
     frame.view = scene.view;
     frame.rotation = rotationMatrix(scene.view.rotX, scene.view.rotY, scene.view.rotZ);
+    frame.drawing = scene.settings.drawing;
     frame.batchMode = scene.batchMode;
     frame.recording = scene.recording;
     frame.watermark = scene.watermark;
@@ -44,7 +51,8 @@ FrameState takeFrameState(const Scene& scene)
     if (frame.array == nullptr)
         return frame;
     frame.arrayIndex = scene.currentIndex;
-    frame.scale = frame.array->scale;
+    frame.ownScale = frame.array->scale;
+    frame.scale = frame.ownScale * frame.view.zoom;
     frame.cut = frame.array->cut;
     frame.voxelRevision = frame.array->voxelRevision();
     frame.timePoint = frame.array->timePoint();
@@ -54,6 +62,11 @@ FrameState takeFrameState(const Scene& scene)
         frame.paletteHandles.push_back(paletteHandle(scene, channel.display.palette));
         if (frame.view.zCorrection)
             frame.curveHandles.push_back(curveHandles(channel.zCurve, frame.array->geometry()));
+        if (frame.drawing == Drawing::Card)
+            continue;
+        frame.paletteBytes.push_back(paletteBytes(scene, channel.display.palette));
+        if (frame.view.zCorrection)
+            frame.curves.push_back(curveTexels(*channel.zCurve.curve()));
     }
     return frame;
 }

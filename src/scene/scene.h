@@ -14,13 +14,23 @@
 
 namespace tirn {
 
+/// Who draws volumes, where the card has fragment programs. The numbers are those of the settings.
+enum class Drawing {
+    Automatic = 0, ///< the processor where the driver is software, the card otherwise
+    Card = 1,
+    Processor = 2,
+};
+
 /// What the settings prescribe for drawing.
 struct RenderSettings
 {
+    Drawing drawing = Drawing::Card;
     /// Milliseconds between changes of flashing channels.
     int flashRate = 300;
     int texLimit2D = 1024;
     int texLimit3D = 512;
+    /// Moving the volume with the mouse goes along the screen, not along the axes of the volume.
+    bool moveAlongScreen = false;
 };
 
 /// What there is to draw. A window's scene changes through its SceneModel alone; render threads read it.
@@ -69,6 +79,8 @@ struct FrameState
     /// Null when there is nothing to draw.
     VoxelArray* array = nullptr;
     int arrayIndex = -1;
+    /// Of the volume by itself, and with the zoom of the view: as it is drawn.
+    AxisScale ownScale;
     AxisScale scale;
     CutBox cut;
     /// Differs from what it was whenever voxels or textures changed.
@@ -79,6 +91,11 @@ struct FrameState
     std::vector<unsigned> paletteHandles;
     /// With depth correction: what each channel's curve is bound by, for each block along z.
     std::vector<std::vector<unsigned>> curveHandles;
+    /// What the processor draws with: each channel's table, null for a channel without a palette, and with
+    /// depth correction its curve.
+    Drawing drawing = Drawing::Card;
+    std::vector<std::shared_ptr<const std::vector<std::uint8_t>>> paletteBytes;
+    std::vector<std::vector<float>> curves;
     bool batchMode = false;
     bool recording = false;
     QString timeLabel;

@@ -4,49 +4,17 @@
 
 #include <QSettings>
 
+#include "session/rawlayouttext.h"
+
 namespace tirn {
 
 namespace {
-
-/// What can be typed in for a headerless file.
-constexpr qint64 kLargestSide = 65535;
 
 QString key(int stack, const char* what) { return QString::number(stack) + QLatin1String(what); }
 
 QString nameKey(int stack, int element) { return key(stack, "name") + QString::number(element); }
 
 int notNegative(const QVariant& value) { return std::max(0, value.toInt()); }
-
-/// Offset, size, depth and byte order, as numbers in a row.
-QStringList rawNumbers(const RawLayout& raw)
-{
-    QStringList numbers = {QString::number(raw.headerOffset)};
-    for (const int number : {raw.x, raw.y, raw.z, raw.bitDepth, raw.swapBytes ? 1 : 0})
-        numbers.append(QString::number(number));
-    return numbers;
-}
-
-/// Nothing for what is no layout.
-std::optional<RawLayout> rawOf(const QStringList& texts)
-{
-    std::vector<qint64> numbers;
-    for (const QString& text : texts) {
-        bool ok = false;
-        numbers.push_back(text.toLongLong(&ok));
-        if (!ok)
-            return std::nullopt;
-    }
-    const auto isSide = [](qint64 number) { return number >= 1 && number <= kLargestSide; };
-    if (numbers.size() != 6 || numbers[0] < 0 || !std::all_of(&numbers[1], &numbers[4], isSide) ||
-        (numbers[4] != 8 && numbers[4] != 16))
-        return std::nullopt;
-    return RawLayout{numbers[0],
-                     static_cast<int>(numbers[1]),
-                     static_cast<int>(numbers[2]),
-                     static_cast<int>(numbers[3]),
-                     static_cast<int>(numbers[4]),
-                     numbers[5] != 0};
-}
 
 void writeStack(const RecentStack& stack, int number, QSettings& store)
 {
@@ -71,7 +39,7 @@ void writeStack(const RecentStack& stack, int number, QSettings& store)
         store.remove(missing);
     const QString raw = key(number, "raw");
     if (stack.raw)
-        store.setValue(raw, rawNumbers(*stack.raw));
+        store.setValue(raw, rawLayoutTexts(*stack.raw));
     else
         store.remove(raw);
 }
@@ -88,7 +56,7 @@ RecentStack readStack(const QSettings& store, int number)
     stack.channels = notNegative(store.value(key(number, "channels")));
     stack.timePoints = notNegative(store.value(key(number, "timepoints")));
     stack.missing = notNegative(store.value(key(number, "missing")));
-    stack.raw = rawOf(store.value(key(number, "raw")).toStringList());
+    stack.raw = rawLayoutOf(store.value(key(number, "raw")).toStringList());
     return stack;
 }
 
@@ -102,7 +70,7 @@ QString RecentStack::text() const
     return names.join(' ');
 }
 
-void RecentLists::addPalette(const QString& name)
+void RecentLists::insertPalette(const QString& name)
 {
     m_palettes.removeAll(name);
     m_palettes.prepend(name);
@@ -110,16 +78,35 @@ void RecentLists::addPalette(const QString& name)
         m_palettes.removeLast();
 }
 
-void RecentLists::addStack(RecentStack stack)
+void RecentLists::insertStack(const RecentStack& stack)
 {
     std::erase_if(m_stacks, [text = stack.text()](const RecentStack& each) { return each.text() == text; });
-    m_stacks.insert(m_stacks.begin(), std::move(stack));
+    m_stacks.insert(m_stacks.begin(), stack);
     if (m_stacks.size() > kMost)
         m_stacks.resize(kMost);
 }
 
-void RecentLists::write(QSettings& store) const
+void RecentLists::addPalette(const QString& name)
 {
+    insertPalette(name);
+    m_newPalettes.append(name);
+}
+
+void RecentLists::addStack(const RecentStack& stack)
+{
+    insertStack(stack);
+    m_newStacks.push_back(stack);
+}
+
+void RecentLists::write(QSettings& store)
+{
+    store.sync();
+    RecentLists lists = read(store);
+    for (const QString& name : m_newPalettes)
+        lists.insertPalette(name);
+    for (const RecentStack& stack : m_newStacks)
+        lists.insertStack(stack);
+    *this = std::move(lists);
     store.beginGroup("RecentPalettes");
     for (int i = 0; i < m_palettes.size(); ++i)
         store.setValue(QString::number(i), m_palettes[i]);
@@ -138,14 +125,14 @@ RecentLists RecentLists::read(QSettings& store)
     for (int i = kMost - 1; i >= 0; --i) {
         const QString name = store.value(QString::number(i)).toString();
         if (!name.isEmpty())
-            lists.addPalette(name);
+            lists.insertPalette(name);
     }
     store.endGroup();
     store.beginGroup("RecentStacks");
     for (int i = kMost - 1; i >= 0; --i) {
-        RecentStack stack = readStack(store, i);
+        const RecentStack stack = readStack(store, i);
         if (!stack.files.empty())
-            lists.addStack(std::move(stack));
+            lists.insertStack(stack);
     }
     store.endGroup();
     return lists;

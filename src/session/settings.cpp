@@ -19,6 +19,17 @@ int positive(const QVariant& value, int fallback)
     return ok && number > 0 ? number : fallback;
 }
 
+/// Answers to yes or no that stand as such in a store.
+struct Switch
+{
+    const char* key;
+    bool Settings::*value;
+};
+
+constexpr Switch kSwitches[] = {{"FitOnOpen", &Settings::fitOnOpen},
+                                {"StretchOnOpen", &Settings::stretchOnOpen},
+                                {"MoveAlongScreen", &Settings::moveAlongScreen}};
+
 } // namespace
 
 int usableTextureLimit(int limit, int largest)
@@ -39,6 +50,8 @@ QStringList choiceTexts(SettingsChoice choice)
         return {"2D Texmaps", "3D Texmaps"};
     case SettingsChoice::UsePBuffers:
         return {"Yes", "No"};
+    case SettingsChoice::Drawing:
+        return {"Automatic", "Graphics card", "Processor"};
     }
     return {};
 }
@@ -59,8 +72,11 @@ void writePreferences(const Settings& settings, QSettings& store)
     store.setValue("Default4DEncode", text(SettingsChoice::Encode, settings.defaultTimeSeriesEncode));
     store.setValue("FlashRate", settings.flashRate);
     store.setValue("UsePBuffers", text(SettingsChoice::UsePBuffers, settings.usePBuffers ? 0 : 1));
+    store.setValue("Drawing", text(SettingsChoice::Drawing, settings.drawing));
     store.setValue("2DTexDimLimit", settings.texLimit2D);
     store.setValue("3DTexDimLimit", settings.texLimit3D);
+    for (const Switch& each : kSwitches)
+        store.setValue(each.key, settings.*each.value);
     store.endGroup();
 }
 
@@ -84,11 +100,15 @@ Settings readSettings(QSettings& store, const TextureSides& card)
     const QVariant buffers =
         store.contains("UsePBuffers") ? store.value("UsePBuffers") : store.value("usePBuffers", "Yes");
     settings.usePBuffers = buffers.toString() == "Yes";
+    settings.drawing = static_cast<int>(std::max<qsizetype>(
+        0, choiceTexts(SettingsChoice::Drawing).indexOf(store.value("Drawing").toString())));
     const int limit2D = positive(store.value("2DTexDimLimit"), settings.texLimit2D);
     const int limit3D = positive(store.value("3DTexDimLimit"), settings.texLimit3D);
     settings.texLimit2D = usableTextureLimit(limit2D, card.in2D);
     settings.texLimit3D =
         limit3D >= kNoTextureBlocking ? kNoTextureBlocking : usableTextureLimit(limit3D, card.in3D);
+    for (const Switch& each : kSwitches)
+        settings.*each.value = store.value(each.key, settings.*each.value).toBool();
     store.endGroup();
     return settings;
 }

@@ -24,9 +24,16 @@ struct Settings
     /// Milliseconds between changes of flashing channels.
     int flashRate = 300;
     bool usePBuffers = true;
+    /// Who draws volumes: 0 the processor where the driver is software, 1 the graphics card, 2 the processor.
+    int drawing = 0;
     /// Longest side of a texture piece.
     int texLimit2D = 1024;
     int texLimit3D = 512;
+    /// What is opened fills the window, and is stretched to the bits that it uses.
+    bool fitOnOpen = true;
+    bool stretchOnOpen = true;
+    /// Moving a volume with the mouse goes along the screen, not along the axes of the volume.
+    bool moveAlongScreen = false;
 
     bool operator==(const Settings&) const = default;
 };
@@ -35,7 +42,7 @@ struct Settings
 constexpr int kNoTextureBlocking = 100000;
 
 /// The settings that stand as texts in a store and in lists; their numbers are positions in the lists.
-enum class SettingsChoice { PaletteGeneration, Blending, Encode, UsePBuffers };
+enum class SettingsChoice { PaletteGeneration, Blending, Encode, UsePBuffers, Drawing };
 QStringList choiceTexts(SettingsChoice choice);
 
 /// Writes what the preferences hold; the directories of stacks and palettes are none of it. An empty folder

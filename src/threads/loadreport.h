@@ -8,7 +8,7 @@
 #include <QString>
 #include <QStringList>
 
-#include "formats/raw/rawlayout.h"
+#include "image/rawlayout.h"
 #include "palettes/palettelist.h"
 #include "volume/voxelarray.h"
 
@@ -24,6 +24,8 @@ struct LoadedStack
     PaletteList palettes;
     /// How headerless files were read.
     std::optional<RawLayout> raw;
+    /// What the files did not hold, although they could be read.
+    QStringList gaps;
 };
 
 /// What a load reports, on the thread that loads.

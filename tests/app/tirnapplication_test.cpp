@@ -8,6 +8,7 @@
 #include <QTest>
 #include <QTimer>
 
+#include "support/tifffile.h"
 #include "uisupport/apptest.h"
 
 namespace tirn::test {
@@ -43,19 +44,13 @@ TEST_F(Application, StartsWithAWindowOf512PixelsThatMayShrink)
     EXPECT_EQ(label("tex"), QString("none"));
 }
 
-TEST_F(Application, InputFieldsTakeTheColourOfTheirWindowWhateverTheTheme)
+TEST_F(Application, InputFieldsLookAlike)
 {
-    const QPalette before = QApplication::palette();
-    QPalette dark = before;
-    dark.setColor(QPalette::Window, QColor(40, 42, 44));
-    dark.setColor(QPalette::Base, QColor(20, 20, 20));
-    QApplication::setPalette(dark);
-    settle();
-    EXPECT_EQ(QApplication::palette("QSpinBox").color(QPalette::Base), QColor(40, 42, 44));
-    EXPECT_EQ(QApplication::palette("QComboBox").color(QPalette::Base), QColor(40, 42, 44));
-    QApplication::setPalette(before);
-    settle();
-    EXPECT_EQ(QApplication::palette("QSpinBox").color(QPalette::Base), before.color(QPalette::Window));
+    for (const char* field : {"QSpinBox", "QComboBox", "tirn::FileChooser"}) {
+        EXPECT_EQ(QApplication::palette(field).color(QPalette::Base),
+                  QApplication::palette("QLineEdit").color(QPalette::Base))
+            << field << " would look disabled beside a line edit";
+    }
 }
 
 TEST_F(Application, TheSoftwareDriverIsTheSecondFragmentProgramKind)
@@ -140,6 +135,25 @@ TEST_F(Application, MissingPalettesAreMadeGrey)
     ASSERT_EQ(app().scene().palettes.size(), 2U);
     EXPECT_EQ(app().palette(1)->red()[200], 200);
     EXPECT_EQ(app().palette(2), nullptr);
+}
+
+TEST_F(Application, AllFilesThatAreGoneStandInOneBox)
+{
+    load({path("a.pic"), path("b.pic")});
+    EXPECT_EQ(takeBox(),
+              "File does not exist: Cannot find " + path("a.pic") + "\nCannot find " + path("b.pic"));
+    EXPECT_EQ(takeBox(), "");
+}
+
+TEST_F(Application, AStackWithGapsIsShownAndToldOf)
+{
+    TiffFile tiff{std::vector<TiffPage>(3, TiffPage{.x = 16, .y = 12})};
+    // Two bytes are all that a strip holds.
+    tiff.pages[1].fields = {{279, 4, {2}, {}}};
+    load({tiff.save(path("a.tif"))});
+    EXPECT_EQ(app().arrayCount(), 1);
+    EXPECT_EQ(takeBox(), "File load error: Some of the stack is missing, and shown as black.\n"
+                         "a.tif: file ends early: 2 of 3 layers");
 }
 
 TEST_F(Application, TheScaleFollowsTheVoxelSizes)
@@ -351,6 +365,9 @@ TEST_F(Application, AReencodedStackIsDrawnAnew)
 
 TEST_F(Application, StretchToUsedBitsRebuildsTheProgram)
 {
+    QSettings(QSettings::IniFormat, QSettings::UserScope, "Tirn", "Tirn2")
+        .setValue("Paths/StretchOnOpen", false);
+    restart();
     load({QString(TIRN_TEST_DATA) + "/golgi_16bit.pic"});
     EXPECT_TRUE(log.contains("Compile shader for 16 bit data"));
     app().mainForm().action("stretchToUsedBitsAction")->trigger();

@@ -10,6 +10,8 @@
 #include <unistd.h>
 
 #include "base/log.h"
+#include "gl/nativebackground.h"
+#include "image/stackfacts.h"
 #include "ui/main/mainactions.h"
 #include "ui/messages.h"
 
@@ -77,7 +79,13 @@ void MainForm::follow(Changes changes)
         check("stretchToUsedBitsAction", scene.view.autoBitDepth);
         check("showSegmentationAction", drawnSurface(scene.segmentations) != nullptr);
     }
-    if (changes & (Change::Stacks | Change::Voxels)) {
+    if (changes & (Change::Stacks | Change::Voxels | Change::Scale)) {
+        const VoxelArray* array = scene.current();
+        setWindowTitle(array != nullptr ? array->name() + " - Tirn" : QString("Tirn"));
+        m_facts->setText(array == nullptr
+                             ? QString()
+                             : stackFacts(array->stack(), array->channelCount(), array->timePointCount()));
+        m_facts->setToolTip(m_facts->text());
         updateTextureStatus();
         updateMemoryStatus();
     }
@@ -98,14 +106,23 @@ void MainForm::followUndo()
         QAction* entry = action(name);
         connect(&m_services.model.undoStack(), can, entry, &QAction::setEnabled);
         connect(&m_services.model.undoStack(), text, entry,
-                [entry, verb, none = entry->toolTip()](const QString& what) {
+                [entry, verb, name = entry->text(), none = entry->toolTip()](const QString& what) {
+                    entry->setText(what.isEmpty() ? name : name + ' ' + QString(what).replace('&', "&&"));
                     entry->setToolTip(what.isEmpty() ? none : verb + what);
                 });
     };
+    // Some of what was done is undone by long work, which may have to wait.
+    const auto mayUndo = [this, &undo](int index) { return !m_undoGate || m_undoGate(undo.command(index)); };
     connectOne("editUndoAction", &QUndoStack::canUndoChanged, &QUndoStack::undoTextChanged, tr("Undo: "));
     connectOne("editRedoAction", &QUndoStack::canRedoChanged, &QUndoStack::redoTextChanged, tr("Redo: "));
-    connect(action("editUndoAction"), &QAction::triggered, &undo, &QUndoStack::undo);
-    connect(action("editRedoAction"), &QAction::triggered, &undo, &QUndoStack::redo);
+    connect(action("editUndoAction"), &QAction::triggered, &undo, [&undo, mayUndo] {
+        if (mayUndo(undo.index() - 1))
+            undo.undo();
+    });
+    connect(action("editRedoAction"), &QAction::triggered, &undo, [&undo, mayUndo] {
+        if (mayUndo(undo.index()))
+            undo.redo();
+    });
 }
 
 void MainForm::buildMenus()
@@ -135,6 +152,11 @@ void MainForm::buildMenus()
 
 void MainForm::buildStatusBar()
 {
+    m_facts = new QLabel(this);
+    m_facts->setObjectName("facts");
+    // A long line gives way to the picture.
+    m_facts->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    statusBar()->addWidget(m_facts, 1);
     const auto label = [this](const char* name, const QString& text, int width) {
         auto* made = new QLabel(text, this);
         made->setObjectName(name);
@@ -183,11 +205,13 @@ void MainForm::readRecentLists()
     buildRecentMenus();
 }
 
-void MainForm::addRecentStack(RecentStack stack)
+void MainForm::addRecentStack(const RecentStack& stack)
 {
     if (stack.files.empty())
         return;
-    m_recent.addStack(std::move(stack));
+    m_recent.addStack(stack);
+    // At once, for other programs that run, and for one that ends before its time.
+    m_recent.write(m_services.store);
     buildRecentMenus();
 }
 
@@ -237,6 +261,12 @@ void MainForm::checkForUpdates()
     // No network is asked: the text is the whole answer.
     showMessage(this, QMessageBox::Information, tr("Checking for new version"),
                 tr("This build is older than 4AM, of course you need to update."));
+}
+
+void MainForm::showEvent(QShowEvent* event)
+{
+    QMainWindow::showEvent(event);
+    setNativeBackground(*this, palette().color(QPalette::Window));
 }
 
 void MainForm::changeEvent(QEvent* event)

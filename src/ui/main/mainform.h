@@ -43,6 +43,8 @@ public:
     QAction* action(const QString& name) const;
     /// What is done before the window closes, first of all; false keeps it open.
     void setCloseHandler(std::function<bool()> handler) { m_closeHandler = std::move(handler); }
+    /// Asked before a command of the undo stack is undone or done again; false leaves it.
+    void setUndoGate(std::function<bool(const QUndoCommand*)> gate) { m_undoGate = std::move(gate); }
     /// The widget whose window state decides whether anything is drawn.
     void setMinimisedHandler(std::function<void(bool minimised)> handler)
     {
@@ -54,7 +56,7 @@ public:
     /// Takes the lists of what was opened last from the store.
     void readRecentLists();
     /// Puts a loaded stack on top of the list.
-    void addRecentStack(RecentStack stack);
+    void addRecentStack(const RecentStack& stack);
 
 public Q_SLOTS:
     /// GL_FUNC_ADD or GL_MAX.
@@ -82,6 +84,7 @@ Q_SIGNALS:
     void closing();
 
 protected:
+    void showEvent(QShowEvent* event) override;
     void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -103,11 +106,13 @@ private:
     MainFormServices m_services;
     RecentLists m_recent;
     ProbeQuestion m_dropped;
+    QLabel* m_facts;
     QLabel* m_blending;
     QLabel* m_zCorrection;
     QLabel* m_texture;
     QLabel* m_memory;
     std::function<bool()> m_closeHandler;
+    std::function<bool(const QUndoCommand*)> m_undoGate;
     std::function<void(bool)> m_minimisedHandler;
 };
 

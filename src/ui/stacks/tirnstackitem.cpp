@@ -19,6 +19,7 @@
 #include "base/log.h"
 #include "scene/paletteedits.h"
 #include "ui/stacks/managertexts.h"
+#include "ui/widgets/inkedicon.h"
 
 namespace tirn {
 
@@ -157,7 +158,8 @@ QToolButton* TirnStackItem::playerButton(const char* name, int icon, const char*
 {
     auto* button = new QToolButton(m_time);
     button->setObjectName(name);
-    button->setIcon(style()->standardIcon(static_cast<QStyle::StandardPixmap>(icon)));
+    const QIcon shape = style()->standardIcon(static_cast<QStyle::StandardPixmap>(icon));
+    button->setIcon(inkedIcon(shape, palette()));
     button->setToolTip(tr(toolTip));
     button->setAccessibleName(tr(toolTip));
     button->setFocusPolicy(Qt::StrongFocus);

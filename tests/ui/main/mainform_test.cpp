@@ -93,7 +93,7 @@ TEST_F(MainWindow, HasTheMenusInOrder)
     QStringList bar;
     for (const QAction* each : form().menuBar()->actions())
         bar.append(each->text());
-    EXPECT_EQ(bar, QStringList({"&File", "&Edit", "&Window", "&Help"}));
+    EXPECT_EQ(bar, QStringList({"&File", "&Edit", "&View", "&Window", "&Help"}));
     EXPECT_EQ(entries("&File"),
               QStringList({"Load", "Save", "Close", "Export", "-", "Print...", "-", "E&xit"}));
     EXPECT_EQ(entries("&File/Load"),
