@@ -70,6 +70,7 @@ TirnApplication::~TirnApplication()
     }
     m_jobs.reset();
     m_forms.reset();
+    m_windows.reset();
     m_mainForm.reset();
     m_currentWidget = nullptr;
     logDebug("cleaned up after app");
@@ -104,7 +105,8 @@ bool TirnApplication::initializeGl()
     connectWidgets();
     placeMainForm();
     m_mainForm->show();
-    m_currentWidget->setMinimumSize(kLeastWidgetSide, kLeastWidgetSide);
+    for (TirnWidget* widget : m_windows->widgets())
+        widget->setMinimumSize(kLeastWidgetSide, kLeastWidgetSide);
     m_currentWidget->setFocus();
     m_currentWidget->requestFrame();
     m_card.hasPBuffer = m_glInfo->hasPBuffer();
@@ -130,9 +132,8 @@ void TirnApplication::createWidgets()
     logDebug(m_regularWidget->surface().isSharing() ? "yay sharing working" : "Boo no sharing");
     logDebug("Paletted textures %s", m_card.hasPalettedTexture ? "supported" : "not supported");
     logDebug("ARB non power of 2 textures %s", m_glInfo->hasNonPowerOfTwo() ? "supported" : "not supported");
-    m_widgetStack->addWidget(m_regularWidget);
-    if (m_stereoWidget != m_regularWidget)
-        m_widgetStack->addWidget(m_stereoWidget);
+    m_windows = std::make_unique<RenderWindows>(m_model, *m_widgetStack, *m_regularWidget, *m_stereoWidget,
+                                                m_currentWidget);
     m_currentWidget->setMinimumSize(kFirstWindowSide, kFirstWindowSide);
     m_mainForm->setCentralWidget(m_widgetStack);
 }
@@ -172,22 +173,17 @@ void TirnApplication::createServices()
     };
     m_forms = std::make_unique<FormTable>(*m_mainForm,
                                           FormServices{m_model, *m_loads, m_stacks, *m_jobs, *m_pictures,
-                                                       m_probes, settings, m_card, keep, form});
+                                                       *m_windows, m_probes, settings, m_card, keep, form});
 }
 
 void TirnApplication::connectWidgets()
 {
-    TirnWidget* widget = m_currentWidget;
     MainForm* form = m_mainForm.get();
     connect(form, &MainForm::loadRecentPalette, m_loads.get(), &Loads::loadPalettes);
     connect(form, &MainForm::loadRecentRaw, m_loads.get(), &Loads::loadRecentRaw);
     connect(form, &MainForm::savePalette, this,
             [this](Palette* palette) { savePalette(*palette, m_preferences.settings(), m_mainForm.get()); });
     connect(form, &MainForm::loadSession, this, &TirnApplication::loadSession);
-    connect(widget, &TirnWidget::scaleChanged, this, &TirnApplication::scaleChanged);
-    connect(widget, &TirnWidget::arrayRequested, &m_stacks, &StackList::setCurrent);
-    connect(widget, &TirnWidget::helpRequested, this, qOverload<const QString&>(&TirnApplication::help));
-    connect(widget, &TirnWidget::quitRequested, form, &MainForm::close);
     form->setCloseHandler([this] {
         m_currentWidget->stopAndWait();
         return m_jobs->mayClose();
@@ -201,7 +197,13 @@ void TirnApplication::connectWidgets()
     const MenuTargets targets{*form,   m_model,     m_stacks, *m_loads,
                               *m_jobs, *m_pictures, *m_forms, [this](const QString& page) { help(page); }};
     connectActions(targets);
-    fillContextMenu(widget->contextMenu(), targets);
+    for (TirnWidget* widget : m_windows->widgets()) {
+        connect(widget, &TirnWidget::scaleChanged, this, &TirnApplication::scaleChanged);
+        connect(widget, &TirnWidget::arrayRequested, &m_stacks, &StackList::setCurrent);
+        connect(widget, &TirnWidget::helpRequested, this, qOverload<const QString&>(&TirnApplication::help));
+        connect(widget, &TirnWidget::quitRequested, form, &MainForm::close);
+        fillContextMenu(widget->contextMenu(), targets);
+    }
 }
 
 void TirnApplication::placeMainForm()
@@ -225,6 +227,8 @@ void TirnApplication::createForms()
 void TirnApplication::start()
 {
     m_preferences.read({m_card.maxTexture2D, m_card.maxTexture3D});
+    // A bar of round length is what users expect of a window.
+    m_model.edit(Change::Look, [](Scene& scene) { scene.view.roundScaleBar = true; });
     if (m_preferences.settings().blending == 1)
         m_currentWidget->setBlendMode(GL_MAX);
     PaletteList favorites;

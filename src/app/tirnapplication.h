@@ -11,6 +11,7 @@
 #include "app/pictures.h"
 #include "app/preferences.h"
 #include "app/rendereventposter.h"
+#include "app/renderwindows.h"
 #include "app/stacklist.h"
 #include "gl/gltables.h"
 #include "render/tirnwidget.h"
@@ -48,6 +49,7 @@ public:
     Loads& loads() { return *m_loads; }
     Jobs& jobs() { return *m_jobs; }
     Pictures& pictures() { return *m_pictures; }
+    RenderWindows& windows() { return *m_windows; }
     GlInfo& glInfo() { return *m_glInfo; }
     const GlCapabilities& card() const { return m_card; }
     Shaders& shaders() { return *m_shaders; }
@@ -116,6 +118,7 @@ private:
     QPointer<TirnWidget> m_stereoWidget;
     QPointer<TirnWidget> m_currentWidget;
     QPointer<QStackedWidget> m_widgetStack;
+    std::unique_ptr<RenderWindows> m_windows;
     HelpPages m_help;
     std::unique_ptr<Loads> m_loads;
     std::unique_ptr<Jobs> m_jobs;

@@ -39,6 +39,12 @@ void setAxisScale(VoxelArray& array, int axis, double value)
     setScale(array, scale);
 }
 
+void setRenderMode(ViewState& view, RenderMode mode)
+{
+    view.renderMode = mode;
+    view.ortho = projectionOf(mode);
+}
+
 void setCurrentStack(Scene& scene, int index)
 {
     scene.currentIndex = index;
@@ -52,7 +58,7 @@ void resetView(Scene& scene)
     view.rotX = view.rotY = view.rotZ = 0;
     view.transX = view.transY = view.transZ = 0;
     if (VoxelArray* array = scene.current())
-        array->scale = {};
+        array->scale = array->baseScale;
 }
 
 } // namespace tirn

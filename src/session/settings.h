@@ -27,6 +27,8 @@ struct Settings
     /// Longest side of a texture piece.
     int texLimit2D = 1024;
     int texLimit3D = 512;
+    /// How the numbers of a rotation act: 0 as steps about the screen's axes, 1 as the three angles.
+    int rotationMode = 1;
 
     bool operator==(const Settings&) const = default;
 };

@@ -8,6 +8,7 @@
 #include "ui/open/stackopenform.h"
 #include "ui/preferences/preferencesform.h"
 #include "ui/stacks/managerform.h"
+#include "ui/view/viewform.h"
 
 namespace tirn {
 
@@ -145,7 +146,8 @@ constexpr FormRow kForms[] = {
      .place = 7,
      .menuText = "View",
      .contextText = "View",
-     .session = "viewform"},
+     .session = "viewform",
+     .make = make<ViewForm>},
     {.id = FormId::ZScale,
      .name = "ZScale",
      .failureName = "ZScale",

@@ -5,6 +5,7 @@
 
 #include "glsupport/renderrig.h"
 #include "render/picturemaker.h"
+#include "scene/scalebar.h"
 #include "support/picturecompare.h"
 
 namespace tirn::test {
@@ -58,6 +59,8 @@ struct RulerCase
     int axis;
     std::array<int, 3> size;
     std::array<double, 3> voxel;
+    /// The largest round length in microns that a bar of 0.4 units, 12.8 voxels, has room for.
+    double roundLength;
 };
 
 class ScaleBars : public ::testing::TestWithParam<RulerCase>
@@ -132,14 +135,21 @@ TEST_P(ScaleBars, AreAsLongAsTheySay)
     const double microns = (high - low) * ruler.voxel[axis];
     const ScaleBarLabel label = scaleBarLabel(0.4, array.geometry().maxPow(), ruler.voxel[0], array.scale.x);
     ASSERT_TRUE(label.known);
-    EXPECT_NEAR(label.length / barPixels(picture), microns / pixels, 0.03 * microns / pixels);
+    // To a pixel: that many pixels are as many microns as the label says.
+    EXPECT_NEAR(label.length * pixels / microns, barPixels(picture), 1);
+    rig.scene.view.roundScaleBar = true;
+    const QImage round = PictureMaker(rig.thread()).draw({{kSide, kSide}});
+    const double length = ruler.roundLength;
+    EXPECT_NEAR(length * pixels / microns, barPixels(round), 1);
+    EXPECT_EQ(scaleBarOf(rig.scene.view, array.geometry().maxPow(), ruler.voxel[0], array.scale.x).label.text,
+              lengthText(length));
 }
 
 INSTANTIATE_TEST_SUITE_P(Axes, ScaleBars,
-                         ::testing::Values(RulerCase{"XIsWidest", 0, {64, 32, 16}, {0.5, 0.5, 0.5}},
-                                           RulerCase{"YIsWidest", 1, {16, 64, 32}, {0.25, 0.25, 0.5}},
-                                           RulerCase{"ZIsWidest", 2, {16, 32, 64}, {0.1, 0.1, 0.1}},
-                                           RulerCase{"FlatVoxels", 1, {64, 64, 8}, {0.2, 0.4, 1.0}}),
+                         ::testing::Values(RulerCase{"XIsWidest", 0, {64, 32, 16}, {0.5, 0.5, 0.5}, 5},
+                                           RulerCase{"YIsWidest", 1, {16, 64, 32}, {0.25, 0.25, 0.5}, 5},
+                                           RulerCase{"ZIsWidest", 2, {16, 32, 64}, {0.1, 0.1, 0.1}, 1},
+                                           RulerCase{"FlatVoxels", 1, {64, 64, 8}, {0.2, 0.4, 1.0}, 10}),
                          [](const auto& tested) { return std::string(tested.param.name); });
 
 } // namespace

@@ -27,8 +27,17 @@ OpenFormTest::OpenFormTest() { card.hasTexture3D = true; }
 
 FormServices OpenFormTest::services()
 {
-    return {app().model(), *this,    app().stacks(), app().jobs(), app().pictures(),
-            probes,        settings, card,           {},           {}};
+    return {app().model(),
+            *this,
+            app().stacks(),
+            app().jobs(),
+            app().pictures(),
+            app().windows(),
+            probes,
+            settings,
+            card,
+            {},
+            {}};
 }
 
 void OpenFormTest::waitForProbes()
