@@ -8,6 +8,7 @@
 #include "ui/open/stackopenform.h"
 #include "ui/preferences/preferencesform.h"
 #include "ui/stacks/managerform.h"
+#include "ui/view/rendererform.h"
 #include "ui/view/viewform.h"
 
 namespace tirn {
@@ -112,7 +113,8 @@ constexpr FormRow kForms[] = {
      .place = 3,
      .menuText = "Renderer",
      .contextText = "Render Options",
-     .session = "rendererform"},
+     .session = "rendererform",
+     .make = make<RendererForm>},
     {.id = FormId::Sadistics,
      .name = "Statistics",
      .failureName = "Statistics",

@@ -532,7 +532,18 @@ protected:
     {
         if (form().findChild<ScaleBarForm*>() == nullptr)
             click("btnScaleBar");
-        return *form().findChild<ScaleBarForm*>();
+        auto& shown = *form().findChild<ScaleBarForm*>();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&shown));
+        shown.activateWindow();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return shown.isActiveWindow(); }));
+        return shown;
+    }
+    /// Enter would be the answer to the whole form.
+    void typeSize(const QString& text)
+    {
+        auto& field = part<FloatSpinBox>("fspnSize");
+        write(field, text);
+        QTest::keyClick(&field, Qt::Key_Tab);
     }
     template <class Widget>
     Widget& part(const char* name)
@@ -583,7 +594,7 @@ TEST_F(ScaleBarProperties, AreShownWhileTheyAreChosenAndTakenBackAsOne)
     EXPECT_TRUE(view().showScaleBar);
     part<QAbstractButton>("rdUR").click();
     EXPECT_EQ(view().scaleBarLocation, ScaleBarLocation::TopRight);
-    enter(part<FloatSpinBox>("fspnSize"), "0.85");
+    typeSize("0.85");
     EXPECT_EQ(view().scaleBarSize, 0.85);
     EXPECT_EQ(bar().getSize(), 0.85);
     const int before = steps();
@@ -604,19 +615,27 @@ TEST_F(ScaleBarProperties, CancelAndClosingRestoreWhatWasThere)
     for (const bool closes : {false, true}) {
         part<QAbstractButton>("rdUL").click();
         part<QAbstractButton>("chkRound").click();
-        enter(part<FloatSpinBox>("fspnSize"), "1.7");
+        typeSize("1.7");
         // What is changed elsewhere meanwhile stays.
         changeView([closes](ViewState& state) { state.showBoundingBox = closes; });
         if (closes)
-            bar().close();
+            EXPECT_TRUE(bar().close());
         else
             pressButton("Cancel");
         ViewState expected = before;
         expected.showBoundingBox = closes;
-        EXPECT_TRUE(view() == expected) << closes << view().scaleBarSize << view().roundScaleBar
-                                        << view().showScaleBar << static_cast<int>(view().scaleBarLocation);
+        EXPECT_TRUE(view() == expected) << closes;
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
+}
+
+TEST_F(ScaleBarProperties, EnterInAFieldIsOk)
+{
+    enter(part<FloatSpinBox>("fspnSize"), "0.5");
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(form().findChild<ScaleBarForm*>(), nullptr);
+    EXPECT_EQ(view().scaleBarSize, 0.5);
+    EXPECT_TRUE(view().showScaleBar);
 }
 
 TEST_F(ScaleBarProperties, TheColourDialogHasTheTitleOfTheBackground)
@@ -639,7 +658,7 @@ TEST_F(ScaleBarProperties, TheColourDialogHasTheTitleOfTheBackground)
 TEST_F(ScaleBarProperties, SizesOutOfRangeChangeNothing)
 {
     for (const char* text : {"0.04", "1.71", "9", "-1", ""}) {
-        enter(part<FloatSpinBox>("fspnSize"), text);
+        typeSize(text);
         EXPECT_GE(view().scaleBarSize, 0.05) << text;
         EXPECT_LE(view().scaleBarSize, 1.7) << text;
     }
