@@ -2,12 +2,14 @@
 
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QInputDialog>
 
 #include "base/log.h"
 #include "formats/names/filefilters.h"
 #include "palettes/palettefile.h"
 #include "ui/messages.h"
 #include "ui/open/stackopenform.h"
+#include "volume/meshfit.h"
 
 namespace tirn {
 
@@ -166,6 +168,8 @@ void Loads::loadSegmentation(const QString& fileName)
         showMessage(&m_needs.mainForm, QMessageBox::Warning, "Load Error", "Failed to load " + fileName);
         return;
     }
+    if (!fitSegmentation(*mesh))
+        return;
     logDebug("Segmentation %s loaded.", qPrintable(fileName));
     m_needs.model.editLists(Change::Look, [&](Scene& scene) {
         // One surface is drawn: the newest.
@@ -173,6 +177,28 @@ void Loads::loadSegmentation(const QString& fileName)
         scene.segmentations.push_back(std::move(mesh));
     });
     showMessage(&m_needs.mainForm, QMessageBox::Information, "Segmentation", fileName + " loaded.");
+}
+
+/// Asks how a surface lies in the current volume; false when the user leaves it. Without a volume its
+/// coordinates are drawing units.
+bool Loads::fitSegmentation(Segmentation& mesh)
+{
+    const VoxelArray* array = m_needs.model.scene().current();
+    if (array == nullptr)
+        return true;
+    const std::optional<std::array<double, 3>> voxelSize = drawnVoxelSize(array->stack(), array->sliceStep);
+    QStringList fits = {"volume", "voxels"};
+    if (voxelSize)
+        fits.append("microns");
+    bool chosen = false;
+    const QString fit = QInputDialog::getItem(&m_needs.mainForm, "Load Segmentation",
+                                              "Fit the surface to the stack's", fits, 0, false, &chosen);
+    if (!chosen)
+        return false;
+    constexpr MeshFit kFits[] = {MeshFit::Volume, MeshFit::Voxels, MeshFit::Microns};
+    fitMesh(mesh, kFits[fits.indexOf(fit)], array->geometry(),
+            voxelSize.value_or(std::array<double, 3>{1, 1, 1}));
+    return true;
 }
 
 void Loads::handle(StackLoadedEvent& event)

@@ -8,6 +8,8 @@
 #include "ui/open/stackopenform.h"
 #include "ui/preferences/preferencesform.h"
 #include "ui/stacks/managerform.h"
+#include "ui/view/analyzethisform.h"
+#include "ui/view/lightingform.h"
 #include "ui/view/rendererform.h"
 #include "ui/view/viewform.h"
 
@@ -47,7 +49,8 @@ constexpr FormRow kForms[] = {
      .failureName = "Analyze This",
      .kind = FormKind::Dialog,
      .action = "helpVideo_Card_CapabilitiesAction",
-     .contextText = "Video card capabilities"},
+     .contextText = "Video card capabilities",
+     .make = make<AnalyzeThisForm>},
     {.id = FormId::CorrectionMatrix,
      .name = "Matrix",
      .failureName = "Correction Matrix",
@@ -162,7 +165,8 @@ constexpr FormRow kForms[] = {
      .failureName = "Lighting",
      .action = "windowLightingAction",
      .place = 15,
-     .menuText = "Lighting"},
+     .menuText = "Lighting",
+     .make = make<LightingForm>},
     {.id = FormId::MaskEditor,
      .name = "MaskEdit",
      .failureName = "About",
