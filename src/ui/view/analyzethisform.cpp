@@ -13,8 +13,8 @@ namespace tirn {
 
 namespace {
 
-constexpr int kColumns = 70;
-constexpr int kLines = 20;
+constexpr int kColumns = 64;
+constexpr int kLines = 16;
 
 } // namespace
 
@@ -36,7 +36,7 @@ AnalyzeThisForm::AnalyzeThisForm(const FormServices& services, QWidget* parent)
     layout->addWidget(m_text);
     layout->addWidget(buttons);
     const QFontMetrics metrics = m_text->fontMetrics();
-    resize(kColumns * metrics.averageCharWidth(), kLines * metrics.lineSpacing());
+    m_text->setMinimumSize(kColumns * metrics.averageCharWidth(), kLines * metrics.lineSpacing());
 }
 
 void AnalyzeThisForm::refresh(Changes /*changes*/) { analyze(); }

@@ -1,5 +1,7 @@
 #include "ui/view/lightingform.h"
 
+#include <algorithm>
+
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QLabel>
@@ -77,6 +79,18 @@ LightingForm::LightingForm(const FormServices& services, QWidget* parent)
     layout->addWidget(buildLight());
     layout->addWidget(buildMaterial());
     layout->addStretch(1);
+    alignColumns();
+}
+
+/// Numbers below each other stand in boxes of one width.
+void LightingForm::alignColumns()
+{
+    int widest = 0;
+    const QList<FloatSpinBox*> boxes = findChildren<FloatSpinBox*>();
+    for (const FloatSpinBox* each : boxes)
+        widest = std::max(widest, each->sizeHint().width());
+    for (FloatSpinBox* each : boxes)
+        each->setMinimumWidth(widest);
 }
 
 FloatSpinBox* LightingForm::box(const QString& name, double least, double most, void (LightingForm::*slot)())

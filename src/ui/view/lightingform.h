@@ -50,6 +50,7 @@ private:
 
     QWidget* buildLight();
     QWidget* buildMaterial();
+    void alignColumns();
     FloatSpinBox* box(const QString& name, double least, double most, void (LightingForm::*slot)());
     template <class Record>
     void addColour(QGridLayout* grid, const QString& text, const QString& name,
