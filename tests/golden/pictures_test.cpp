@@ -87,19 +87,37 @@ protected:
             line.push_back(qGreen(down ? picture.pixel(kSide / 2, i) : picture.pixel(i, kSide / 2)));
         return line;
     }
-    /// The columns of the longest red run.
-    static int barPixels(const QImage& picture)
+    static bool isBar(const QImage& picture, int x, int y)
     {
-        int longest = 0;
-        for (int y = 0; y < kSide; ++y) {
-            int run = 0;
-            for (int x = 0; x < kSide; ++x) {
-                const QRgb pixel = picture.pixel(x, y);
-                run = qRed(pixel) > 200 && qGreen(pixel) < 40 ? run + 1 : 0;
-                longest = std::max(longest, run);
-            }
-        }
-        return longest;
+        const QRgb pixel = picture.pixel(x, y);
+        return qRed(pixel) > 200 && qGreen(pixel) < 40;
+    }
+    /// How far the middles of the bar's two ticks are apart, measured where they stand above its lowest row.
+    static double barPixels(const QImage& picture)
+    {
+        int lowest = kSide - 1;
+        const auto reaches = [&](int y) {
+            int count = 0;
+            for (int x = 0; x < kSide; ++x)
+                count += isBar(picture, x, y);
+            return count;
+        };
+        while (lowest > 0 && reaches(lowest) < kSide / 20)
+            --lowest;
+        const int row = lowest - 6;
+        int left = 0;
+        int right = kSide - 1;
+        while (left < kSide && !isBar(picture, left, row))
+            ++left;
+        while (right > 0 && !isBar(picture, right, row))
+            --right;
+        int leftEnd = left;
+        int rightBegin = right;
+        while (isBar(picture, leftEnd + 1, row))
+            ++leftEnd;
+        while (isBar(picture, rightBegin - 1, row))
+            --rightBegin;
+        return (rightBegin + right - left - leftEnd) / 2.0;
     }
 };
 

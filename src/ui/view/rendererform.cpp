@@ -65,6 +65,8 @@ RendererForm::RendererForm(const FormServices& services, QWidget* parent)
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(rows);
     layout->addStretch(1);
+    // Rows that come later only make it longer: at its side may stand the menu.
+    setMinimumWidth(sizeHint().width());
     showStereoRows(false);
 }
 

@@ -119,9 +119,11 @@ TEST_F(Renderer, ShowsWhatStereoNeedsOnlyForAnaglyphs)
     };
     EXPECT_EQ(shown(), 4);
     const int height = form().frame()->height();
+    const int width = form().frame()->width();
     pick("cboRenderMode", 1);
     EXPECT_EQ(shown(), 4 + 6);
     EXPECT_GT(form().frame()->height(), height);
+    EXPECT_EQ(form().frame()->width(), width);
     EXPECT_GE(form().height(), form().sizeHint().height());
     pick("cboRenderMode", 0);
     EXPECT_EQ(shown(), 4);
