@@ -40,7 +40,7 @@ void RenderWindows::whenResized(QObject* context, std::function<void(int width, 
 
 void RenderWindows::follow(Changes changes)
 {
-    if (!(changes & Change::Look))
+    if (!(changes & Change::Look) || m_current == nullptr)
         return;
     TirnWidget& wanted = needsStereoWindow(m_model.view().renderMode) ? m_stereo : m_regular;
     if (&wanted != m_current)

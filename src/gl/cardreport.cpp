@@ -55,6 +55,7 @@ QString requirementsReport(const GlCapabilities& card)
     report += line("Fragment programs and multitexture, or shared paletted textures, to draw volumes",
                    programs || palettes);
     report += line("Fragment programs, for 12 and 16 bits", card.hasFragmentProgram);
+    report += line("Maximum blending, for maximum intensity", card.hasMaximumBlending);
     report += line("3D textures, for 3D texture maps and depth correction", card.hasTexture3D);
     report += line("Framebuffer objects, for pictures larger than the window", card.hasPBuffer);
     report +=

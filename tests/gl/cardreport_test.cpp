@@ -9,6 +9,7 @@ GlCapabilities fullCard()
 {
     GlCapabilities card;
     card.hasFragmentProgram = card.hasMultitexture = card.hasTexture3D = card.hasPBuffer = true;
+    card.hasMaximumBlending = true;
     card.maxTexture2D = 8192;
     card.maxTexture3D = 2048;
     card.renderer = "some driver";
@@ -70,8 +71,8 @@ TEST(RequirementsReport, SaysWhatIsThereAndWhatIsNot)
     const QString full = requirementsReport(fullCard());
     EXPECT_TRUE(full.contains("some driver"));
     EXPECT_TRUE(full.contains("8192 (2D) and 2048 (3D)"));
-    EXPECT_EQ(full.count(": yes\n"), 4);
-    EXPECT_EQ(requirementsReport({}).count(": no\n"), 4);
+    EXPECT_EQ(full.count(": yes\n"), 5);
+    EXPECT_EQ(requirementsReport({}).count(": no\n"), 5);
     GlCapabilities paletted;
     paletted.hasPalettedTexture = true;
     EXPECT_EQ(requirementsReport(paletted).count(": yes\n"), 0) << "without shared palettes";

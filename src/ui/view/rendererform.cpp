@@ -32,6 +32,14 @@ QStringList filterNames()
     return items;
 }
 
+/// Keys and wheel pass over an item that would only be refused.
+void disable(const QComboBox& list, int item, const QString& reason)
+{
+    QStandardItem* refused = qobject_cast<QStandardItemModel*>(list.model())->item(item);
+    refused->setEnabled(false);
+    refused->setToolTip(reason);
+}
+
 } // namespace
 
 RendererForm::RendererForm(const FormServices& services, QWidget* parent)
@@ -51,7 +59,12 @@ RendererForm::RendererForm(const FormServices& services, QWidget* parent)
     connect(m_eyeSeparation, &FloatSpinBox::doubleValueChanged, this, &RendererForm::eyeSeparationChanged);
     connect(m_eyeSeparation, &FloatSpinBox::editingFinished, this,
             [this] { m_gesture = this->services().model.newGesture(); });
-    disableRefused();
+    for (int i = 0; i < m_renderMode->count(); ++i) {
+        if (refuses(static_cast<RenderMode>(i)))
+            disable(*m_renderMode, i, tr("Needs a display with a picture for each eye."));
+    }
+    if (!services.card.hasMaximumBlending)
+        disable(*m_mode, 1, tr("Needs a video card that can blend by the maximum."));
     auto* rows = new QFormLayout;
     rows->addRow(tr("Mode"), m_renderMode);
     rows->addRow(tr("Blending"), m_mode);
@@ -95,21 +108,13 @@ void RendererForm::changeMode(GLint mode)
 
 void RendererForm::modeChanged(int index)
 {
+    if (index == 1 && !services().card.hasMaximumBlending) {
+        refresh(Change::Look);
+        return;
+    }
     m_gesture = services().model.newGesture();
     changeView(tr("blending"),
                [index](ViewState& view) { view.blendMode = index == 1 ? GL_MAX : GL_FUNC_ADD; });
-}
-
-/// Keys and wheel pass over what would only be refused.
-void RendererForm::disableRefused()
-{
-    auto* items = qobject_cast<QStandardItemModel*>(m_renderMode->model());
-    for (int i = 0; i < items->rowCount(); ++i) {
-        if (refuses(static_cast<RenderMode>(i))) {
-            items->item(i)->setEnabled(false);
-            items->item(i)->setToolTip(tr("Needs a display with a picture for each eye."));
-        }
-    }
 }
 
 bool RendererForm::refuses(RenderMode mode) const

@@ -35,7 +35,6 @@ protected:
 
 private:
     QComboBox* combo(const char* name, const QStringList& items, void (RendererForm::*slot)(int));
-    void disableRefused();
     bool refuses(RenderMode mode) const;
     void changeView(const QString& text, const std::function<void(ViewState&)>& change);
     void showStereoRows(bool shown);

@@ -12,9 +12,9 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 
+#include "base/log.h"
 #include "scene/rotation.h"
 #include "scene/sceneedits.h"
-#include "ui/messages.h"
 #include "ui/view/axisboxes.h"
 #include "ui/view/scalebarform.h"
 #include "ui/widgets/colourbutton.h"
@@ -313,7 +313,7 @@ void ViewForm::changeScaleBar()
         form->setAttribute(Qt::WA_DeleteOnClose);
         form->open();
     } catch (const std::bad_alloc&) {
-        showMessage(this, QMessageBox::Warning, "Scale Bar", "Could not allocate scale bar form");
+        logWarning("Could not allocate scale bar form");
     }
 }
 

@@ -38,19 +38,22 @@ protected:
         return m_stereoForm ? *m_stereoForm
                             : *static_cast<RendererForm*>(app().forms().create(FormId::Renderer, true));
     }
-    void useStereoWindow()
+    void useStereoWindow() { useForm(app().card()); }
+    /// A form of another card, with a window of two pictures.
+    void useForm(const GlCapabilities& card)
     {
-        m_stereoForm = std::make_unique<RendererForm>(FormServices{app().model(),
-                                                                   app().loads(),
-                                                                   app().stacks(),
-                                                                   app().jobs(),
-                                                                   app().pictures(),
-                                                                   m_window,
-                                                                   app().probes(),
-                                                                   m_settings,
-                                                                   app().card(),
-                                                                   {},
-                                                                   {}},
+        m_card = card;
+        m_stereoForm = std::make_unique<RendererForm>(FormServices{.model = app().model(),
+                                                                   .loads = app().loads(),
+                                                                   .stacks = app().stacks(),
+                                                                   .jobs = app().jobs(),
+                                                                   .pictures = app().pictures(),
+                                                                   .window = m_window,
+                                                                   .probes = app().probes(),
+                                                                   .settings = m_settings,
+                                                                   .card = m_card,
+                                                                   .storePreferences = {},
+                                                                   .form = {}},
                                                       nullptr);
         m_stereoForm->show();
     }
@@ -80,6 +83,7 @@ protected:
 
 private:
     FakeWindow m_window{true};
+    GlCapabilities m_card;
     Settings m_settings;
     std::unique_ptr<RendererForm> m_stereoForm;
     QDomDocument m_document;
@@ -193,6 +197,16 @@ TEST_F(Renderer, BlendingFollowsBothWays)
     form().changeMode(GL_MIN);
     EXPECT_TRUE(log.contains("In unknown mode.  HELP!"));
     EXPECT_EQ(combo("cboMode").currentIndex(), 1);
+}
+
+TEST_F(Renderer, ACardWithoutMaximumKeepsAlpha)
+{
+    useForm({});
+    combo("cboMode").setCurrentIndex(1);
+    EXPECT_EQ(combo("cboMode").currentIndex(), 0);
+    EXPECT_EQ(view().blendMode, GLenum{GL_FUNC_ADD});
+    EXPECT_EQ(combo("cboMode").itemData(1, Qt::ToolTipRole).toString(),
+              "Needs a video card that can blend by the maximum.");
 }
 
 TEST_F(Renderer, FilterEyesAndFocusGoToTheView)

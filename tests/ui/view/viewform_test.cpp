@@ -418,6 +418,23 @@ TEST_F(View, APlaneIsTurnedToTheViewer)
     EXPECT_EQ(plane.currentIndex(), -1) << "none of them faces the viewer";
 }
 
+TEST_F(View, TabGoesThroughTheFormAsItStands)
+{
+    load({picFile("a.pic")});
+    find<QCheckBox>("chkPreserveWindow").setFocus();
+    QStringList names;
+    for (int i = 0; i < 22; ++i) {
+        names.append(QApplication::focusWidget()->objectName());
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    }
+    EXPECT_EQ(
+        names.join(' ').toStdString(),
+        "chkPreserveWindow spnWidth spnHeight chkPreserveScale fspnScaleX fspnScaleY fspnScaleZ "
+        "btnResetScale fspnRotationX fspnRotationY fspnRotationZ btnResetRotation cboRotationMode "
+        "cboPlane fspnTranslationX fspnTranslationY fspnTranslationZ btnResetTranslation chkBoundingBox "
+        "btnBoundingBox chkScaleBar btnScaleBar");
+}
+
 TEST_F(View, TheWindowTakesTheSizeThatIsTyped)
 {
     form();
