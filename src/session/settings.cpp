@@ -61,8 +61,12 @@ void writePreferences(const Settings& settings, QSettings& store)
     store.setValue("UsePBuffers", text(SettingsChoice::UsePBuffers, settings.usePBuffers ? 0 : 1));
     store.setValue("2DTexDimLimit", settings.texLimit2D);
     store.setValue("3DTexDimLimit", settings.texLimit3D);
-    store.setValue("RotationMode", settings.rotationMode == 0 ? "Quaternion" : "Axis");
     store.endGroup();
+}
+
+void writeChoices(const Settings& settings, QSettings& store)
+{
+    store.setValue("View/RotationMode", settings.rotationMode == 0 ? "Quaternion" : "Axis");
 }
 
 Settings readSettings(QSettings& store, const TextureSides& card)
@@ -85,13 +89,13 @@ Settings readSettings(QSettings& store, const TextureSides& card)
     const QVariant buffers =
         store.contains("UsePBuffers") ? store.value("UsePBuffers") : store.value("usePBuffers", "Yes");
     settings.usePBuffers = buffers.toString() == "Yes";
-    settings.rotationMode = choice(store.value("RotationMode", "Axis").toString(), "Quaternion");
     const int limit2D = positive(store.value("2DTexDimLimit"), settings.texLimit2D);
     const int limit3D = positive(store.value("3DTexDimLimit"), settings.texLimit3D);
     settings.texLimit2D = usableTextureLimit(limit2D, card.in2D);
     settings.texLimit3D =
         limit3D >= kNoTextureBlocking ? kNoTextureBlocking : usableTextureLimit(limit3D, card.in3D);
     store.endGroup();
+    settings.rotationMode = choice(store.value("View/RotationMode", "Axis").toString(), "Quaternion");
     return settings;
 }
 

@@ -44,6 +44,9 @@ QStringList choiceTexts(SettingsChoice choice);
 /// of favourites removes its key.
 void writePreferences(const Settings& settings, QSettings& store);
 
+/// Writes what forms remember of what was chosen in them.
+void writeChoices(const Settings& settings, QSettings& store);
+
 /// The longest sides of textures that a card takes.
 struct TextureSides
 {

@@ -159,7 +159,8 @@ QWidget* ViewForm::buildRotation()
     m_rotationMode->addItems({tr("Quaternion"), tr("Axis")});
     m_rotationMode->setToolTip(tr("Quaternion: a step turns about the axes of the screen.\n"
                                   "Axis: the numbers are the three angles."));
-    connect(m_rotationMode, qOverload<int>(&QComboBox::activated), this, &ViewForm::chooseRotationMode);
+    connect(m_rotationMode, qOverload<int>(&QComboBox::activated), this,
+            [this](int mode) { services().settings.rotationMode = mode; });
     m_plane = new QComboBox(group);
     m_plane->setObjectName("cboPlane");
     m_plane->addItems({"XY", "YZ", "XZ"});
@@ -294,13 +295,6 @@ void ViewForm::translateAxis(int axis, double value)
     Vector3 place = placeIn(services().model.view());
     part(place, axis) = value;
     chooseTranslation(place);
-}
-
-void ViewForm::chooseRotationMode(int mode)
-{
-    Settings settings = services().settings;
-    settings.rotationMode = mode;
-    services().storePreferences(settings);
 }
 
 void ViewForm::chooseSize() { Q_EMIT changeWindowDimensions(m_width->value(), m_height->value()); }

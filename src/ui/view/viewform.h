@@ -65,7 +65,6 @@ private:
     void chooseTranslation(const Vector3& place);
     void rotateAxis(int axis, double value);
     void translateAxis(int axis, double value);
-    void chooseRotationMode(int mode);
     void chooseSize();
     void showPose(const ViewState& view);
     void showScale();
