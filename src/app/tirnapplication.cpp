@@ -69,7 +69,8 @@ bool TirnApplication::initializeGl()
     m_mainForm->adjustSize();
     m_mainForm->move(firstWindowPosition(primaryScreen()->size(), currentWidget()->minimumWidth()));
     m_mainForm->show();
-    currentWidget()->setMinimumSize(kLeastWidgetSide, kLeastWidgetSide);
+    for (TirnWidget* widget : windows().widgets())
+        widget->setMinimumSize(kLeastWidgetSide, kLeastWidgetSide);
     currentWidget()->setFocus();
     currentWidget()->requestFrame();
     createForms();
@@ -91,23 +92,19 @@ void TirnApplication::createServices()
             showMessage(m_mainForm.get(), QMessageBox::Warning, "Preferences", error);
     };
     m_forms = std::make_unique<FormTable>(
-        *m_mainForm, FormServices{m_model, *m_loads, m_stacks, m_stacks, *m_jobs, *m_pictures, m_probes,
-                                  settings, card(), keep, form, [this](const QString& page) { help(page); }});
+        *m_mainForm,
+        FormServices{m_model, *m_loads, m_stacks, m_stacks, *m_jobs, *m_pictures, windows(), m_probes, settings,
+                     card(), keep, form, [this](const QString& page) { help(page); }});
 }
 
 void TirnApplication::connectWidgets()
 {
-    TirnWidget* widget = currentWidget();
     MainForm* form = m_mainForm.get();
     connect(form, &MainForm::loadRecentPalette, m_loads.get(), &Loads::loadPalettes);
     connect(form, &MainForm::loadRecentRaw, m_loads.get(), &Loads::loadRecentRaw);
     connect(form, &MainForm::savePalette, this,
             [this](Palette* palette) { savePalette(*palette, m_preferences.settings(), m_mainForm.get()); });
     connect(form, &MainForm::loadSession, this, &TirnApplication::loadSession);
-    connect(widget, &TirnWidget::scaleChanged, this, &TirnApplication::scaleChanged);
-    connect(widget, &TirnWidget::arrayRequested, &m_stacks, &StackList::setCurrent);
-    connect(widget, &TirnWidget::helpRequested, this, qOverload<const QString&>(&TirnApplication::help));
-    connect(widget, &TirnWidget::quitRequested, form, &MainForm::close);
     form->setCloseHandler([this] {
         m_stage->stopDrawing();
         return m_jobs->mayClose();
@@ -129,7 +126,13 @@ void TirnApplication::connectWidgets()
                               m_preferences.settings(),
                               [this](const QString& page) { help(page); }};
     connectActions(targets);
-    fillContextMenu(widget->contextMenu(), targets);
+    for (TirnWidget* widget : windows().widgets()) {
+        connect(widget, &TirnWidget::scaleChanged, this, &TirnApplication::scaleChanged);
+        connect(widget, &TirnWidget::arrayRequested, &m_stacks, &StackList::setCurrent);
+        connect(widget, &TirnWidget::helpRequested, this, qOverload<const QString&>(&TirnApplication::help));
+        connect(widget, &TirnWidget::quitRequested, form, &MainForm::close);
+        fillContextMenu(widget->contextMenu(), targets);
+    }
 }
 
 void TirnApplication::createForms()
@@ -146,6 +149,8 @@ void TirnApplication::createForms()
 void TirnApplication::start()
 {
     m_preferences.read({card().maxTexture2D, card().maxTexture3D});
+    // A bar of round length is what users expect of a window.
+    m_model.edit(Change::Look, [](Scene& scene) { scene.view.roundScaleBar = true; });
     if (m_preferences.settings().blending == 1)
         currentWidget()->setBlendMode(GL_MAX);
     PaletteList favorites;

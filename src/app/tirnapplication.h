@@ -45,6 +45,7 @@ public:
     Loads& loads() { return *m_loads; }
     Jobs& jobs() { return *m_jobs; }
     Pictures& pictures() { return *m_pictures; }
+    RenderWindows& windows() { return m_stage->windows(); }
     const GlCapabilities& card() const { return m_stage->card(); }
     const Settings& preferences() { return m_preferences.settings(); }
     Probes& probes() { return m_probes; }

@@ -229,14 +229,4 @@ PartViewport partViewport(const SquareViewport& square, const PicturePart& part)
 /// The frame rate as text; a time of 0 has a text of its own.
 QString frameRateText(double seconds);
 
-/// Length and label of the scale bar, in microns; an unknown voxel size or a scale of 0 gives "unknown".
-/// `maxPow` is the longest padded side, which spans the picture.
-struct ScaleBarLabel
-{
-    double length = 0;
-    QString text;
-    bool known = false;
-};
-ScaleBarLabel scaleBarLabel(double barSize, int maxPow, double voxelSizeX, double scaleX);
-
 } // namespace tirn

@@ -175,11 +175,11 @@ void GLThread::setupProjection(const FrameState& frame, QSize size)
     gl().Viewport(viewport.pixels.x(), viewport.pixels.y(), viewport.pixels.width(),
                   viewport.pixels.height());
     gl().MatrixMode(GL_PROJECTION);
-    if (frame.view.renderMode == RenderMode::Normal || frame.view.renderMode == RenderMode::FourViews) {
+    if (!isStereo(frame.view.renderMode)) {
         setOrtho(widenedBounds(frame.view, frame.scale));
         return;
     }
-    const std::array<double, 16> perspective = perspectiveMatrix(60, 1, 0.1, 10000);
+    const std::array<double, 16> perspective = perspectiveMatrix(kStereoAngle, 1, kStereoNear, kStereoFar);
     if (viewport.whole) {
         gl().LoadMatrixd(perspective.data());
     } else {

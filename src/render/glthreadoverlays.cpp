@@ -5,6 +5,7 @@
 
 #include "gl/glstate.h"
 #include "render/glthread.h"
+#include "scene/scalebar.h"
 
 namespace tirn {
 
@@ -43,15 +44,6 @@ void boxEdges(const Vector3& low, const Vector3& high)
 QString frameRateText(double seconds)
 {
     return seconds > 0 ? QString::asprintf("%-6.1ffps", 1 / seconds) : QString("Ludicrous speed GO!");
-}
-
-ScaleBarLabel scaleBarLabel(double barSize, int maxPow, double voxelSizeX, double scaleX)
-{
-    if (!(voxelSizeX > 0) || scaleX == 0)
-        return {0, "unknown", false};
-    const double length = maxPow * (barSize / 2) * voxelSizeX / scaleX;
-    const bool whole = length - std::floor(length) < 0.1;
-    return {length, QString::asprintf(whole ? "%.0f" : "%.1f", length) + QStringLiteral(" \u00b5m"), true};
 }
 
 void GLThread::drawTextInWindow(const TextLine& line, int x, int y, QSize size)
@@ -173,17 +165,17 @@ void GLThread::drawScaleBar(const FrameState& frame, QSize size)
                        view.scaleBarLocation == ScaleBarLocation::BottomRight;
     const bool top = view.scaleBarLocation == ScaleBarLocation::TopLeft ||
                      view.scaleBarLocation == ScaleBarLocation::TopRight;
-    double x = right ? 0.9 - view.scaleBarSize : -0.8;
+    const ScaleBar bar =
+        scaleBarOf(view, frame.array->geometry().maxPow(), frame.array->stack().dimX, frame.scale.x);
+    double x = right ? 0.9 - bar.size : -0.8;
     double y = top ? 0.9 : -0.8;
     if (fourViews) {
         x *= 2;
         y *= 2;
     }
     const int points = fourViews ? 6 : 12;
-    const ScaleBarLabel label = scaleBarLabel(view.scaleBarSize, frame.array->geometry().maxPow(),
-                                              frame.array->stack().dimX, frame.scale.x);
-    if (!label.known) {
-        drawTextAt({label.text, points, true, view.scaleBarColor}, frame, x, y, size);
+    if (!bar.label.known) {
+        drawTextAt({bar.label.text, points, true, view.scaleBarColor}, frame, x, y, size);
         return;
     }
     setColor(view.scaleBarColor);
@@ -193,11 +185,11 @@ void GLThread::drawScaleBar(const FrameState& frame, QSize size)
         const PrimitiveScope strip(GL_LINE_STRIP);
         vertex(x, y + 0.02, z);
         vertex(x, y, z);
-        vertex(x + view.scaleBarSize, y, z);
-        vertex(x + view.scaleBarSize, y + 0.02, z);
+        vertex(x + bar.size, y, z);
+        vertex(x + bar.size, y + 0.02, z);
     }
     gl().LineWidth(1);
-    drawTextAt({label.text, points, true, view.scaleBarColor}, frame, x + 0.03, y + 0.01, size);
+    drawTextAt({bar.label.text, points, true, view.scaleBarColor}, frame, x + 0.03, y + 0.01, size);
 }
 
 void GLThread::drawBoundingBox(const FrameState& frame)

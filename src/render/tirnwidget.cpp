@@ -60,8 +60,8 @@ TirnWidget::~TirnWidget()
 
 void TirnWidget::requestFrame()
 {
-    // A window that is not on the screen gets its frame when it is exposed.
-    if (m_surface.isReady())
+    // A window that is not on the screen gets its frame when it is exposed; that it was hidden is known later.
+    if (isVisible() && m_surface.isReady())
         m_renderThread->requestFrame();
 }
 

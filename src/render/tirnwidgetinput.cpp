@@ -9,6 +9,7 @@
 
 #include "base/log.h"
 #include "render/tirnwidget.h"
+#include "scene/eyeroom.h"
 #include "scene/sceneedits.h"
 
 namespace tirn {
@@ -193,9 +194,11 @@ void TirnWidget::wheelEvent(QWheelEvent* event)
 {
     if (!acceptsInput())
         return;
-    const double factor = std::pow(kWheelFactor, event->angleDelta().y() / 120.0);
-    m_model.edit(Change::Scale, [factor](Scene& scene) {
+    const double asked = std::pow(kWheelFactor, event->angleDelta().y() / 120.0);
+    m_model.edit(Change::Scale, [asked](Scene& scene) {
         VoxelArray& array = *scene.current();
+        const double most = std::max(1.0, growthBeforeEyes(scene.view, array.scale, array.geometry()));
+        const double factor = std::min(asked, most);
         setScale(array, {array.scale.x * factor, array.scale.y * factor, array.scale.z * factor});
     });
     emitScale();

@@ -15,9 +15,6 @@ double fittedZoom(const ViewState& view, const AxisScale& scale, const StackGeom
 /// Puts the current volume in the middle, with that zoom.
 void fitView(Scene& scene);
 
-/// The pose of the start, and for the current volume the scale that loading gave.
-void freshView(Scene& scene);
-
 /// The faces of the box, in the order of their keys.
 enum class ViewSide { Front, Back, Left, Right, Top, Bottom };
 /// Turns that face to the viewer.

@@ -31,6 +31,11 @@ struct OrthoBounds
     bool operator==(const OrthoBounds&) const = default;
 };
 
+/// Whether a mode is drawn in perspective, for two eyes.
+bool isStereo(RenderMode mode);
+/// Whether a mode needs a window with a picture for each eye.
+bool needsStereoWindow(RenderMode mode);
+
 /// The bounds that a mode begins with: four views take four times the room.
 OrthoBounds projectionOf(RenderMode mode);
 
@@ -47,6 +52,8 @@ struct ViewState
     ScaleBarLocation scaleBarLocation = ScaleBarLocation::BottomLeft;
     /// Length of the bar, in projection units.
     double scaleBarSize = 0.3;
+    /// The bar is as much shorter as it takes to stand for a round number of microns.
+    bool roundScaleBar = false;
     QColor boxColor = Qt::blue;
     QColor backgroundColor = Qt::black;
     QColor scaleBarColor = Qt::red;

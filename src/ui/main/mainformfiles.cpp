@@ -111,6 +111,7 @@ void MainForm::writeSettings()
     if (!settings.palettePath.isEmpty())
         store.setValue("PalettePath", settings.palettePath);
     store.endGroup();
+    writeChoices(settings, store);
     m_recent.write(store);
     store.sync();
     if (store.status() != QSettings::NoError)
