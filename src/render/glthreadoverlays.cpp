@@ -5,6 +5,7 @@
 
 #include "gl/glstate.h"
 #include "render/glthread.h"
+#include "scene/cuthandles.h"
 
 namespace tirn {
 
@@ -100,6 +101,8 @@ void GLThread::drawOverlays(const FrameState& frame, QSize size)
         drawScaleBar(frame, size);
     if (frame.view.drawFileLabel)
         drawFileLabel(frame, size);
+    if (m_part.hasHandles && showsVolume(frame.view.renderMode))
+        drawCutHandles(frame, size);
     if (gl().BlendEquationEXT != nullptr)
         gl().BlendEquationEXT(frame.view.blendMode);
     enableTexturing();
@@ -174,6 +177,28 @@ void GLThread::drawScaleBar(const FrameState& frame, QSize size)
     drawTextAt({label.text, points, true, view.scaleBarColor}, frame, x + 0.03, y + 0.01, size);
 }
 
+/// Squares with a dark rim, so that they show on any picture; those behind are darker.
+void GLThread::drawCutHandles(const FrameState& frame, QSize size)
+{
+    const ViewProjection projection(frame.view, frame.scale, size);
+    const double pixel = 2.0 / squareViewport(size).side;
+    setOrtho({});
+    for (const CutHandle& handle : cutHandles(projection, frame.array->geometry(), frame.cut)) {
+        const Vector3 at = projection.normalised(handle.centre);
+        const auto square = [&](double half, const QColor& color) {
+            const double reach = half * m_part.overlayScale * pixel;
+            setColor(color);
+            const PrimitiveScope quad(GL_QUADS);
+            vertex(at.x - reach, at.y - reach, 0);
+            vertex(at.x + reach, at.y - reach, 0);
+            vertex(at.x + reach, at.y + reach, 0);
+            vertex(at.x - reach, at.y + reach, 0);
+        };
+        square(kHandleHalf, Qt::black);
+        square(kHandleHalf - 1, handle.isInFront ? frame.view.cutBoxColor : frame.view.cutBoxColor.darker());
+    }
+}
+
 void GLThread::drawBoundingBox(const FrameState& frame)
 {
     disableTexturing();
@@ -202,20 +227,11 @@ void GLThread::drawBoxFront(const FrameState& frame)
 
 void GLThread::drawCutBox(const FrameState& frame)
 {
-    const StackGeometry& g = frame.array->geometry();
-    const double m = g.maxPow();
-    // A resliced stack counts more slices over the same length.
-    const double zUnit = static_cast<double>(g.z) / g.finalDepth();
-    const CutBox& cut = frame.cut;
-    const int depth = g.finalDepth();
-    const Vector3 low = {(2 * cut.xMin - g.x) / m, (-2 - g.y + 2 * (g.y - cut.yMax)) / m,
-                         (-2 - depth + 2 * (depth - cut.zMax)) * zUnit / m};
-    const Vector3 high = {(g.x - 2 * (g.x - cut.xMax) + 2) / m, (g.y - 2 * cut.yMin) / m,
-                          (depth - 2 * cut.zMin) * zUnit / m};
+    const auto [x, y, z] = cutBoxEdges(frame.array->geometry(), frame.cut);
     disableTexturing();
     gl().LineWidth(1);
     setColor(frame.view.cutBoxColor);
-    boxEdges(low, high);
+    boxEdges({x[0], y[0], z[0]}, {x[1], y[1], z[1]});
     enableTexturing();
 }
 

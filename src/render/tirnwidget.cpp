@@ -26,7 +26,8 @@ constexpr int kRatioDelay = 60;
 
 TirnWidget::TirnWidget(const QString& name, const WidgetServices& services, bool stereo, QWidget* parent)
     : QWidget(parent), m_model(services.model), m_hidden(services.hidden),
-      m_surface(*this, services.hidden.context(), stereo), m_threadKind(chooseThreadKind(services.card))
+      m_surface(*this, services.hidden.context(), stereo), m_threadKind(chooseThreadKind(services.card)),
+      m_cutHandles(services.model)
 {
     setObjectName(name);
     setAttribute(Qt::WA_PaintOnScreen);
@@ -35,6 +36,7 @@ TirnWidget::TirnWidget(const QString& name, const WidgetServices& services, bool
     setAttribute(Qt::WA_DontCreateNativeAncestors);
     setAttribute(Qt::WA_NativeWindow);
     setFocusPolicy(Qt::WheelFocus);
+    setMouseTracking(true);
     m_surface.prepareWindow();
     if (gl().ActiveTextureARB == nullptr)
         logDebug("glActiveTextureARB screwed");
@@ -68,7 +70,7 @@ void TirnWidget::stopRendering() { m_renderThread->stop(); }
 
 void TirnWidget::stopAndWait()
 {
-    m_model.edit({}, [](Scene& scene) { scene.view.spinX = scene.view.spinY = scene.view.spinZ = 0; });
+    m_model.edit({}, [](Scene& scene) { stopSpin(scene.view); });
     m_renderThread->stopAndWait();
 }
 

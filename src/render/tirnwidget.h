@@ -8,6 +8,7 @@
 
 #include "gl/glcontext.h"
 #include "gl/glinfo.h"
+#include "render/cuthandletool.h"
 #include "render/glthread.h"
 #include "render/windowsurface.h"
 #include "scene/scenemodel.h"
@@ -81,6 +82,9 @@ Q_SIGNALS:
     void rotationChanged(double x, double y, double z);
     void translationChanged(double x, double y, double z);
     void timePointChanged();
+    /// The mouse is over this device pixel without a button, or has left.
+    void hovered(QPointF pixel);
+    void mouseLeft();
     /// What keys ask of the rest of the program.
     void arrayRequested(int index);
     void helpRequested(const QString& page);
@@ -97,11 +101,15 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
     bool acceptsInput() const;
+    QPointF devicePixel(QPoint at) const { return QPointF(at) * m_surface.pixelRatio(); }
+    void hover(QPoint at);
+    void dragVolume(QMouseEvent* event);
     const Scene& scene() const { return m_model.scene(); }
     bool handleKey(int key, bool shift);
     void handleCharacter(QChar character);
@@ -118,6 +126,7 @@ private:
     RenderThreadKind m_threadKind;
     std::unique_ptr<GLThread> m_renderThread;
     QMenu m_contextMenu;
+    CutHandleTool m_cutHandles;
     QPoint m_lastMouse;
     bool m_preserveWindowRatio = false;
     float m_windowRatioWidth = 0;

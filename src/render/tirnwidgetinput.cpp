@@ -107,10 +107,16 @@ bool TirnWidget::acceptsInput() const { return !scene().batchMode && scene().cur
 void TirnWidget::mousePressEvent(QMouseEvent* event)
 {
     raise();
+    const bool isLeft = event->button() == Qt::LeftButton && event->modifiers() == Qt::NoModifier;
+    if (isLeft && acceptsInput() &&
+        m_cutHandles.press(devicePixel(event->pos()), m_surface.size(), m_surface.pixelRatio())) {
+        m_model.edit({}, [](Scene& scene) { stopSpin(scene.view); });
+        return;
+    }
     const bool drags =
         !scene().batchMode && (event->button() == Qt::LeftButton || event->button() == Qt::MiddleButton);
     m_model.edit({}, [drags](Scene& scene) {
-        scene.view.spinX = scene.view.spinY = scene.view.spinZ = 0;
+        stopSpin(scene.view);
         scene.view.dragging = scene.view.dragging || drags;
     });
     if (drags)
@@ -124,19 +130,47 @@ void TirnWidget::mouseReleaseEvent(QMouseEvent* event)
     if (scene().batchMode)
         return;
     m_lastMouse = event->pos();
+    if (m_cutHandles.isDragging() && event->button() == Qt::LeftButton) {
+        m_cutHandles.release();
+        return;
+    }
     bool thrown = false;
     m_model.edit({}, [&thrown](Scene& scene) {
         ViewState& view = scene.view;
         view.dragging = false;
         thrown = std::hypot(view.spinX, view.spinY, view.spinZ) > kThrowThreshold;
         if (!thrown)
-            view.spinX = view.spinY = view.spinZ = 0;
+            stopSpin(view);
     });
     if (thrown)
         requestFrame();
 }
 
 void TirnWidget::mouseMoveEvent(QMouseEvent* event)
+{
+    if (m_cutHandles.isDragging())
+        m_cutHandles.move(devicePixel(event->pos()));
+    else if (event->buttons() == Qt::NoButton)
+        hover(event->pos());
+    else
+        dragVolume(event);
+}
+
+void TirnWidget::leaveEvent(QEvent* event)
+{
+    Q_EMIT mouseLeft();
+    QWidget::leaveEvent(event);
+}
+
+void TirnWidget::hover(QPoint at)
+{
+    const bool isOver = m_cutHandles.isOver(devicePixel(at), m_surface.size(), m_surface.pixelRatio());
+    if (isOver != (cursor().shape() == Qt::PointingHandCursor))
+        setCursor(isOver ? Qt::PointingHandCursor : Qt::ArrowCursor);
+    Q_EMIT hovered(devicePixel(at));
+}
+
+void TirnWidget::dragVolume(QMouseEvent* event)
 {
     const bool left = (event->buttons() & Qt::LeftButton) != 0;
     const bool middle = (event->buttons() & Qt::MiddleButton) != 0;

@@ -58,7 +58,7 @@ void setPose(ViewState& view, const Pose& pose)
     view.transZ = pose.transZ;
 }
 
-/// All of a view but its pose and what moves by itself.
+/// All of a view but its pose, what moves by itself, and what is there while something is done.
 void setLook(ViewState& view, const ViewState& look)
 {
     const ViewState before = view;
@@ -68,6 +68,8 @@ void setLook(ViewState& view, const ViewState& look)
     view.spinY = before.spinY;
     view.spinZ = before.spinZ;
     view.dragging = before.dragging;
+    view.drawCutBox = before.drawCutBox;
+    view.cutHandles = before.cutHandles;
     view.playing = before.playing;
     view.timeRate = before.timeRate;
 }

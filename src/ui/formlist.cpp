@@ -8,6 +8,7 @@
 #include "ui/open/stackopenform.h"
 #include "ui/preferences/preferencesform.h"
 #include "ui/stacks/managerform.h"
+#include "ui/view/cutplanesform.h"
 
 namespace tirn {
 
@@ -60,7 +61,8 @@ constexpr FormRow kForms[] = {
      .place = 8,
      .menuText = "Cut Planes",
      .contextText = "Cut Planes",
-     .session = "cutplanesform"},
+     .session = "cutplanesform",
+     .make = make<CutPlanesForm>},
     {.id = FormId::ImportStack,
      .name = "Import",
      .failureName = "Import Stack",

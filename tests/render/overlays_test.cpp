@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "glsupport/recordedrig.h"
+#include "render/picturemaker.h"
+#include "scene/cuthandles.h"
 
 namespace tirn {
 namespace {
@@ -342,6 +344,48 @@ TEST_F(DrawnOverlays, TheBoundingBoxIsBlue)
     EXPECT_GT(ink.pixels, 500);
     EXPECT_EQ(ink.blue, 255);
     EXPECT_EQ(ink.red + ink.green, 0);
+}
+
+TEST_F(DrawnOverlays, TheCutBoxHasAHandleOnEachFace)
+{
+    showNothing();
+    rig->scene.view.cutHandles.shown = true;
+    rig->scene.view.cutBoxColor = Qt::green;
+    rig->scene.view.rotX = 30;
+    rig->scene.view.rotY = 40;
+    const QImage picture = rig->draw();
+    const ViewProjection projection(rig->scene.view, {}, {kSide, kSide});
+    const VoxelArray& array = *rig->scene.current();
+    int inFront = 0;
+    for (const CutHandle& handle : cutHandles(projection, array.geometry(), array.cut)) {
+        const QPoint at = handle.seen.at.toPoint();
+        EXPECT_EQ(picture.pixelColor(at).green(), handle.isInFront ? 255 : 127);
+        EXPECT_EQ(inkIn(picture, QRect(at - QPoint(15, 15), QSize(31, 31))).pixels, 49);
+        inFront += handle.isInFront;
+    }
+    EXPECT_EQ(inFront, 3);
+    EXPECT_EQ(inkIn(picture).pixels, 6 * 49);
+    rig->scene.view.renderMode = RenderMode::Stereo;
+    EXPECT_EQ(inkIn(rig->draw(), kUpperLeft).green, 0);
+}
+
+TEST_F(DrawnOverlays, NoPictureHasHandles)
+{
+    showNothing();
+    rig->scene.view.cutHandles.shown = true;
+    rig->makeCurrent();
+    EXPECT_EQ(inkIn(PictureMaker(rig->thread()).draw({{kSide, kSide}})).pixels, 0);
+    EXPECT_GT(inkIn(rig->draw()).pixels, 0);
+}
+
+TEST_F(DrawnOverlays, AFrameThatIsGrabbedHasNoHandlesAndTheWindowHasThemAgain)
+{
+    showNothing();
+    rig->scene.view.cutHandles.shown = true;
+    EXPECT_EQ(inkIn(rig->thread().grabNextFrame()).pixels, 0);
+    rig->surface().waitForFrames(2);
+    rig->thread().stopAndWait();
+    EXPECT_GT(inkIn(rig->surface().image()).pixels, 0);
 }
 
 TEST_F(DrawnOverlays, AnAnaglyphFrameLeavesAllColoursToTheNext)
