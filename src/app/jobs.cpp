@@ -9,8 +9,7 @@
 
 namespace tirn {
 
-Jobs::Jobs(SceneModel& model, MainForm& mainForm, Settings& settings, QOpenGLContext& share, RenderLock& lock,
-           QObject& receiver)
+Jobs::Jobs(SceneModel& model, MainForm& mainForm, Settings& settings, WindowStage& stage, QObject& receiver)
     : m_model(model), m_mainForm(mainForm), m_settings(settings),
       m_filterProgress(new JobProgressForm("filterstuff", &mainForm)),
       m_saveProgress(new JobProgressForm("exportstuff", &mainForm))
@@ -22,7 +21,8 @@ Jobs::Jobs(SceneModel& model, MainForm& mainForm, Settings& settings, QOpenGLCon
     filters.finished = [&receiver](const JobResult& result) {
         QCoreApplication::postEvent(&receiver, new ReencodeDoneEvent(result.error));
     };
-    m_filterThread = std::make_unique<FilterThread>(share, lock, std::move(filters));
+    m_filterThread =
+        std::make_unique<FilterThread>(stage.hidden().context(), stage.renderLock(), std::move(filters));
     JobReport others;
     others.progress = [this](const QString& message, int done, int total) {
         QMetaObject::invokeMethod(
@@ -38,7 +38,7 @@ Jobs::Jobs(SceneModel& model, MainForm& mainForm, Settings& settings, QOpenGLCon
         };
         QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
     };
-    m_saveThread = std::make_unique<ExportThread>(std::move(others));
+    m_saveThread = std::make_unique<JobThread>(std::move(others));
     connect(m_filterProgress, &JobProgressForm::cancelled, this, [this] { m_filterThread->cancel(); });
     connect(m_saveProgress, &JobProgressForm::cancelled, this, [this] { m_saveThread->cancel(); });
 }

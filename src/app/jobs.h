@@ -5,7 +5,8 @@
 #include <QPointer>
 
 #include "app/events.h"
-#include "threads/exportthread.h"
+#include "app/windowstage.h"
+#include "threads/exportjob.h"
 #include "threads/filterthread.h"
 #include "ui/edits/jobprogressform.h"
 #include "ui/formservices.h"
@@ -21,8 +22,7 @@ class Jobs : public QObject, public JobService
 
 public:
     /// Reports of filters are posted to `receiver` as events.
-    Jobs(SceneModel& model, MainForm& mainForm, Settings& settings, QOpenGLContext& share, RenderLock& lock,
-         QObject& receiver);
+    Jobs(SceneModel& model, MainForm& mainForm, Settings& settings, WindowStage& stage, QObject& receiver);
     ~Jobs() override { finish(); }
 
     bool runJob(const QString& caption, const QString& text, Job job,
@@ -38,7 +38,7 @@ public:
     /// False, with the progress in front, while something is being written.
     bool mayClose();
     FilterThread& filterThread() { return *m_filterThread; }
-    ExportThread& saveThread() { return *m_saveThread; }
+    JobThread& saveThread() { return *m_saveThread; }
 
     /// False when the progress is none of a filter's.
     bool handle(const ImageProgressEvent& event);
@@ -56,7 +56,7 @@ private:
     /// Whom the job on the save thread belongs to.
     std::function<void(const JobResult&)> m_finished;
     std::unique_ptr<FilterThread> m_filterThread;
-    std::unique_ptr<ExportThread> m_saveThread;
+    std::unique_ptr<JobThread> m_saveThread;
 };
 
 } // namespace tirn

@@ -20,7 +20,7 @@ Loads::Loads(const LoadNeeds& needs, QObject& receiver) : m_needs(needs), m_name
     report.loaded = [&receiver](LoadedStack stack) {
         QCoreApplication::postEvent(&receiver, new StackLoadedEvent(std::move(stack)));
     };
-    m_fileThread = std::make_unique<FileThread>(needs.hidden.context(), std::move(report));
+    m_fileThread = std::make_unique<FileThread>(needs.stage.hidden().context(), std::move(report));
 }
 
 Loads::~Loads() { m_fileThread->stopAndWait(); }
@@ -28,7 +28,8 @@ Loads::~Loads() { m_fileThread->stopAndWait(); }
 VolumeOptions Loads::volumeOptions() const
 {
     const RenderSettings& limits = m_needs.model.scene().settings;
-    return {m_needs.kind, limits.texLimit2D, limits.texLimit3D, false, &m_needs.curveTextures};
+    return {m_needs.stage.threadKind(), limits.texLimit2D, limits.texLimit3D, false,
+            &m_needs.stage.curveTextures()};
 }
 
 bool Loads::startLoad(LoadDescription load)
@@ -38,7 +39,7 @@ bool Loads::startLoad(LoadDescription load)
     surroundings.defaultEncode = m_needs.settings.defaultEncode;
     surroundings.paletteCount = static_cast<int>(m_needs.model.scene().palettes.size());
     surroundings.paletteGeneration = static_cast<PaletteGeneration>(m_needs.settings.paletteGeneration);
-    surroundings.paletteTables = &m_needs.paletteTables;
+    surroundings.paletteTables = &m_needs.stage.paletteTables();
     return m_fileThread->startLoad(std::move(load), std::move(surroundings));
 }
 
@@ -66,7 +67,7 @@ void Loads::loadFromCommandLine(const QStringList& arguments)
 
 void Loads::loadSorted(const QStringList& arguments)
 {
-    m_needs.hidden.makeCurrent();
+    m_needs.stage.makeCurrent();
     const CommandLine line = parseCommandLine(
         arguments, [this](const QString& name) { return m_named.known({name}).type != ImageType::Unknown; });
     if (!line.session.isEmpty()) {
@@ -91,7 +92,7 @@ void Loads::loadNamed(const CommandLine& line)
     const auto before = static_cast<int>(m_needs.model.scene().palettes.size());
     PaletteList palettes = readPalettes(line.palettes);
     while (before + static_cast<int>(palettes.size()) < line.stacks.size())
-        palettes.push_back(std::make_unique<Palette>("", 8, &m_needs.paletteTables));
+        palettes.push_back(std::make_unique<Palette>("", 8, &m_needs.stage.paletteTables()));
     m_needs.stacks.addPalettes(std::move(palettes));
     if (line.stacks.isEmpty())
         return;
@@ -122,13 +123,13 @@ void Loads::loadRecentRaw(const RecentStack& stack)
 
 PaletteList Loads::readPalettes(const QStringList& names)
 {
-    m_needs.hidden.makeCurrent();
+    m_needs.stage.makeCurrent();
     PaletteList palettes;
     for (const QString& name : names) {
         const QFileInfo info(name);
         PaletteFile file(name);
         if (file.read()) {
-            palettes.push_back(file.makePalette(&m_needs.paletteTables));
+            palettes.push_back(file.makePalette(&m_needs.stage.paletteTables()));
             palettes.back()->setPath(info.absolutePath());
             m_needs.mainForm.paletteLoaded(info.absoluteFilePath());
         } else if (!info.exists()) {

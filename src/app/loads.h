@@ -8,7 +8,7 @@
 #include "app/commandline.h"
 #include "app/events.h"
 #include "app/stacklist.h"
-#include "gl/gltables.h"
+#include "app/windowstage.h"
 #include "threads/filethread.h"
 #include "threads/probes.h"
 #include "ui/main/mainform.h"
@@ -23,10 +23,7 @@ struct LoadNeeds
     MainForm& mainForm;
     Settings& settings;
     Probes& probes;
-    HiddenContext& hidden;
-    RenderThreadKind kind;
-    PaletteTables& paletteTables;
-    CurveTextures& curveTextures;
+    WindowStage& stage;
     std::function<ToolForm*(FormId, bool show)> form;
 };
 

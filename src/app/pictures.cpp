@@ -19,9 +19,9 @@ bool Pictures::capture(const PictureRequest& request, const Progress& progress)
     if (m_model.scene().current() == nullptr)
         return false;
     if (canDrawOffScreen()) {
-        m_widget->stopAndWait();
-        m_hidden.makeCurrent();
-        PictureMaker maker(m_widget->renderThread());
+        m_stage.currentWidget()->stopAndWait();
+        m_stage.makeCurrent();
+        PictureMaker maker(m_stage.currentWidget()->renderThread());
         m_image = maker.draw(request, progress);
         m_model.redraw();
         if (!m_image.isNull())
@@ -36,20 +36,20 @@ bool Pictures::capture(const PictureRequest& request, const Progress& progress)
 
 SnapshotSource Pictures::snapshotSource(QSize size, const Progress& progress)
 {
-    const QSize frame = canDrawOffScreen() ? size : m_widget->surface().size();
+    const QSize frame = canDrawOffScreen() ? size : m_stage.currentWidget()->surface().size();
     return {m_model.sharedScene(), frame,
             [this, frame, progress] {
                 capture({frame, snapshotOverlayScale(frame)}, progress);
                 return std::exchange(m_image, {});
             },
-            [this](double x, double y, double z) { m_widget->changeVoxelRotation(x, y, z); }};
+            [this](double x, double y, double z) { m_stage.currentWidget()->changeVoxelRotation(x, y, z); }};
 }
 
 QImage Pictures::grabWindow()
 {
-    if (m_model.scene().current() == nullptr || !m_widget->surface().isReady())
+    if (m_model.scene().current() == nullptr || !m_stage.currentWidget()->surface().isReady())
         return {};
-    return m_widget->renderThread().grabNextFrame();
+    return m_stage.currentWidget()->renderThread().grabNextFrame();
 }
 
 void Pictures::copyWindow()

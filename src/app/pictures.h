@@ -1,11 +1,8 @@
 #pragma once
 
-#include <QPointer>
-
-#include "gl/glinfo.h"
+#include "app/windowstage.h"
 #include "render/picturemaker.h"
 #include "render/snapshots.h"
-#include "render/tirnwidget.h"
 #include "session/settings.h"
 #include "ui/formservices.h"
 
@@ -15,16 +12,15 @@ namespace tirn {
 class Pictures : public PictureService
 {
 public:
-    /// All of it outlives this; the widget is the one in use.
-    Pictures(SceneModel& model, const QPointer<TirnWidget>& widget, HiddenContext& hidden,
-             const GlCapabilities& card, const Settings& settings)
-        : m_model(model), m_widget(widget), m_hidden(hidden), m_card(card), m_settings(settings)
+    /// All of it outlives this.
+    Pictures(SceneModel& model, WindowStage& stage, const Settings& settings)
+        : m_model(model), m_stage(stage), m_settings(settings)
     {}
 
     /// The picture that a capture filled and that a writer takes and resets.
     QImage& image() { return m_image; }
     /// Whether pictures are drawn outside of the window; otherwise they are what the window shows.
-    bool canDrawOffScreen() const { return m_card.hasPBuffer && m_settings.usePBuffers; }
+    bool canDrawOffScreen() const { return m_stage.card().hasPBuffer && m_settings.usePBuffers; }
     /// Takes a picture of the current volume; null when that is not possible or was cancelled.
     bool capture(const PictureRequest& request, const Progress& progress = {});
     /// For composites of pictures of this size; without off-screen drawing they have the window's.
@@ -43,9 +39,7 @@ public:
 
 private:
     SceneModel& m_model;
-    const QPointer<TirnWidget>& m_widget;
-    HiddenContext& m_hidden;
-    const GlCapabilities& m_card;
+    WindowStage& m_stage;
     const Settings& m_settings;
     QImage m_image;
 };

@@ -4,6 +4,7 @@
 
 #include <QScreen>
 
+#include "app/inputcolours.h"
 #include "app/menus.h"
 #include "base/log.h"
 #include "ui/formplaces.h"
@@ -16,7 +17,6 @@ namespace tirn {
 
 namespace {
 
-constexpr int kFirstWindowSide = 512;
 constexpr int kLeastWidgetSide = 128;
 
 } // namespace
@@ -32,25 +32,12 @@ TirnApplication::TirnApplication(int& argc, char** argv)
     connect(&m_stacks, &StackList::stackClosed, this, &TirnApplication::stackClosed);
 }
 
-/// Input fields take the background of their window, also when the desktop turns dark or light.
-void TirnApplication::colourInputs()
-{
-    QPalette inputs = QApplication::palette();
-    // Setting them tells of a change again.
-    if (QApplication::palette("QSpinBox").color(QPalette::Base) == inputs.color(QPalette::Window))
-        return;
-    for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive})
-        inputs.setColor(group, QPalette::Base, inputs.color(group, QPalette::Window));
-    for (const char* widgetClass : {"QSpinBox", "QTableWidget", "QComboBox", "tirn::FileChooser"})
-        setPalette(inputs, widgetClass);
-}
-
 bool TirnApplication::event(QEvent* event)
 {
     const bool handled = QApplication::event(event);
     if (event->type() == QEvent::ApplicationPaletteChange)
         // The toolkit forgets colours of classes after it has told of the change.
-        QMetaObject::invokeMethod(this, &TirnApplication::colourInputs, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, &colourInputs, Qt::QueuedConnection);
     return handled;
 }
 
@@ -58,20 +45,14 @@ TirnApplication::~TirnApplication()
 {
     finishJobs();
     m_loads.reset();
-    if (m_currentWidget != nullptr)
-        m_currentWidget->stopAndWait();
+    if (m_stage != nullptr)
+        m_stage->stopDrawing();
     // Events still on their way may hold a volume, which must go while the card is there.
     removePostedEvents(this);
-    if (m_glInfo != nullptr) {
-        m_hidden->makeCurrent();
-        m_model.sharedScene().arrays.clear();
-        m_model.sharedScene().palettes.clear();
-        m_shaders.reset();
-    }
     m_jobs.reset();
     m_forms.reset();
     m_mainForm.reset();
-    m_currentWidget = nullptr;
+    m_stage.reset();
     logDebug("cleaned up after app");
 }
 
@@ -82,89 +63,39 @@ TirnApplication& TirnApplication::instance()
 
 bool TirnApplication::initializeGl()
 {
-    m_hidden = std::make_unique<HiddenContext>();
-    if (!m_hidden->context().isValid()) {
-        m_hidden.reset();
+    m_stage = WindowStage::probe(m_model);
+    if (m_stage == nullptr)
         return false;
-    }
-    m_glInfo = std::make_unique<GlInfo>(*m_hidden);
-    if (!m_hidden->makeCurrent())
-        logFatal("Could not allocate a GL context");
-    m_card = m_glInfo->readCapabilities();
-    m_shaders = std::make_unique<Shaders>();
     m_mainForm = std::make_unique<MainForm>(
         "Main", MainFormServices{m_preferences.settings(), m_preferences.store(), m_model, m_probes});
-    createWidgets();
-    if (m_currentWidget == nullptr) {
+    QStackedWidget* widgets = m_stage->createWidgets(m_renderEvents, m_mainForm.get());
+    if (widgets == nullptr) {
         waitForMessage(m_mainForm.get(), QMessageBox::Critical, "Unknown Video Card",
                        "Your video card does not appear to be compatible with this software. Sorry.");
         return true;
     }
+    m_mainForm->setCentralWidget(widgets);
     createServices();
     connectWidgets();
-    placeMainForm();
+    m_mainForm->adjustSize();
+    m_mainForm->move(firstWindowPosition(primaryScreen()->size(), currentWidget()->minimumWidth()));
     m_mainForm->show();
-    m_currentWidget->setMinimumSize(kLeastWidgetSide, kLeastWidgetSide);
-    m_currentWidget->setFocus();
-    m_currentWidget->requestFrame();
-    m_card.hasPBuffer = m_glInfo->hasPBuffer();
+    currentWidget()->setMinimumSize(kLeastWidgetSide, kLeastWidgetSide);
+    currentWidget()->setFocus();
+    currentWidget()->requestFrame();
     createForms();
     return true;
 }
 
-void TirnApplication::createWidgets()
-{
-    const WidgetServices services{m_card, m_model, *m_shaders, m_renderLock, m_renderEvents, *m_hidden};
-    m_widgetStack = new QStackedWidget(m_mainForm.get());
-    m_regularWidget = new TirnWidget("regular", services, false, m_widgetStack);
-    if (!m_regularWidget->surface().isValid()) {
-        delete m_regularWidget;
-        return;
-    }
-    m_stereoWidget = m_regularWidget;
-    if (m_glInfo->hasStereo())
-        createStereoWidget(services);
-    else
-        logDebug("Stereo not supported");
-    m_currentWidget = m_regularWidget;
-    logDebug(m_regularWidget->surface().isSharing() ? "yay sharing working" : "Boo no sharing");
-    logDebug("Paletted textures %s", m_card.hasPalettedTexture ? "supported" : "not supported");
-    logDebug("ARB non power of 2 textures %s", m_glInfo->hasNonPowerOfTwo() ? "supported" : "not supported");
-    m_widgetStack->addWidget(m_regularWidget);
-    if (m_stereoWidget != m_regularWidget)
-        m_widgetStack->addWidget(m_stereoWidget);
-    m_currentWidget->setMinimumSize(kFirstWindowSide, kFirstWindowSide);
-    m_mainForm->setCentralWidget(m_widgetStack);
-}
-
-void TirnApplication::createStereoWidget(const WidgetServices& services)
-{
-    auto* widget = new TirnWidget("stereo", services, true, m_widgetStack);
-    const bool works = widget->surface().isStereo();
-    logDebug(works ? "Yay we have stereo" : "Boo stereo busted!");
-    if (works)
-        m_stereoWidget = widget;
-    else
-        delete widget;
-}
-
 void TirnApplication::createServices()
 {
-    const RenderThreadKind kind = m_currentWidget->threadKind();
-    m_paletteTables = std::make_unique<GlPaletteTables>(kind, m_hidden.get());
-    m_curveTextures = std::make_unique<GlCurveTextures>(m_hidden.get());
-    m_stacks.setPaletteTables(m_paletteTables.get());
-    m_model.setDrawing({[this] { m_currentWidget->stopAndWait(); }, [this] { m_hidden->makeCurrent(); }});
+    m_stacks.setPaletteTables(paletteTables());
     Settings& settings = m_preferences.settings();
-    const auto form = [this](FormId id, bool show) {
-        ToolForm* there = m_forms->form(id);
-        return there != nullptr && !show ? there : m_forms->create(id, show);
-    };
-    m_loads = std::make_unique<Loads>(LoadNeeds{m_model, m_stacks, *m_mainForm, settings, m_probes, *m_hidden,
-                                                kind, *m_paletteTables, *m_curveTextures, form},
-                                      *this);
-    m_jobs = std::make_unique<Jobs>(m_model, *m_mainForm, settings, m_hidden->context(), m_renderLock, *this);
-    m_pictures = std::make_unique<Pictures>(m_model, m_currentWidget, *m_hidden, m_card, settings);
+    const auto form = [this](FormId id, bool show) { return m_forms->needed(id, show); };
+    m_loads = std::make_unique<Loads>(
+        LoadNeeds{m_model, m_stacks, *m_mainForm, settings, m_probes, *m_stage, form}, *this);
+    m_jobs = std::make_unique<Jobs>(m_model, *m_mainForm, settings, *m_stage, *this);
+    m_pictures = std::make_unique<Pictures>(m_model, *m_stage, settings);
     const auto keep = [this](const Settings& chosen) {
         const QString error = m_preferences.keep(chosen);
         if (!error.isEmpty())
@@ -172,12 +103,12 @@ void TirnApplication::createServices()
     };
     m_forms = std::make_unique<FormTable>(*m_mainForm,
                                           FormServices{m_model, *m_loads, m_stacks, *m_jobs, *m_pictures,
-                                                       m_probes, settings, m_card, keep, form});
+                                                       m_probes, settings, card(), keep, form});
 }
 
 void TirnApplication::connectWidgets()
 {
-    TirnWidget* widget = m_currentWidget;
+    TirnWidget* widget = currentWidget();
     MainForm* form = m_mainForm.get();
     connect(form, &MainForm::loadRecentPalette, m_loads.get(), &Loads::loadPalettes);
     connect(form, &MainForm::loadRecentRaw, m_loads.get(), &Loads::loadRecentRaw);
@@ -189,26 +120,19 @@ void TirnApplication::connectWidgets()
     connect(widget, &TirnWidget::helpRequested, this, qOverload<const QString&>(&TirnApplication::help));
     connect(widget, &TirnWidget::quitRequested, form, &MainForm::close);
     form->setCloseHandler([this] {
-        m_currentWidget->stopAndWait();
+        m_stage->stopDrawing();
         return m_jobs->mayClose();
     });
     form->setMinimisedHandler([this](bool minimised) {
         if (minimised)
-            m_currentWidget->stopRendering();
+            currentWidget()->stopRendering();
         else
-            m_currentWidget->requestFrame();
+            currentWidget()->requestFrame();
     });
     const MenuTargets targets{*form,   m_model,     m_stacks, *m_loads,
                               *m_jobs, *m_pictures, *m_forms, [this](const QString& page) { help(page); }};
     connectActions(targets);
     fillContextMenu(widget->contextMenu(), targets);
-}
-
-void TirnApplication::placeMainForm()
-{
-    const QSize desktop = primaryScreen()->size();
-    m_mainForm->adjustSize();
-    m_mainForm->move(firstWindowPosition(desktop, kFirstWindowSide));
 }
 
 void TirnApplication::createForms()
@@ -224,15 +148,15 @@ void TirnApplication::createForms()
 
 void TirnApplication::start()
 {
-    m_preferences.read({m_card.maxTexture2D, m_card.maxTexture3D});
+    m_preferences.read({card().maxTexture2D, card().maxTexture3D});
     if (m_preferences.settings().blending == 1)
-        m_currentWidget->setBlendMode(GL_MAX);
+        currentWidget()->setBlendMode(GL_MAX);
     PaletteList favorites;
-    appendFavoritePalettes(favorites, m_preferences.settings().favoritePalettesPath, m_paletteTables.get());
+    appendFavoritePalettes(favorites, m_preferences.settings().favoritePalettesPath, paletteTables());
     m_stacks.addPalettes(std::move(favorites));
     m_mainForm->readRecentLists();
     m_forms->restore(m_preferences.store());
-    m_currentWidget->requestFrame();
+    currentWidget()->requestFrame();
     loadFromCommandLine(arguments());
 }
 

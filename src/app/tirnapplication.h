@@ -3,8 +3,6 @@
 #include <memory>
 
 #include <QApplication>
-#include <QPointer>
-#include <QStackedWidget>
 
 #include "app/jobs.h"
 #include "app/loads.h"
@@ -12,8 +10,7 @@
 #include "app/preferences.h"
 #include "app/rendereventposter.h"
 #include "app/stacklist.h"
-#include "gl/gltables.h"
-#include "render/tirnwidget.h"
+#include "app/windowstage.h"
 #include "threads/probes.h"
 #include "ui/formtable.h"
 #include "ui/main/helppages.h"
@@ -39,7 +36,7 @@ public:
     /// without a usable context ends the program.
     bool initializeGl();
     /// Null when the card was refused.
-    TirnWidget* currentWidget() const { return m_currentWidget; }
+    TirnWidget* currentWidget() const { return m_stage->currentWidget(); }
     SceneModel& model() { return m_model; }
     const Scene& scene() const { return m_model.scene(); }
     MainForm& mainForm() { return *m_mainForm; }
@@ -48,13 +45,10 @@ public:
     Loads& loads() { return *m_loads; }
     Jobs& jobs() { return *m_jobs; }
     Pictures& pictures() { return *m_pictures; }
-    GlInfo& glInfo() { return *m_glInfo; }
-    const GlCapabilities& card() const { return m_card; }
-    Shaders& shaders() { return *m_shaders; }
-    RenderLock& renderLock() { return m_renderLock; }
+    const GlCapabilities& card() const { return m_stage->card(); }
     const Settings& preferences() { return m_preferences.settings(); }
     Probes& probes() { return m_probes; }
-    PaletteTables* paletteTables() { return m_paletteTables.get(); }
+    PaletteTables* paletteTables() { return &m_stage->paletteTables(); }
 
     /// The current volume; asking while there is one is logged as a failed assertion.
     VoxelArray* currentArray() const;
@@ -86,36 +80,20 @@ protected:
     void customEvent(QEvent* event) override;
 
 private:
-    void colourInputs();
-    void createWidgets();
-    void createStereoWidget(const WidgetServices& services);
     void createServices();
     void createForms();
     void connectWidgets();
-    void placeMainForm();
     void start();
     /// Ends what is at work on volumes.
     void finishJobs();
 
     SceneModel m_model;
-    RenderLock m_renderLock;
     Preferences m_preferences;
     StackList m_stacks;
     Probes m_probes;
-    GlCapabilities m_card;
-    /// The context that all others share their names with.
-    std::unique_ptr<HiddenContext> m_hidden;
-    std::unique_ptr<GlInfo> m_glInfo;
-    std::unique_ptr<Shaders> m_shaders;
     RenderEventPoster m_renderEvents;
-    std::unique_ptr<GlPaletteTables> m_paletteTables;
-    std::unique_ptr<GlCurveTextures> m_curveTextures;
+    std::unique_ptr<WindowStage> m_stage;
     std::unique_ptr<MainForm> m_mainForm;
-    /// Both belong to the main form, and are the same where there is no stereo.
-    QPointer<TirnWidget> m_regularWidget;
-    QPointer<TirnWidget> m_stereoWidget;
-    QPointer<TirnWidget> m_currentWidget;
-    QPointer<QStackedWidget> m_widgetStack;
     HelpPages m_help;
     std::unique_ptr<Loads> m_loads;
     std::unique_ptr<Jobs> m_jobs;

@@ -36,16 +36,6 @@ const ImageFormat& chosenTarget(const QCommandLineParser& parser, const QString&
     throw UsageError{"the ending of '" + out + "' names no format: say --to"};
 }
 
-void warnOfLostDepth(const ImageFormat& target, const QString& out, const ImageAttributes& attributes)
-{
-    if (target.leavesOutDepth(attributes.channels, attributes.bitDepth)) {
-        Console::report(out,
-                        {QStringLiteral("warning: a %1 of this depth and number of channels states no "
-                                        "bits a sample and does not read back; --to pic and --to tiff do")
-                             .arg(QLatin1String(target.name))});
-    }
-}
-
 void addOptions(QCommandLineParser& parser)
 {
     parser.addOption({"to",
@@ -74,7 +64,6 @@ void writeFiles(ImageFile& stack, const ImageFormat& target, const QString& out,
     // The share of the voxels that each file holds.
     results.commit(stack.sampleCount() * stack.attributes().bytesPerSample() /
                    target.fileCount(stack.attributes()));
-    warnOfLostDepth(target, out, stack.attributes());
 }
 
 void applyStep(const StackStep& step, std::unique_ptr<ImageFile>& stack, const QString& name)

@@ -77,8 +77,7 @@ constexpr ImageFormat kFormats[] = {
      .guessText = "I think it is a MTiff",
      .create = make<MTiffIO>,
      .mergeable = true,
-     .write = MTiffIO::write,
-     .leavesOutDepths = true},
+     .write = MTiffIO::write},
     {.type = ImageType::TiffSeries,
      .name = "TIFF series",
      .word = "tiff",
@@ -160,17 +159,51 @@ const ImageFormat& imageFormat(ImageType type)
     return row != std::end(kFormats) ? *row : *std::prev(row);
 }
 
+namespace {
+
+/// Null where no format for export is like that.
+template <class IsLikeThat>
+const ImageFormat* findForExport(const IsLikeThat& isLikeThat)
+{
+    const auto found = std::find_if(std::begin(kFormats), std::end(kFormats), [&](const ImageFormat& format) {
+        return (format.filters & InExportFilter) != 0 && isLikeThat(format);
+    });
+    return found != std::end(kFormats) ? &*found : nullptr;
+}
+
+const ImageFormat& lastForExport()
+{
+    return *std::find_if(std::rbegin(kFormats), std::rend(kFormats),
+                         [](const ImageFormat& format) { return (format.filters & InExportFilter) != 0; });
+}
+
+} // namespace
+
+const ImageFormat* exportFormatOfEnding(const QString& fileName)
+{
+    return findForExport([&](const ImageFormat& format) { return format.hasEndingOf(fileName); });
+}
+
 const ImageFormat& exportFormat(const QString& fileName)
 {
-    const ImageFormat* last = nullptr;
-    for (const ImageFormat& format : kFormats) {
-        if ((format.filters & InExportFilter) == 0)
-            continue;
-        last = &format;
-        if (format.hasEndingOf(fileName))
-            break;
+    const ImageFormat* found = exportFormatOfEnding(fileName);
+    return found != nullptr ? *found : lastForExport();
+}
+
+const ImageFormat& exportFormatOfFilter(const QString& filter)
+{
+    const ImageFormat* found = findForExport(
+        [&](const ImageFormat& format) { return filter.contains(QLatin1String(format.filterName)); });
+    return found != nullptr ? *found : lastForExport();
+}
+
+QString withOtherEnding(const QString& fileName, const ImageFormat& from, const ImageFormat& to)
+{
+    for (const QString& ending : from.endingList()) {
+        if (fileName.endsWith(ending, Qt::CaseInsensitive))
+            return fileName.chopped(ending.size()) + to.endingList().first();
     }
-    return *last;
+    return fileName + to.endingList().first();
 }
 
 QStringList ImageFormat::endingList() const { return QString(QLatin1String(endings)).split(' '); }

@@ -68,17 +68,10 @@ struct ImageFormat
     QStringList (*writtenFiles)(const QString& name, int count) = nullptr;
     /// Stands for a writer that only refuses.
     const char* refusal = nullptr;
-    /// The writer states no depth for bytes and for two channels.
-    bool leavesOutDepths = false;
 
     QStringList endingList() const;
     /// True for a name with one of the endings, in capitals or not.
     bool hasEndingOf(const QString& fileName) const;
-    /// True where a written file of this shape does not say what its samples are.
-    bool leavesOutDepth(int channels, int bitDepth) const
-    {
-        return leavesOutDepths && (bitDepth <= 8 || channels == 2);
-    }
     /// How many files a stack is written to.
     int fileCount(const ImageAttributes& attributes) const;
     /// The files that a stack is written to under a name.
@@ -92,7 +85,13 @@ std::span<const ImageFormat> imageFormats();
 /// The row of a type, that of raw voxels where there is none.
 const ImageFormat& imageFormat(ImageType type);
 
-/// The row of the formats for export that a file name asks for: the last one where its ending is no one's.
+/// The row of the formats for export whose ending a file name has, in capitals or not; null for none.
+const ImageFormat* exportFormatOfEnding(const QString& fileName);
+/// The row that a file name asks for: the last one where its ending is no one's.
 const ImageFormat& exportFormat(const QString& fileName);
+/// The row that a filter of a file dialog names, the last one for a filter of others.
+const ImageFormat& exportFormatOfFilter(const QString& filter);
+/// A name that ends like one format, ending like the other.
+QString withOtherEnding(const QString& fileName, const ImageFormat& from, const ImageFormat& to);
 
 } // namespace tirn

@@ -49,6 +49,7 @@ ImageFile::ImageFile(const QStringList& names)
 
 ImageFile::ImageFile(const QStringList& names, std::int64_t headerOffset, int x, int y, int z, int channels,
                      int bitDepth, bool swapBytes)
+    : m_rawLayout({headerOffset, x, y, z, bitDepth, swapBytes})
 {
     try {
         m_io = openRawReader(*this, names, headerOffset, x, y, z, channels, bitDepth, swapBytes);

@@ -11,6 +11,7 @@
 #include "base/progress.h"
 #include "base/voxelbuffer.h"
 #include "image/imageattributes.h"
+#include "image/rawlayout.h"
 #include "image/statistics/stackstats.h"
 
 namespace tirn {
@@ -114,6 +115,8 @@ public:
     /// Base names, and full paths, of the files.
     QStringList fileNames() const;
     QStringList filePaths() const;
+    /// How its files lie where they are headerless.
+    const std::optional<RawLayout>& rawLayout() const { return m_rawLayout; }
 
     // Statistics are those of the voxels as they are: whatever changes voxels forgets them, and they are made
     // when they are asked for. Voxels that are let go leave theirs behind.
@@ -235,6 +238,7 @@ private:
     /// The largest value once the voxels are inverted, -1 while unknown.
     int m_invertedMaximum = -1;
     std::vector<StackStats> m_statsList;
+    std::optional<RawLayout> m_rawLayout;
     std::unique_ptr<StackReader> m_io;
     std::vector<unsigned> m_textureList;
     VoxelBuffer m_stackData;

@@ -33,7 +33,7 @@ void putOnScreen(const ShownFrame& shown, ViewState& view, VoxelArray* array)
     if (array == nullptr)
         return;
     const ShownStack& stack = *shown.stack;
-    array->scale = {stack.scale[0], stack.scale[1], stack.scale[2]};
+    array->scale = clampedScale({stack.scale[0], stack.scale[1], stack.scale[2]});
     array->cut = {stack.cutMin[0], stack.cutMax[0], stack.cutMin[1],
                   stack.cutMax[1], stack.cutMin[2], stack.cutMax[2]};
     array->setTimePoint(stack.timePoint);

@@ -4,49 +4,17 @@
 
 #include <QSettings>
 
+#include "session/rawlayouttext.h"
+
 namespace tirn {
 
 namespace {
-
-/// What can be typed in for a headerless file.
-constexpr qint64 kLargestSide = 65535;
 
 QString key(int stack, const char* what) { return QString::number(stack) + QLatin1String(what); }
 
 QString nameKey(int stack, int element) { return key(stack, "name") + QString::number(element); }
 
 int notNegative(const QVariant& value) { return std::max(0, value.toInt()); }
-
-/// Offset, size, depth and byte order, as numbers in a row.
-QStringList rawNumbers(const RawLayout& raw)
-{
-    QStringList numbers = {QString::number(raw.headerOffset)};
-    for (const int number : {raw.x, raw.y, raw.z, raw.bitDepth, raw.swapBytes ? 1 : 0})
-        numbers.append(QString::number(number));
-    return numbers;
-}
-
-/// Nothing for what is no layout.
-std::optional<RawLayout> rawOf(const QStringList& texts)
-{
-    std::vector<qint64> numbers;
-    for (const QString& text : texts) {
-        bool ok = false;
-        numbers.push_back(text.toLongLong(&ok));
-        if (!ok)
-            return std::nullopt;
-    }
-    const auto isSide = [](qint64 number) { return number >= 1 && number <= kLargestSide; };
-    if (numbers.size() != 6 || numbers[0] < 0 || !std::all_of(&numbers[1], &numbers[4], isSide) ||
-        (numbers[4] != 8 && numbers[4] != 16))
-        return std::nullopt;
-    return RawLayout{numbers[0],
-                     static_cast<int>(numbers[1]),
-                     static_cast<int>(numbers[2]),
-                     static_cast<int>(numbers[3]),
-                     static_cast<int>(numbers[4]),
-                     numbers[5] != 0};
-}
 
 void writeStack(const RecentStack& stack, int number, QSettings& store)
 {
@@ -71,7 +39,7 @@ void writeStack(const RecentStack& stack, int number, QSettings& store)
         store.remove(missing);
     const QString raw = key(number, "raw");
     if (stack.raw)
-        store.setValue(raw, rawNumbers(*stack.raw));
+        store.setValue(raw, rawLayoutTexts(*stack.raw));
     else
         store.remove(raw);
 }
@@ -88,7 +56,7 @@ RecentStack readStack(const QSettings& store, int number)
     stack.channels = notNegative(store.value(key(number, "channels")));
     stack.timePoints = notNegative(store.value(key(number, "timepoints")));
     stack.missing = notNegative(store.value(key(number, "missing")));
-    stack.raw = rawOf(store.value(key(number, "raw")).toStringList());
+    stack.raw = rawLayoutOf(store.value(key(number, "raw")).toStringList());
     return stack;
 }
 

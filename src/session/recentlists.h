@@ -6,7 +6,7 @@
 #include <QString>
 #include <QStringList>
 
-#include "formats/raw/rawlayout.h"
+#include "image/rawlayout.h"
 
 class QSettings;
 

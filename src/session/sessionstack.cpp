@@ -10,6 +10,7 @@
 #include "depth/curvesession.h"
 #include "image/layercount.h"
 #include "session/attributenumber.h"
+#include "session/rawlayouttext.h"
 #include "session/relativepath.h"
 
 namespace tirn {
@@ -144,6 +145,8 @@ QDomElement writeSessionStack(QDomDocument& document, const SessionStack& stack,
     encoding.setAttribute("conserve", stack.conserveMemory ? 1 : 0);
     if (stack.reslicedTo)
         appended(root, "resliced").setAttribute("slices", *stack.reslicedTo);
+    if (stack.raw)
+        appended(root, "raw").setAttribute("layout", rawLayoutTexts(*stack.raw).join(' '));
     QDomElement cut = appended(root, "cutplanes");
     for (const auto& [key, limit] : kLimits)
         cut.setAttribute(key, stack.cut.*limit);
@@ -166,6 +169,7 @@ std::optional<SessionStack> readSessionStack(const QDomElement& element,
     readSlices(element, stack);
     for (const auto& [key, limit] : kLimits)
         stack.cut.*limit = descendant(element, "cutplanes").attribute(key, "-1").toInt();
+    stack.raw = rawLayoutOf(element.firstChildElement("raw").attribute("layout").split(' '));
     const QDomElement scale = element.firstChildElement("scale");
     stack.sizes = {readAxes(scale), scale.attribute("preserve", "0").toInt() != 0,
                    readAxes(element.firstChildElement("dimensions"))};

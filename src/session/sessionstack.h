@@ -9,6 +9,7 @@
 #include <QStringList>
 
 #include "depth/zcurve.h"
+#include "image/rawlayout.h"
 
 namespace tirn {
 
@@ -74,6 +75,8 @@ struct SessionStack
     std::optional<int> reslicedTo;
     CropLimits cut;
     SessionSizes sizes;
+    /// The files are headerless.
+    std::optional<RawLayout> raw;
     std::vector<SessionTimePoint> timePoints;
     std::vector<SessionChannel> channels;
     /// Written with a time point for each image, even where an image is one channel, and with the voxel size

@@ -317,17 +317,6 @@ ExportJob exportJob(const VoxelArray& array, ExportMode mode, const QString& fil
     return job;
 }
 
-QString withExportEnding(const QString& name, const QString& filter)
-{
-    for (const ImageFormat& format : imageFormats()) {
-        const bool isChosen =
-            (format.filters & InExportFilter) != 0 && filter.contains(QLatin1String(format.filterName));
-        if (isChosen && !format.hasEndingOf(name))
-            return name + format.endingList().first();
-    }
-    return name;
-}
-
 std::vector<QStringList> exportFileNames(const QString& fileName, int timePoints, int channels)
 {
     std::vector<QStringList> all;
@@ -341,11 +330,6 @@ std::vector<QStringList> exportFileNames(const QString& fileName, int timePoints
         all.push_back(isSplit ? names : QStringList{name});
     }
     return all;
-}
-
-bool leavesOutBitCount(const QString& fileName, int channels, int bitDepth)
-{
-    return exportFormat(fileName).leavesOutDepth(channels, bitDepth);
 }
 
 JobResult runExportJob(const ExportJob& job, const Progress& progress)

@@ -46,16 +46,9 @@ struct ExportJob
 
 ExportJob exportJob(const VoxelArray& array, ExportMode mode, const QString& fileName);
 
-/// The name with what the format that was chosen adds to it: ".pic" for a filter with "Biorad", ".tif" for
-/// one with "MTiff", unless it ends so (or with ".tiff").
-QString withExportEnding(const QString& name, const QString& filter);
-
 /// The names of all files: one list a time point, numbered before the ending when there are several; in a
 /// list one name, or for a Bio-Rad file one a channel.
 std::vector<QStringList> exportFileNames(const QString& fileName, int timePoints, int channels);
-
-/// True when the file would not say how many bits a sample has: a TIFF of bytes, or with two channels.
-bool leavesOutBitCount(const QString& fileName, int channels, int bitDepth);
 
 /// Writes the files. They are made in a folder beside, and take their names when all of them are complete; on
 /// failure and when cancelled whatever was there is as it was.

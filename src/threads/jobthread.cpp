@@ -1,5 +1,7 @@
 #include "threads/jobthread.h"
 
+#include <exception>
+#include <new>
 #include <utility>
 
 namespace tirn {
@@ -34,8 +36,14 @@ void JobThread::stopAndWait()
 JobResult JobThread::runJob()
 {
     if (m_context != nullptr && !m_context->makeCurrent())
-        return {JobOutcome::Failed, QStringLiteral("Could not allocate a GL context")};
-    return m_job({m_report.progress, &m_cancelled});
+        return failedJob(QStringLiteral("Could not allocate a GL context"));
+    try {
+        return m_job({m_report.progress, &m_cancelled});
+    } catch (const std::bad_alloc&) {
+        return failedJob(QStringLiteral("Could not allocate memory"));
+    } catch (const std::exception& error) {
+        return failedJob(QString::fromUtf8(error.what()));
+    }
 }
 
 void JobThread::work()

@@ -27,7 +27,7 @@ public:
     JobThread(QOpenGLContext& share, JobReport report);
     ~JobThread() override;
 
-    /// False, with nothing changed, when a job is under way.
+    /// False, with nothing changed, when a job is under way. What a job throws counts as its failure.
     bool startJob(Job job);
     /// From the start of a job to its last report.
     bool isBusy() const { return m_busy; }

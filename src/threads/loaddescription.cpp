@@ -70,6 +70,8 @@ void LoadDescription::setSession(const SessionStack& stack)
     setRange(stack.first, stack.last, stack.step, stack.subsample,
              stack.encoding == kSessionMaps3D ? GL_TEXTURE_3D : GL_TEXTURE_2D, stack.reslicedTo.has_value(),
              stack.reslicedTo.value_or(-1), stack.conserveMemory);
+    raw = stack.raw.has_value();
+    rawLayout = stack.raw.value_or(RawLayout());
     crop = stack.cut;
     sessionSizes = stack.sizes;
     isOldSession = stack.isOld;

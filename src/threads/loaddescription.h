@@ -8,9 +8,9 @@
 #include <QStringList>
 
 #include "depth/zcurve.h"
-#include "formats/raw/rawlayout.h"
 #include "gl/gltable.h"
 #include "image/imageattributes.h"
+#include "image/rawlayout.h"
 #include "session/sessionstack.h"
 
 namespace tirn {

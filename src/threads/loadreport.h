@@ -8,7 +8,7 @@
 #include <QString>
 #include <QStringList>
 
-#include "formats/raw/rawlayout.h"
+#include "image/rawlayout.h"
 #include "palettes/palettelist.h"
 #include "volume/voxelarray.h"
 

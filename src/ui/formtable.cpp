@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QGuiApplication>
 #include <QMenuBar>
 #include <QSettings>
 #include <QTimer>
@@ -14,13 +15,16 @@
 
 namespace tirn {
 
+namespace {
+
+/// Milliseconds between looks at whether a dock is still being dragged.
+constexpr int kDragPause = 50;
+
+} // namespace
+
 FormTable::FormTable(QMainWindow& mainWindow, const FormServices& services)
     : m_mainWindow(mainWindow), m_services(services)
 {
-    m_services.form = [this](FormId id, bool show) {
-        ToolForm* there = form(id);
-        return there != nullptr && !show ? there : create(id, show);
-    };
     mainWindow.centralWidget()->installEventFilter(this);
     mainWindow.setDockOptions(QMainWindow::AllowTabbedDocks | QMainWindow::AllowNestedDocks);
 }
@@ -30,6 +34,12 @@ FormTable::Made* FormTable::made(FormId id)
     const auto found =
         std::find_if(m_forms.begin(), m_forms.end(), [id](const Made& each) { return each.id == id; });
     return found != m_forms.end() ? &*found : nullptr;
+}
+
+ToolForm* FormTable::needed(FormId id, bool show)
+{
+    ToolForm* there = form(id);
+    return there != nullptr && !show ? there : create(id, show);
 }
 
 ToolForm* FormTable::form(FormId id) const
@@ -64,30 +74,34 @@ void FormTable::putIntoDock(const FormRow& row, ToolForm& form)
     form.setWindowFlags(Qt::Widget);
     dock->setWidget(&form);
     connect(&form, &QWidget::windowTitleChanged, dock, &QWidget::setWindowTitle);
-    connect(dock, &QDockWidget::topLevelChanged, this, [this](bool floats) {
-        if (!floats)
-            keepPictureSize();
-    });
+    connect(dock, &QDockWidget::topLevelChanged, this, &FormTable::keepPictureSize);
     m_mainWindow.addDockWidget(Qt::LeftDockWidgetArea, dock);
     dock->setFloating(true);
     dock->hide();
 }
 
-/// A form that is docked takes its room from the screen, not from the picture.
+/// A form that is docked takes its room from the screen, not from the picture, and gives it back.
 void FormTable::keepPictureSize()
 {
     // The layout may have been changed already.
     const QSize before = m_pictureSize;
-    const auto keep = [this, before] {
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
-        const QRect screen = screenOf(m_mainWindow);
-        const QSize wanted = m_mainWindow.size() + before - m_mainWindow.centralWidget()->size();
-        m_mainWindow.resize(wanted.boundedTo(screen.size()));
-        m_mainWindow.move(onScreen(m_mainWindow.pos(), m_mainWindow.frameSize(), screen));
-    };
     // Once the dock has been laid out.
     if (!before.isEmpty() && m_mainWindow.isVisible() && !m_mainWindow.isMaximized())
-        QTimer::singleShot(0, this, keep);
+        QTimer::singleShot(0, this, [this, before] { resizePicture(before); });
+}
+
+void FormTable::resizePicture(QSize size)
+{
+    // A dock that is being dragged may come back.
+    if (QGuiApplication::mouseButtons() != Qt::NoButton) {
+        QTimer::singleShot(kDragPause, this, [this, size] { resizePicture(size); });
+        return;
+    }
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+    const QRect screen = screenOf(m_mainWindow);
+    const QSize wanted = m_mainWindow.size() + size - m_mainWindow.centralWidget()->size();
+    m_mainWindow.resize(wanted.boundedTo(screen.size()));
+    m_mainWindow.move(onScreen(m_mainWindow.pos(), m_mainWindow.frameSize(), screen));
 }
 
 ToolForm* FormTable::create(FormId id, bool show)

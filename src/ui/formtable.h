@@ -25,6 +25,8 @@ public:
 
     /// Makes the form if need be and shows or hides it. Null, with a warning, when it cannot be made.
     ToolForm* create(FormId id, bool show);
+    /// The form, made if need be and shown, or left as it is. Null when it cannot be made.
+    ToolForm* needed(FormId id, bool show);
     /// The form, null while it was not made.
     ToolForm* form(FormId id) const;
     void createAllHidden();
@@ -55,6 +57,7 @@ private:
     /// False for a form that stays where it is.
     bool needsPlace(const Made& made) const;
     void keepPictureSize();
+    void resizePicture(QSize size);
     void place(Made& made);
     std::vector<QRect> takenPlaces(const Made& except) const;
     Made* made(FormId id);

@@ -271,6 +271,8 @@ QDomElement VoxelArray::saveSession(QDomDocument& document, const QString& sessi
     session.subsample = subsample;
     session.encoding = static_cast<int>(m_textureTarget);
     session.conserveMemory = m_options.conserveMemory;
+    if (first != nullptr)
+        session.raw = first->rawLayout();
     if (m_geometry.finalZ != -1)
         session.reslicedTo = m_geometry.finalZ;
     session.cut = {cut.xMin, cut.xMax, cut.yMin, cut.yMax, cut.zMin, cut.zMax};

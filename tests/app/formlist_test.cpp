@@ -343,6 +343,22 @@ TEST_F(Docks, AFormThatIsDockedTakesNoRoomFromThePicture)
     EXPECT_TRUE(QTest::qWaitFor([&] { return widget().size() == picture; }));
 }
 
+TEST_F(Docks, AFormThatFloatsAgainLeavesThePictureAsItIs)
+{
+    app().forms().create(FormId::Manager, true);
+    QCoreApplication::processEvents();
+    const QSize picture = widget().size();
+    const int width = app().mainForm().width();
+    dock().setFloating(false);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return app().mainForm().width() > picture.width() + 100; }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return widget().size() == picture; }));
+    // The size of the picture is taken over once it has come to rest.
+    QCoreApplication::processEvents();
+    dock().setFloating(true);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return app().mainForm().width() == width; }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return widget().size() == picture; }));
+}
+
 TEST_F(Docks, ADockedFormIsFoundDockedAfterARestart)
 {
     app().forms().create(FormId::Manager, true);

@@ -67,6 +67,7 @@ TEST_F(StackOfASession, AWholeElementIsRead)
     ASSERT_TRUE(stack->channels[0].curve);
     EXPECT_EQ(*stack->channels[0].curve->curve(), (std::vector<double>{1, 1.5, 2}));
     EXPECT_FALSE(stack->channels[1].curve);
+    EXPECT_FALSE(stack->raw);
     EXPECT_TRUE(stack->isOld);
     EXPECT_TRUE(log.contains("file " + first));
 }
@@ -145,6 +146,15 @@ TEST_F(StackOfASession, AReplacedFileStillGoesIntoTheListByItsOldName)
     EXPECT_EQ(stack->timePoints[0].files, QStringList(path("gone.pic")));
 }
 
+TEST_F(StackOfASession, ALayoutThatNoFileCanHaveIsNone)
+{
+    for (const char* layout :
+         {"", "0 1 1 1 8", "-1 1 1 1 8 0", "0 0 1 1 8 0", "0 1 1 70000 8 0", "0 1 1 1 12 0", "a b"})
+        EXPECT_FALSE(read("<raw layout='" + QString(layout) + "'/><timepoint/><channel/>")->raw) << layout;
+    EXPECT_EQ(read("<raw layout='4 3 2 1 8 0'/><timepoint/><channel/>")->raw,
+              (RawLayout{4, 3, 2, 1, 8, false}));
+}
+
 TEST_F(StackOfASession, WhatWasWrittenIsReadAgain)
 {
     SessionStack stack;
@@ -153,6 +163,7 @@ TEST_F(StackOfASession, WhatWasWrittenIsReadAgain)
     stack.step = 1;
     stack.cut = {0, 1, 2, 3, 4, 5};
     stack.sizes = {{0.25, 1, 3}, true, {0.1, 0.2, 0.3}};
+    stack.raw = RawLayout{16, 3, 2, 5, 16, true};
     stack.timePoints = {{"one", {file("a.pic"), file("b.pic")}}, {"two", {file("c.pic"), file("d.pic")}}};
     ZCurve curve(2);
     curve[1] = 1.5;
@@ -168,6 +179,7 @@ TEST_F(StackOfASession, WhatWasWrittenIsReadAgain)
     ASSERT_TRUE(back);
     EXPECT_FALSE(back->isOld);
     EXPECT_EQ(back->last, 2);
+    EXPECT_EQ(back->raw, stack.raw);
     EXPECT_EQ(back->cut, stack.cut);
     EXPECT_EQ(back->sizes.scale, stack.sizes.scale);
     EXPECT_EQ(back->sizes.voxelSize, stack.sizes.voxelSize);

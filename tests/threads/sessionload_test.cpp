@@ -129,6 +129,21 @@ TEST_F(SessionLoad, AFileWithChannelsOfItsOwnComesBack)
     expectTheSameAgain(2, 1);
 }
 
+TEST_F(SessionLoad, HeaderlessFilesComeBack)
+{
+    QByteArray words;
+    for (int i = 0; i < 2 * 6 * 5 * 4; ++i)
+        words.append(static_cast<char>(i / 256)).append(static_cast<char>(i % 256));
+    const auto raw = [&](const QString& name, char header) {
+        return QStringList(saveBytes(path(name), QByteArray(7, header) + words));
+    };
+    description.filesToLoad = {raw("a.raw", 'a'), raw("b.raw", 'b')};
+    description.setRaw(7, 6, 5, 4, 2, 16);
+    description.rawLayout.swapBytes = true;
+    description.timePoints = 2;
+    expectTheSameAgain(2, 2);
+}
+
 TEST_F(SessionLoad, ARangeOfLayersComesBack)
 {
     description.filesToLoad = {{pic("a.pic", 6, 5, 9)}};

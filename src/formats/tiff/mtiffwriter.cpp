@@ -12,10 +12,6 @@ namespace {
 /// The count of its twelve entries, the entries and the offset of the next directory.
 constexpr int kDirectoryBytes = 12 * tiff::kEntryBytes + 6;
 
-/// What tag 258 states of a byte stack with one channel, or of any with two: no depth at all. Readers that
-/// want one take it from elsewhere or refuse.
-constexpr std::uint32_t kNoDepth = 0;
-
 /// The bytes that the directory of a page takes, with its tables right behind it.
 std::int64_t pageBytes(const ImageAttributes& attributes)
 {
@@ -37,13 +33,12 @@ DirectoryLayout pageLayout(const ImageAttributes& attributes, const StripShape& 
     DirectoryLayout page(offset + kDirectoryBytes);
     const auto channels = static_cast<std::uint32_t>(attributes.channels);
     const auto rows = static_cast<std::size_t>(attributes.y);
-    const std::uint32_t depth = attributes.bitDepth > 8 ? 16 : kNoDepth;
+    const std::uint32_t depth = attributes.bitDepth > 8 ? 16 : 8;
     page.addNumber(tiff::ImageWidth, static_cast<std::uint32_t>(attributes.x));
     page.addNumber(tiff::ImageLength, static_cast<std::uint32_t>(attributes.y));
-    if (channels == 1)
-        page.addNumber(tiff::BitsPerSample, depth);
-    else if (channels == 2)
-        page.add({tiff::BitsPerSample, tiff::Short, channels, kNoDepth, {}});
+    // Up to two depths stand in the entry itself.
+    if (channels <= 2)
+        page.add({tiff::BitsPerSample, tiff::Short, channels, 0, std::vector(channels, depth)});
     else
         page.addTable(tiff::BitsPerSample, tiff::Short, std::vector(channels, depth));
     page.addNumber(tiff::Compression, 1);

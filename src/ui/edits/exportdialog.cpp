@@ -2,11 +2,11 @@
 
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QMessageBox>
-#include <QPushButton>
 
 #include "base/log.h"
+#include "formats/imageformats.h"
 #include "formats/names/filefilters.h"
+#include "ui/messages.h"
 
 namespace tirn {
 
@@ -15,6 +15,32 @@ namespace {
 constexpr const char* kCaption = "Export stack";
 /// More names than these make a box that is too high for the screen.
 constexpr int kMostNames = 10;
+
+/// With the ending of the format that was chosen. Where the name has that of another one it is asked which
+/// of them counts; empty when the user cancelled.
+QString withFormat(const QString& name, const QString& filter, QWidget* parent)
+{
+    const ImageFormat* named = exportFormatOfEnding(name);
+    const ImageFormat& chosen = exportFormatOfFilter(filter);
+    if (named == nullptr)
+        return name + chosen.endingList().first();
+    if (named == &chosen)
+        return name;
+    const QString question = QObject::tr("The name ends like a %1 file, but %2 was chosen.\n%3")
+                                 .arg(named->filterName, chosen.filterName, name);
+    const auto button = [](const ImageFormat& format) {
+        return QObject::tr("Write %1").arg(format.filterName);
+    };
+    switch (askWithCancel(parent, QObject::tr(kCaption), question, button(*named), button(chosen))) {
+    case Answer::Yes:
+        return name;
+    case Answer::No:
+        return withOtherEnding(name, *named, chosen);
+    case Answer::Cancel:
+        break;
+    }
+    return {};
+}
 
 /// The name with its ending; empty when the user cancelled.
 QString askName(const QString& stackPath, QWidget* parent)
@@ -27,27 +53,7 @@ QString askName(const QString& stackPath, QWidget* parent)
     if (chooser.exec() != QDialog::Accepted)
         return {};
     const QString name = chooser.selectedFiles().value(0);
-    return name.isEmpty() ? name : withExportEnding(name, chooser.selectedNameFilter());
-}
-
-/// What to write where a TIFF would not say the bits of its samples; empty when the user cancelled.
-QString nameWithBitCount(const QString& name, QWidget* parent)
-{
-    QMessageBox box(QMessageBox::Warning, kCaption,
-                    QMessageBox::tr("This TIFF will not say how many bits a sample has, so that many "
-                                    "programs cannot read it, this one among them.\n"
-                                    "A Bio-Rad file keeps all of the stack."),
-                    QMessageBox::NoButton, parent);
-    QPushButton* pic = box.addButton(QMessageBox::tr("Write a &PIC"), QMessageBox::AcceptRole);
-    const QPushButton* tiff = box.addButton(QMessageBox::tr("Write the &TIFF"), QMessageBox::AcceptRole);
-    box.addButton(QMessageBox::Cancel);
-    box.setDefaultButton(pic);
-    box.exec();
-    if (box.clickedButton() == pic) {
-        const QFileInfo info(name);
-        return info.path() + '/' + info.completeBaseName() + ".pic";
-    }
-    return box.clickedButton() == tiff ? name : QString();
+    return name.isEmpty() ? name : withFormat(name, chooser.selectedNameFilter(), parent);
 }
 
 /// The names, those beyond the first few as a number.
@@ -56,7 +62,7 @@ QString shortened(const QStringList& names)
     if (names.size() <= kMostNames)
         return names.join('\n');
     return names.mid(0, kMostNames - 1).join('\n') +
-           QMessageBox::tr("\nand %1 more").arg(names.size() - kMostNames + 1);
+           QObject::tr("\nand %1 more").arg(names.size() - kMostNames + 1);
 }
 
 bool mayOverwrite(const std::vector<QStringList>& files, QWidget* parent)
@@ -70,9 +76,9 @@ bool mayOverwrite(const std::vector<QStringList>& files, QWidget* parent)
     }
     if (there.isEmpty())
         return true;
-    const QString question = QMessageBox::tr("Overwrite ") + shortened(there) + "?";
-    return QMessageBox::question(parent, QMessageBox::tr("Overwrite File"), question,
-                                 QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
+    return askQuestion(parent, QObject::tr("Overwrite File"),
+                       QObject::tr("Overwrite ") + shortened(there) + "?", QObject::tr("&Yes"),
+                       QObject::tr("&No"));
 }
 
 } // namespace
@@ -81,9 +87,7 @@ std::optional<ExportJob> askExport(const VoxelArray& array, ExportMode mode, con
                                    QWidget* parent)
 {
     try {
-        QString name = askName(stackPath, parent);
-        if (!name.isEmpty() && leavesOutBitCount(name, array.channelCount(), array.bitsPerSample()))
-            name = nameWithBitCount(name, parent);
+        const QString name = askName(stackPath, parent);
         if (name.isEmpty())
             return {};
         ExportJob job = exportJob(array, mode, name);

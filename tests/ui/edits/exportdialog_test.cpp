@@ -128,35 +128,48 @@ TEST_F(ExportDialog, NamesOnlySomeOfManyFiles)
     EXPECT_TRUE(boxText.endsWith(path("a008.pic") + "\nand 3 more?")) << boxText.toStdString();
 }
 
-TEST_F(ExportDialog, OffersAPicWhereATiffWouldNotSayItsBits)
+struct NamedFile
 {
-    show(1, 1, 8);
-    choose(path("a.b"), true);
-    answer("Write a PIC");
-    const auto pic = ask();
-    EXPECT_TRUE(boxText.startsWith("Export stack: This TIFF will not say how many bits a sample has"));
-    ASSERT_TRUE(pic.has_value());
-    EXPECT_EQ(pic->fileName, path("a.b.pic"));
-    choose(path("a"), true);
-    answer("Write the TIFF");
-    EXPECT_EQ(ask()->fileName, path("a.tif"));
-    choose(path("a"), true);
-    answer("Cancel");
-    EXPECT_FALSE(ask().has_value());
-    choose(path("a"), true);
-    script.then([](QDialog& dialog) { press(dialog, Qt::Key_Escape); });
-    EXPECT_FALSE(ask().has_value());
+    QString typed;
+    bool isTiff;
+    QString written;
+};
+
+TEST_F(ExportDialog, KeepsAnEndingOfTheChosenFormat)
+{
+    show(1, 1, 16);
+    for (const NamedFile& each : {NamedFile{"a.pic", false, "a.pic"},
+                                  {"a.PIC", false, "a.PIC"},
+                                  {"a.tif", true, "a.tif"},
+                                  {"a.TIFF", true, "a.TIFF"},
+                                  {"a.b", true, "a.b.tif"},
+                                  {"a.b", false, "a.b.pic"}}) {
+        choose(path(each.typed), each.isTiff);
+        const auto job = ask();
+        ASSERT_TRUE(job.has_value());
+        EXPECT_EQ(job->fileName, path(each.written));
+    }
 }
 
-TEST_F(ExportDialog, AsksForThePicThatWasOffered)
+TEST_F(ExportDialog, AsksWhichOfTwoFormatsCounts)
 {
-    show(1, 2, 16);
-    test::saveBytes(path("a_c01.pic"), "old");
-    choose(path("a.tif"), true);
-    answer("Write a PIC");
-    answer("No");
-    EXPECT_FALSE(ask().has_value());
-    EXPECT_EQ(boxText, "Overwrite File: Overwrite " + path("a_c01.pic") + "?");
+    show(1, 1, 16);
+    for (const NamedFile& each :
+         {NamedFile{"a.tif", false, "a.pic"}, {"a.TIFF", false, "a.pic"}, {"a.Pic", true, "a.tif"}}) {
+        const QString named = each.isTiff ? "Biorad" : "MTiff";
+        const QString chosen = each.isTiff ? "MTiff" : "Biorad";
+        choose(path(each.typed), each.isTiff);
+        answer("Write " + named);
+        EXPECT_EQ(ask()->fileName, path(each.typed));
+        EXPECT_EQ(boxText, "Export stack: The name ends like a " + named + " file, but " + chosen +
+                               " was chosen.\n" + path(each.typed));
+        choose(path(each.typed), each.isTiff);
+        answer("Write " + chosen);
+        EXPECT_EQ(ask()->fileName, path(each.written));
+        choose(path(each.typed), each.isTiff);
+        script.then([](QDialog& dialog) { press(dialog, Qt::Key_Escape); });
+        EXPECT_FALSE(ask().has_value());
+    }
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "threads/exportthread.h"
+#include "threads/exportjob.h"
 
 #include <cmath>
 
@@ -15,6 +15,7 @@
 #include "support/picfile.h"
 #include "support/smalldisk.h"
 #include "support/stacks.h"
+#include "threads/jobthread.h"
 
 namespace tirn {
 namespace {
@@ -496,21 +497,6 @@ TEST_F(Export, HoldsTheFilterThatIsShownOfWhatIsOnDisk)
     EXPECT_EQ(plainCopy(*array->images().front()), plainCopy(expected));
 }
 
-TEST(ExportNames, EndAsTheFilterSays)
-{
-    const QString pic = "Biorad (*.pic)";
-    const QString tif = " MTiff (*.tif *.tiff)";
-    EXPECT_EQ(withExportEnding("a", pic), "a.pic");
-    EXPECT_EQ(withExportEnding("a.pic", pic), "a.pic");
-    EXPECT_EQ(withExportEnding("a.tif", pic), "a.tif.pic");
-    EXPECT_EQ(withExportEnding("a.PIC", pic), "a.PIC");
-    EXPECT_EQ(withExportEnding("a.TIFF", tif), "a.TIFF");
-    EXPECT_EQ(withExportEnding("a", tif), "a.tif");
-    EXPECT_EQ(withExportEnding("a.tif", tif), "a.tif");
-    EXPECT_EQ(withExportEnding("a.tiff", tif), "a.tiff");
-    EXPECT_EQ(withExportEnding("a.pic", tif), "a.pic.tif");
-}
-
 TEST(ExportNames, CountTimePointsBeforeTheEnding)
 {
     using Names = std::vector<QStringList>;
@@ -526,33 +512,28 @@ TEST(ExportNames, CountTimePointsBeforeTheEnding)
     EXPECT_EQ(exportFileNames("a.pic", 1001, 1).back(), QStringList("a1000.pic"));
 }
 
-TEST(ExportNames, ATiffOfBytesOrOfTwoChannelsLeavesOutTheBitCount)
-{
-    EXPECT_TRUE(leavesOutBitCount("a.tif", 1, 8));
-    EXPECT_TRUE(leavesOutBitCount("a.tif", 3, 8));
-    EXPECT_TRUE(leavesOutBitCount("a.tif", 2, 16));
-    EXPECT_FALSE(leavesOutBitCount("a.tif", 1, 12));
-    EXPECT_FALSE(leavesOutBitCount("a.tif", 3, 16));
-    EXPECT_FALSE(leavesOutBitCount("a.pic", 2, 8));
-}
-
 TEST_F(Export, RunsOnItsThreadAndReportsTheEnd)
 {
     show({denseStack(6, 5, 4)});
     QSemaphore finished;
     QSemaphore go;
     JobResult result;
-    ExportThread thread({[&](const QString& text, int, int) {
-                             if (!text.isEmpty())
-                                 go.acquire();
-                         },
-                         [&](const JobResult& last) {
-                             result = last;
-                             finished.release();
-                         }});
-    EXPECT_TRUE(thread.save(exportJob(*array, ExportMode::Core, path("a.pic"))));
+    JobThread thread({[&](const QString& text, int, int) {
+                          if (!text.isEmpty())
+                              go.acquire();
+                      },
+                      [&](const JobResult& last) {
+                          result = last;
+                          finished.release();
+                      }});
+    const auto write = [this](const char* name) {
+        return [job = exportJob(*array, ExportMode::Core, path(name))](const Progress& steps) {
+            return runExportJob(job, steps);
+        };
+    };
+    EXPECT_TRUE(thread.startJob(write("a.pic")));
     EXPECT_TRUE(thread.isBusy());
-    EXPECT_FALSE(thread.save(exportJob(*array, ExportMode::Core, path("b.pic"))));
+    EXPECT_FALSE(thread.startJob(write("b.pic")));
     go.release();
     finished.acquire();
     EXPECT_FALSE(thread.isBusy());
@@ -560,7 +541,7 @@ TEST_F(Export, RunsOnItsThreadAndReportsTheEnd)
     EXPECT_EQ(readFile(path("a.pic")), cropped(denseStack(6, 5, 4), box));
     // The images are given back.
     EXPECT_EQ(array->images().front().use_count(), 1);
-    EXPECT_TRUE(thread.save(exportJob(*array, ExportMode::Core, path("c.pic"))));
+    EXPECT_TRUE(thread.startJob(write("c.pic")));
     thread.cancel();
     go.release();
     finished.acquire();
