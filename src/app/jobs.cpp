@@ -43,11 +43,13 @@ Jobs::Jobs(SceneModel& model, MainForm& mainForm, Settings& settings, WindowStag
     connect(m_saveProgress, &JobProgressForm::cancelled, this, [this] { m_saveThread->cancel(); });
 }
 
+bool Jobs::isBusy() const { return m_filterThread->isBusy() || m_saveThread->isBusy(); }
+
 bool Jobs::canStart()
 {
     if (m_model.scene().current() == nullptr || m_model.scene().batchMode)
         return false;
-    if (!m_filterThread->isBusy() && !m_saveThread->isBusy())
+    if (!isBusy())
         return true;
     m_mainForm.showNote("Another job is still at work on a stack.");
     return false;

@@ -37,6 +37,8 @@ public:
     void finish();
     /// False, with the progress in front, while something is being written.
     bool mayClose();
+    /// While a job works on voxels nobody else reads them.
+    bool isBusy() const;
     FilterThread& filterThread() { return *m_filterThread; }
     JobThread& saveThread() { return *m_saveThread; }
 

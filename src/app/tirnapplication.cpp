@@ -129,10 +129,30 @@ void TirnApplication::connectWidgets()
         else
             currentWidget()->requestFrame();
     });
+    connectPointing();
     const MenuTargets targets{*form,   m_model,     m_stacks, *m_loads,
                               *m_jobs, *m_pictures, *m_forms, [this](const QString& page) { help(page); }};
     connectActions(targets);
     fillContextMenu(widget->contextMenu(), targets);
+}
+
+/// What the mouse does in the picture besides turning it.
+void TirnApplication::connectPointing()
+{
+    TirnWidget* widget = currentWidget();
+    MainForm* form = m_mainForm.get();
+    m_readout = std::make_unique<VoxelReadout>(
+        m_model, [this] { return m_jobs->isBusy(); },
+        [form](const QString& text) { form->showPointed(text); });
+    m_ruler = std::make_unique<RulerTool>(m_model, *m_readout,
+                                          [form](const QString& text) { form->showNote(text); });
+    connect(widget, &TirnWidget::hovered, m_readout.get(),
+            [this, widget](QPointF pixel) { m_readout->follow(pixel, widget->surface().size()); });
+    connect(widget, &TirnWidget::hoverEnded, m_readout.get(), &VoxelReadout::clear);
+    connect(widget, &TirnWidget::clicked, m_ruler.get(),
+            [this, widget](QPointF pixel) { m_ruler->click(pixel, widget->surface().size()); });
+    connect(widget, &TirnWidget::measuringEnded, m_ruler.get(), [this] { m_ruler->setOn(false); });
+    connect(form->action("rulerAction"), &QAction::toggled, m_ruler.get(), &RulerTool::setOn);
 }
 
 void TirnApplication::createForms()

@@ -9,6 +9,7 @@
 #include "app/pictures.h"
 #include "app/preferences.h"
 #include "app/rendereventposter.h"
+#include "app/rulertool.h"
 #include "app/stacklist.h"
 #include "app/windowstage.h"
 #include "threads/probes.h"
@@ -83,6 +84,7 @@ private:
     void createServices();
     void createForms();
     void connectWidgets();
+    void connectPointing();
     void start();
     /// Ends what is at work on volumes.
     void finishJobs();
@@ -98,6 +100,8 @@ private:
     std::unique_ptr<Loads> m_loads;
     std::unique_ptr<Jobs> m_jobs;
     std::unique_ptr<Pictures> m_pictures;
+    std::unique_ptr<VoxelReadout> m_readout;
+    std::unique_ptr<RulerTool> m_ruler;
     std::unique_ptr<FormTable> m_forms;
 };
 

@@ -142,6 +142,11 @@ protected:
     void drawFileLabel(const FrameState& frame, QSize size);
     void drawScaleBar(const FrameState& frame, QSize size);
     void drawCutHandles(const FrameState& frame, QSize size);
+    /// The line in the space of the volume, its ends and its length on top of the picture.
+    void drawRuler(const FrameState& frame);
+    void drawRulerLabel(const FrameState& frame, QSize size);
+    /// A square around a place in the projection's own coordinates, `half` pixels of a plain window each way.
+    void drawMark(const Vector3& at, double half, const QColor& color, QSize size);
     /// Text at a place of the flat projection, or in logical pixels from the top left.
     void drawTextAt(const TextLine& line, const FrameState& frame, double x, double y, QSize size);
     void drawTextInWindow(const TextLine& line, int x, int y, QSize size);

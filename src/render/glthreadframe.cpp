@@ -256,6 +256,7 @@ void GLThread::drawNormal(const FrameState& frame)
             drawBoxFront(frame);
         if (frame.view.drawCutBox)
             drawCutBox(frame);
+        drawRuler(frame);
     }
     gl().DepthMask(GL_TRUE);
     drawSegmentation(frame);
@@ -278,6 +279,7 @@ void GLThread::drawEye(const FrameState& frame, const Vector3& eye, const Vector
         drawVolume(frame, orientationOf(frame.rotation), m_lists.currentRenderList());
         if (frame.view.drawCutBox)
             drawCutBox(frame);
+        drawRuler(frame);
     }
     drawSegmentation(frame);
 }

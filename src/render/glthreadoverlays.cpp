@@ -11,6 +11,13 @@ namespace tirn {
 
 namespace {
 
+/// Half the side of the mark at an end of the ruler, and from its middle to its label, in pixels of a plain
+/// window.
+constexpr double kRulerEndHalf = 2.5;
+constexpr double kRulerLabelGap = 6;
+/// Before everything that the plain projection shows.
+constexpr double kNearest = 1.9;
+
 void setColor(const QColor& color)
 {
     gl().Color4f(static_cast<GLfloat>(color.redF()), static_cast<GLfloat>(color.greenF()),
@@ -101,6 +108,7 @@ void GLThread::drawOverlays(const FrameState& frame, QSize size)
         drawScaleBar(frame, size);
     if (frame.view.drawFileLabel)
         drawFileLabel(frame, size);
+    drawRulerLabel(frame, size);
     if (m_part.hasHandles && showsVolume(frame.view.renderMode))
         drawCutHandles(frame, size);
     if (gl().BlendEquationEXT != nullptr)
@@ -177,26 +185,73 @@ void GLThread::drawScaleBar(const FrameState& frame, QSize size)
     drawTextAt({label.text, points, true, view.scaleBarColor}, frame, x + 0.03, y + 0.01, size);
 }
 
+void GLThread::drawMark(const Vector3& at, double half, const QColor& color, QSize size)
+{
+    const double reach = half * m_part.overlayScale * 2 / squareViewport(size).side;
+    setColor(color);
+    const PrimitiveScope quad(GL_QUADS);
+    vertex(at.x - reach, at.y - reach, kNearest);
+    vertex(at.x + reach, at.y - reach, kNearest);
+    vertex(at.x + reach, at.y + reach, kNearest);
+    vertex(at.x - reach, at.y + reach, kNearest);
+}
+
 /// Squares with a dark rim, so that they show on any picture; those behind are darker.
 void GLThread::drawCutHandles(const FrameState& frame, QSize size)
 {
     const ViewProjection projection(frame.view, frame.scale, size);
-    const double pixel = 2.0 / squareViewport(size).side;
+    const QColor& color = frame.view.cutBoxColor;
     setOrtho({});
     for (const CutHandle& handle : cutHandles(projection, frame.array->geometry(), frame.cut)) {
         const Vector3 at = projection.normalised(handle.centre);
-        const auto square = [&](double half, const QColor& color) {
-            const double reach = half * m_part.overlayScale * pixel;
-            setColor(color);
-            const PrimitiveScope quad(GL_QUADS);
-            vertex(at.x - reach, at.y - reach, 0);
-            vertex(at.x + reach, at.y - reach, 0);
-            vertex(at.x + reach, at.y + reach, 0);
-            vertex(at.x - reach, at.y + reach, 0);
-        };
-        square(kHandleHalf, Qt::black);
-        square(kHandleHalf - 1, handle.isInFront ? frame.view.cutBoxColor : frame.view.cutBoxColor.darker());
+        drawMark(at, kHandleHalf, Qt::black, size);
+        drawMark(at, kHandleHalf - 1, handle.isInFront ? color : color.darker(), size);
     }
+}
+
+/// Through whatever lies in front of it.
+void GLThread::drawRuler(const FrameState& frame)
+{
+    if (frame.rulerLabel.isEmpty())
+        return;
+    disableTexturing();
+    gl().Disable(GL_DEPTH_TEST);
+    if (gl().BlendEquationEXT != nullptr)
+        gl().BlendEquationEXT(GL_FUNC_ADD);
+    gl().LineWidth(static_cast<GLfloat>(std::max(1.0, m_part.overlayScale)));
+    setColor(frame.view.scaleBarColor);
+    {
+        const PrimitiveScope line(GL_LINES);
+        for (const VoxelPlace& end : frame.view.ruler.ends) {
+            const auto [x, y, z] = voxelCentre(frame.array->geometry(), end);
+            vertex(x, y, z);
+        }
+    }
+    gl().LineWidth(1);
+    if (gl().BlendEquationEXT != nullptr)
+        gl().BlendEquationEXT(frame.view.blendMode);
+    gl().Enable(GL_DEPTH_TEST);
+    enableTexturing();
+}
+
+void GLThread::drawRulerLabel(const FrameState& frame, QSize size)
+{
+    const Ruler& ruler = frame.view.ruler;
+    if (ruler.stack != frame.array->id() || !showsVolume(frame.view.renderMode))
+        return;
+    const ViewProjection projection(frame.view, frame.scale, size);
+    setOrtho({});
+    Vector3 middle;
+    for (const VoxelPlace& end : ruler.ends) {
+        const auto [x, y, z] = voxelCentre(frame.array->geometry(), end);
+        drawMark(projection.normalised({x, y, z}), kRulerEndHalf, frame.view.scaleBarColor, size);
+        middle = middle + Vector3{x, y, z} * (1.0 / static_cast<double>(ruler.ends.size()));
+    }
+    const QPointF at = projection.project(middle).at;
+    const double gap = kRulerLabelGap * m_part.overlayScale;
+    m_text.draw({frame.rulerLabel, 12, true, frame.view.scaleBarColor},
+                static_cast<int>(at.x() + gap) - m_part.part.x(),
+                static_cast<int>(size.height() - at.y() + gap) - m_part.part.y());
 }
 
 void GLThread::drawBoundingBox(const FrameState& frame)

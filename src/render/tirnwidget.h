@@ -82,9 +82,13 @@ Q_SIGNALS:
     void rotationChanged(double x, double y, double z);
     void translationChanged(double x, double y, double z);
     void timePointChanged();
-    /// The mouse is over this device pixel without a button, or has left.
+    /// The mouse is over this device pixel without a button, or no longer: it has left, or a button is
+    /// pressed.
     void hovered(QPointF pixel);
-    void mouseLeft();
+    void hoverEnded();
+    /// The left button was pressed and let go at one place, while clicks measure; and Escape was pressed.
+    void clicked(QPointF pixel);
+    void measuringEnded();
     /// What keys ask of the rest of the program.
     void arrayRequested(int index);
     void helpRequested(const QString& page);
@@ -128,6 +132,7 @@ private:
     QMenu m_contextMenu;
     CutHandleTool m_cutHandles;
     QPoint m_lastMouse;
+    QPoint m_pressedAt;
     bool m_preserveWindowRatio = false;
     float m_windowRatioWidth = 0;
     float m_windowRatioHeight = 0;

@@ -19,6 +19,8 @@ constexpr double kWheelFactor = 1.05;
 constexpr double kKeyScaleStep = 0.01;
 /// Slower than this many pixels a frame, a released volume stays where it is.
 constexpr double kThrowThreshold = 2;
+/// A hand does not hold still: moved by up to so many pixels it is still a click.
+constexpr int kClickReach = 3;
 
 enum class CharacterAction {
     None,
@@ -107,6 +109,8 @@ bool TirnWidget::acceptsInput() const { return !scene().batchMode && scene().cur
 void TirnWidget::mousePressEvent(QMouseEvent* event)
 {
     raise();
+    m_pressedAt = event->pos();
+    Q_EMIT hoverEnded();
     const bool isLeft = event->button() == Qt::LeftButton && event->modifiers() == Qt::NoModifier;
     if (isLeft && acceptsInput() &&
         m_cutHandles.press(devicePixel(event->pos()), m_surface.size(), m_surface.pixelRatio())) {
@@ -144,6 +148,9 @@ void TirnWidget::mouseReleaseEvent(QMouseEvent* event)
     });
     if (thrown)
         requestFrame();
+    const bool isClick = (event->pos() - m_pressedAt).manhattanLength() <= kClickReach;
+    if (isClick && event->button() == Qt::LeftButton && scene().view.isMeasuring)
+        Q_EMIT clicked(devicePixel(event->pos()));
 }
 
 void TirnWidget::mouseMoveEvent(QMouseEvent* event)
@@ -158,7 +165,7 @@ void TirnWidget::mouseMoveEvent(QMouseEvent* event)
 
 void TirnWidget::leaveEvent(QEvent* event)
 {
-    Q_EMIT mouseLeft();
+    Q_EMIT hoverEnded();
     QWidget::leaveEvent(event);
 }
 
@@ -247,7 +254,10 @@ bool TirnWidget::handleKey(int key, bool shift)
         Q_EMIT helpRequested("help.html");
         return true;
     case Qt::Key_Escape:
-        Q_EMIT quitRequested();
+        if (scene().view.isMeasuring)
+            Q_EMIT measuringEnded();
+        else
+            Q_EMIT quitRequested();
         return true;
     case Qt::Key_BracketLeft:
         logDebug("previous stack");

@@ -22,7 +22,7 @@ std::optional<std::array<double, 3>> voxelSteps(const VoxelArray& array)
     // Written so that what is no number counts as unknown.
     if (!(stack.dimX > 0) || !(stack.dimY > 0) || !(stack.dimZ > 0))
         return std::nullopt;
-    return std::array{stack.dimX, stack.dimY, stack.dimZ * fileAxisOf(array, 2).step};
+    return std::array{stack.dimX, stack.dimY, stack.dimZ * std::max(1, array.sliceStep)};
 }
 
 bool hasVoxels(const VoxelArray& array)

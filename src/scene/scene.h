@@ -83,6 +83,8 @@ struct FrameState
     bool recording = false;
     QString timeLabel;
     QString watermark;
+    /// What the ruler measures, once it has both ends.
+    QString rulerLabel;
     Matrix4f rotation = rotationMatrix(0, 0, 0);
     /// The surface that is drawn, or null, and the light that it is drawn in.
     const Segmentation* segmentation = nullptr;

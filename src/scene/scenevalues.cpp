@@ -58,7 +58,7 @@ void setPose(ViewState& view, const Pose& pose)
     view.transZ = pose.transZ;
 }
 
-/// All of a view but its pose, what moves by itself, and what is there while something is done.
+/// All of a view but its pose, the ruler, what moves by itself, and what is there while something is done.
 void setLook(ViewState& view, const ViewState& look)
 {
     const ViewState before = view;
@@ -70,6 +70,8 @@ void setLook(ViewState& view, const ViewState& look)
     view.dragging = before.dragging;
     view.drawCutBox = before.drawCutBox;
     view.cutHandles = before.cutHandles;
+    view.ruler = before.ruler;
+    view.isMeasuring = before.isMeasuring;
     view.playing = before.playing;
     view.timeRate = before.timeRate;
 }
@@ -89,6 +91,8 @@ void restoreValues(Scene& scene, const SceneValues& values, Changes which)
 {
     if (which & Change::Look)
         setLook(scene.view, values.view);
+    if (which & Change::Ruler)
+        scene.view.ruler = values.view.ruler;
     if (which & Change::Pose)
         setPose(scene.view, poseOf(values.view));
     for (const StackValues& stack : values.stacks) {

@@ -7,6 +7,7 @@
 #include <qopengl.h>
 
 #include "scene/camera.h"
+#include "scene/ruler.h"
 #include "volume/voxelarray.h"
 
 namespace tirn {
@@ -79,6 +80,9 @@ struct ViewState
     /// The outline of the cut box on top of the volume.
     bool drawCutBox = false;
     CutHandles cutHandles;
+    Ruler ruler;
+    /// Clicks in the picture measure.
+    bool isMeasuring = false;
     bool drawOrientation = false;
     /// The label of the time point, and the file label.
     bool drawChannelTime = false;

@@ -50,6 +50,8 @@ public:
     }
     /// Says something in the status bar, for a while.
     void showNote(const QString& text);
+    /// What the mouse is over, empty for nothing. Notes stand before it.
+    void showPointed(const QString& text);
     const RecentLists& recent() const { return m_recent; }
     /// Takes the lists of what was opened last from the store.
     void readRecentLists();
@@ -103,6 +105,7 @@ private:
     MainFormServices m_services;
     RecentLists m_recent;
     ProbeQuestion m_dropped;
+    QLabel* m_pointed;
     QLabel* m_blending;
     QLabel* m_zCorrection;
     QLabel* m_texture;

@@ -106,7 +106,7 @@ TEST_F(MainWindow, HasTheMenusInOrder)
               QStringList({"Export Core...", "Export Z corrected...", "All Changes"}));
     EXPECT_EQ(entries("&Edit"),
               QStringList({"&Undo", "&Redo", "&Copy", "-", "Filter", "Flip", "Invert Intensities", "-",
-                           "Show Segmentation", "Stretch to used bits", "Preferences..."}));
+                           "Show Segmentation", "Stretch to used bits", "Ruler", "Preferences..."}));
     EXPECT_EQ(entries("&Edit/Filter"),
               QStringList({"Mean", "Median", "Min", "Max", "Custom...", "Background Subtract"}));
     EXPECT_EQ(entries("&Edit/Flip"), QStringList({"X Axis", "Y Axis", "Z Axis"}));
