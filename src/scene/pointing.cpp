@@ -103,6 +103,7 @@ QString pointedText(const VoxelArray& array, const PointedVoxel& pointed)
     const auto steps = voxelSteps(array);
     QStringList places;
     QStringList lengths;
+    QStringList values;
     for (std::size_t i = 0; i < 3; ++i) {
         const FileAxis axis = fileAxisOf(array, static_cast<int>(i));
         const int number = axis.first + numbers[i] * axis.unit();
@@ -110,12 +111,14 @@ QString pointedText(const VoxelArray& array, const PointedVoxel& pointed)
         if (steps)
             lengths.append(lengthText(number * (*steps)[i] / axis.unit()));
     }
-    QStringList parts = {places.join("  ")};
+    for (const int value : pointed.values)
+        values.append(QString::number(value));
+    QString text = places.join(' ');
+    if (!values.isEmpty())
+        text += ": " + values.join(", ");
     if (steps)
-        parts.append("(" + lengths.join(", ") + kMicrons + ")");
-    for (std::size_t c = 0; c < pointed.values.size(); ++c)
-        parts.append(QString("%1: %2").arg(c + 1).arg(pointed.values[c]));
-    return parts.join("  ");
+        text += "  (" + lengths.join(", ") + kMicrons + ")";
+    return text;
 }
 
 QString distanceText(const VoxelArray& array, const VoxelPlace& from, const VoxelPlace& to)

@@ -22,8 +22,8 @@ struct PointedVoxel
 /// only while nobody works on the volume's voxels. Nothing where the picture shows none.
 std::optional<PointedVoxel> pointAt(const Scene& scene, QPointF pixel, QSize size);
 
-/// "x 12  y 40  z 3  (1.2, 4.0, 0.6 µm)  1: 55  2: 4095": numbers of the file, where in it that is, and what
-/// each channel holds; what is not known is left out.
+/// "x 12 y 40 z 3: 55, 4095  (1.20, 4.00, 0.60 µm)": numbers of the file, what each channel holds there, and
+/// where in the file that is; what is not known is left out.
 QString pointedText(const VoxelArray& array, const PointedVoxel& pointed);
 
 /// The distance between the middles of two voxels, in microns, or in voxels where their size is not known.

@@ -106,16 +106,16 @@ TEST(PointedText, HasTheNumbersOfTheFileAndMicronsWhereTheyAreKnown)
 {
     VoxelArray array(64, 64, 20, VolumeOptions());
     array.stack().dimX = array.stack().dimY = array.stack().dimZ = -1;
-    EXPECT_EQ(pointedText(array, {{12, 40, 3}, {55, 4095}}), "x 12  y 40  z 3  1: 55  2: 4095");
-    EXPECT_EQ(pointedText(array, {{0, 0, 0}, {}}), "x 0  y 0  z 0");
+    EXPECT_EQ(pointedText(array, {{12, 40, 3}, {55, 4095}}), "x 12 y 40 z 3: 55, 4095");
+    EXPECT_EQ(pointedText(array, {{0, 0, 0}, {}}), "x 0 y 0 z 0");
     array.stack().dimX = 0.25;
     array.stack().dimY = 0.5;
-    EXPECT_EQ(pointedText(array, {{12, 40, 3}, {9}}), "x 12  y 40  z 3  1: 9");
+    EXPECT_EQ(pointedText(array, {{12, 40, 3}, {9}}), "x 12 y 40 z 3: 9");
     array.stack().dimZ = 2;
-    EXPECT_EQ(pointedText(array, {{12, 40, 3}, {9}}), "x 12  y 40  z 3  (3.00, 20.0, 6.00 µm)  1: 9");
+    EXPECT_EQ(pointedText(array, {{12, 40, 3}, {9}}), "x 12 y 40 z 3: 9  (3.00, 20.0, 6.00 µm)");
     // Voxels of a reduced stack are as large as four of the file.
     array.subsample = 4;
-    EXPECT_EQ(pointedText(array, {{1, 2, 0}, {9}}), "x 4  y 8  z 0  (0.25, 1.00, 0.00 µm)  1: 9");
+    EXPECT_EQ(pointedText(array, {{1, 2, 0}, {9}}), "x 4 y 8 z 0: 9  (0.25, 1.00, 0.00 µm)");
 }
 
 TEST(DistanceText, IsThatOfTheMiddlesOfTheVoxels)
