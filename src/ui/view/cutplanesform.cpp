@@ -79,7 +79,7 @@ private:
 } // namespace
 
 CutPlanesForm::CutPlanesForm(const FormServices& services, QWidget* parent)
-    : ToolForm(services, Change::Stacks | Change::Voxels | Change::Cut, parent),
+    : ToolForm(services, Change::Stacks | Change::Voxels | Change::Cut | Change::Look, parent),
       m_reset(new QPushButton(tr("Reset"), this))
 {
     setWindowTitle(tr("Cut Planes"));
@@ -227,10 +227,6 @@ void CutPlanesForm::showWholeStack()
 void CutPlanesForm::change(const SceneModel::Edit& edit)
 {
     services().model.editUndoably(tr("cut planes"), m_gesture, Change::Cut, edit);
-    if (m_gesture != 0)
-        m_isChangeHeldBack = true;
-    else
-        Q_EMIT renderAreaChanged();
 }
 
 void CutPlanesForm::press()
@@ -243,16 +239,21 @@ void CutPlanesForm::release()
 {
     m_gesture = 0;
     edit(Change::Look, [](Scene& shown) { shown.view.drawCutBox = false; });
-    if (std::exchange(m_isChangeHeldBack, false))
-        Q_EMIT renderAreaChanged();
 }
 
 void CutPlanesForm::refresh(Changes changes)
 {
-    if (changes & (Change::Stacks | Change::Voxels))
+    if (changes & (Change::Stacks | Change::Voxels)) {
         checkForStack();
-    else
+        return;
+    }
+    if (changes & Change::Cut) {
         showCut(true);
+        m_isChangeHeldBack = true;
+    }
+    // The outline stands while a slider, or a handle in the picture, is held.
+    if (!scene().view.drawCutBox && std::exchange(m_isChangeHeldBack, false))
+        Q_EMIT renderAreaChanged();
 }
 
 void CutPlanesForm::checkForStack()

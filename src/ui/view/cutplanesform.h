@@ -38,7 +38,8 @@ public Q_SLOTS:
     void ZIntervalChanged(int slices) { takeInterval(2, slices); }
 
 Q_SIGNALS:
-    /// Another part of the volume is drawn; once for a drag, at its end.
+    /// Another part of the volume is drawn, whoever cut it; once for a drag, at its end. Only while the form
+    /// is shown.
     void renderAreaChanged();
 
 protected:

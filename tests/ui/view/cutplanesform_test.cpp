@@ -353,7 +353,7 @@ TEST_F(CutPlanes, TheBoxHasHandlesWhileTheFormIsShown)
 TEST_F(CutPlanes, AHandleIsDraggedInThePictureAndTheSliderFollows)
 {
     load({picFile("a.pic", 16, 16, 16)});
-    form();
+    QSignalSpy changed(&form(), &CutPlanesForm::renderAreaChanged);
     const QPoint handle(widget().width() - 2, widget().height() / 2);
     const QPoint to = handle - QPoint(widget().width() / 4, 0);
     press(handle, Qt::LeftButton);
@@ -362,12 +362,15 @@ TEST_F(CutPlanes, AHandleIsDraggedInThePictureAndTheSliderFollows)
     EXPECT_EQ(cut(), (CutBox{0, 11, 0, 15, 0, 15}));
     EXPECT_EQ(slider("sldXMax").value(), 11);
     EXPECT_EQ(text("spnXMax"), "0011");
+    EXPECT_EQ(changed.size(), 0);
     release(to, Qt::LeftButton);
+    EXPECT_EQ(changed.size(), 1);
     EXPECT_FALSE(isOutlined());
     EXPECT_EQ(view().rotY, 0) << "the volume stays where it is";
     undo().trigger();
     EXPECT_EQ(cut().xMax, 15);
     EXPECT_EQ(text("spnXMax"), "0015");
+    EXPECT_EQ(changed.size(), 2);
 }
 
 TEST_F(CutPlanes, WithoutTheFormTheSameDragTurnsTheVolume)
