@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QMenuBar>
+#include <QStackedWidget>
 #include <QStatusBar>
 #include <unistd.h>
 
@@ -154,11 +155,20 @@ void MainForm::buildMenus()
 
 void MainForm::buildStatusBar()
 {
-    m_facts = new QLabel(this);
-    m_facts->setObjectName("facts");
-    // A long line gives way to the picture.
-    m_facts->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    statusBar()->addWidget(m_facts, 1);
+    // The facts give way to what is pointed at, and both to notes.
+    m_about = new QStackedWidget(this);
+    const auto about = [this](const char* name) {
+        auto* made = new QLabel(m_about);
+        made->setObjectName(name);
+        // However long, it makes no window wider.
+        made->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        m_about->addWidget(made);
+        return made;
+    };
+    m_facts = about("facts");
+    m_pointed = about("pointed");
+    m_about->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    statusBar()->addWidget(m_about, 1);
     const auto label = [this](const char* name, const QString& text, int width) {
         auto* made = new QLabel(text, this);
         made->setObjectName(name);
@@ -166,12 +176,6 @@ void MainForm::buildStatusBar()
         statusBar()->addPermanentWidget(made);
         return made;
     };
-    m_pointed = new QLabel(this);
-    m_pointed->setObjectName("pointed");
-    // However long, it makes no window wider.
-    m_pointed->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    m_pointed->hide();
-    statusBar()->addWidget(m_pointed, 1);
     m_blending = label("alpha", "alpha", 0);
     m_zCorrection = label("Zcorr", "Z corr", 0);
     m_zCorrection->hide();
@@ -254,8 +258,7 @@ void MainForm::showPointed(const QString& text)
     m_pointed->setText(text);
     // What does not fit can be read all the same.
     m_pointed->setToolTip(text);
-    m_pointed->setVisible(!text.isEmpty());
-    m_facts->setVisible(text.isEmpty());
+    m_about->setCurrentWidget(text.isEmpty() ? m_facts : m_pointed);
 }
 
 void MainForm::updateBlendingStatus(GLint mode) { m_blending->setText(mode == GL_MAX ? "max" : "alpha"); }

@@ -17,6 +17,8 @@
 
 class QSettings;
 
+class QStackedWidget;
+
 namespace tirn {
 
 struct DroppedNames;
@@ -114,6 +116,7 @@ private:
     MainFormServices m_services;
     RecentLists m_recent;
     ProbeQuestion m_dropped;
+    QStackedWidget* m_about;
     QLabel* m_facts;
     QLabel* m_pointed;
     QLabel* m_blending;
