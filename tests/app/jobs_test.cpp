@@ -33,6 +33,7 @@ protected:
         app().model().edit(Change::Settings | Change::Look,
                            [drawing](Scene& scene) { scene.settings.drawing = drawing; });
         settle();
+        widget().renderThread().wait();
     }
     QByteArray voxels()
     {
