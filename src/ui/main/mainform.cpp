@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "base/log.h"
+#include "gl/nativebackground.h"
 #include "image/stackfacts.h"
 #include "ui/main/mainactions.h"
 #include "ui/messages.h"
@@ -68,22 +69,25 @@ MainForm::MainForm(const QString& name, const MainFormServices& services)
 void MainForm::follow(Changes changes)
 {
     const Scene& scene = m_services.model.scene();
+    const auto check = [this](const char* name, bool on) {
+        const QSignalBlocker blocker(action(name));
+        action(name)->setChecked(on);
+    };
+    if (changes & Change::Ruler)
+        check("rulerAction", scene.view.isMeasuring);
     if (changes & Change::Look) {
         updateBlendingStatus(static_cast<GLint>(scene.view.blendMode));
         updateZCorrectionStatus(scene.view.zCorrection);
-        const auto check = [this](const char* name, bool on) {
-            const QSignalBlocker blocker(action(name));
-            action(name)->setChecked(on);
-        };
         check("stretchToUsedBitsAction", scene.view.autoBitDepth);
         check("showSegmentationAction", drawnSurface(scene.segmentations) != nullptr);
     }
     if (changes & (Change::Stacks | Change::Voxels | Change::Scale)) {
         const VoxelArray* array = scene.current();
         setWindowTitle(array != nullptr ? array->name() + " - Tirn" : QString("Tirn"));
-        m_facts->setText(array != nullptr
-                             ? stackFacts(array->stack(), array->channelCount(), array->timePointCount())
-                             : QString());
+        m_facts->setText(array == nullptr
+                             ? QString()
+                             : stackFacts(array->stack(), array->channelCount(), array->timePointCount()));
+        m_facts->setToolTip(m_facts->text());
         updateTextureStatus();
         updateMemoryStatus();
     }
@@ -162,6 +166,12 @@ void MainForm::buildStatusBar()
         statusBar()->addPermanentWidget(made);
         return made;
     };
+    m_pointed = new QLabel(this);
+    m_pointed->setObjectName("pointed");
+    // However long, it makes no window wider.
+    m_pointed->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    m_pointed->hide();
+    statusBar()->addWidget(m_pointed, 1);
     m_blending = label("alpha", "alpha", 0);
     m_zCorrection = label("Zcorr", "Z corr", 0);
     m_zCorrection->hide();
@@ -239,6 +249,15 @@ void MainForm::recentStack(int position)
 
 void MainForm::showNote(const QString& text) { statusBar()->showMessage(text, kNoteMilliseconds); }
 
+void MainForm::showPointed(const QString& text)
+{
+    m_pointed->setText(text);
+    // What does not fit can be read all the same.
+    m_pointed->setToolTip(text);
+    m_pointed->setVisible(!text.isEmpty());
+    m_facts->setVisible(text.isEmpty());
+}
+
 void MainForm::updateBlendingStatus(GLint mode) { m_blending->setText(mode == GL_MAX ? "max" : "alpha"); }
 
 void MainForm::updateTextureStatus()
@@ -259,6 +278,12 @@ void MainForm::checkForUpdates()
     // No network is asked: the text is the whole answer.
     showMessage(this, QMessageBox::Information, tr("Checking for new version"),
                 tr("This build is older than 4AM, of course you need to update."));
+}
+
+void MainForm::showEvent(QShowEvent* event)
+{
+    QMainWindow::showEvent(event);
+    setNativeBackground(*this, palette().color(QPalette::Window));
 }
 
 void MainForm::changeEvent(QEvent* event)
