@@ -9,6 +9,26 @@
 
 namespace tirn {
 
+namespace {
+
+/// Where a stack was written, and under which names.
+QString writtenText(const ExportJob& job)
+{
+    QStringList names;
+    for (const QStringList& ofTimePoint :
+         exportFileNames(job.fileName, static_cast<int>(job.timePoints.size()), job.channels()))
+        names.append(ofTimePoint);
+    const QString folder = QFileInfo(names.first()).absolutePath();
+    const auto plain = [](const QString& name) { return QFileInfo(name).fileName(); };
+    if (names.size() == 1)
+        return MainForm::tr("Written to %1 in %2").arg(plain(names.first()), folder);
+    return MainForm::tr("Written to %1 files, %2 to %3, in %4")
+        .arg(names.size())
+        .arg(plain(names.first()), plain(names.last()), folder);
+}
+
+} // namespace
+
 Jobs::Jobs(SceneModel& model, MainForm& mainForm, Settings& settings, WindowStage& stage, QObject& receiver)
     : m_model(model), m_mainForm(mainForm), m_settings(settings),
       m_filterProgress(new JobProgressForm("filterstuff", &mainForm)),
@@ -47,8 +67,11 @@ bool Jobs::isBusy() const { return m_filterThread->isBusy() || m_saveThread->isB
 
 bool Jobs::canStart()
 {
-    if (m_model.scene().current() == nullptr || m_model.scene().batchMode)
-        return false;
+    return m_model.scene().current() != nullptr && !m_model.scene().batchMode && isFree();
+}
+
+bool Jobs::isFree()
+{
     if (!isBusy())
         return true;
     m_mainForm.showNote("Another job is still at work on a stack.");
@@ -73,9 +96,63 @@ void Jobs::filter(FilterOperation operation)
     // While the dialog stood another job may have begun, or the stack been closed.
     if (!parameters || !canStart())
         return;
-    m_filterProgress->start(kFilterCaption, progressText(operation));
-    if (!m_filterThread->filter({m_model.scene().current(), *parameters}))
+    run(m_model.scene().currentId(), *parameters);
+}
+
+bool Jobs::run(StackId stack, const FilterJobParameters& parameters)
+{
+    m_filtered = stack;
+    m_parameters = parameters;
+    m_filterProgress->start(kFilterCaption, progressText(parameters.operation));
+    if (m_filterThread->filter({m_model.scene().find(stack), parameters}))
+        return true;
+    m_filterProgress->finish();
+    return false;
+}
+
+bool Jobs::mayUndo(const QUndoCommand* command)
+{
+    return dynamic_cast<const FilterCommand*>(command) == nullptr || isFree();
+}
+
+/// A new filter comes to the undo stack; what the ones before it kept is let go.
+void Jobs::keepForUndo(std::shared_ptr<AppliedEdit> applied)
+{
+    if (FilterCommand* command = std::exchange(m_repeated, nullptr)) {
+        command->setApplied(std::move(applied));
+        return;
+    }
+    QUndoStack& undo = m_model.undoStack();
+    for (int i = 0; i < undo.count(); ++i) {
+        if (auto* earlier = dynamic_cast<FilterCommand*>(const_cast<QUndoCommand*>(undo.command(i))))
+            earlier->setApplied(nullptr);
+    }
+    undo.push(new FilterCommand(*this, m_filtered, m_parameters, std::move(applied)));
+}
+
+void Jobs::runAgain(FilterCommand& command)
+{
+    if (m_model.scene().find(command.stack()) != nullptr && run(command.stack(), command.parameters()))
+        m_repeated = &command;
+}
+
+void Jobs::takeBack(StackId stack, std::shared_ptr<AppliedEdit> applied)
+{
+    if (m_model.scene().find(stack) == nullptr)
+        return;
+    if (applied == nullptr) {
+        m_mainForm.showNote(MainForm::tr("The voxels before this filter are no longer kept."));
+        return;
+    }
+    m_filterProgress->start(kFilterCaption, MainForm::tr("Bringing the former voxels back..."));
+    if (!m_filterThread->takeBack(std::move(applied)))
         m_filterProgress->finish();
+}
+
+void Jobs::forget(const FilterCommand& command)
+{
+    if (m_repeated == &command)
+        m_repeated = nullptr;
 }
 
 void Jobs::exportStack(ExportMode mode)
@@ -92,12 +169,13 @@ void Jobs::write(ExportJob job)
 {
     m_settings.stackPath = QFileInfo(job.fileName).absolutePath();
     const QString text = "Writing " + QFileInfo(job.fileName).fileName();
+    const QString written = writtenText(job);
     const auto run = [job = std::move(job)](const Progress& progress) { return runExportJob(job, progress); };
-    runJob("Export stack", text, run, [this](const JobResult& result) {
+    runJob("Export stack", text, run, [this, written](const JobResult& result) {
         if (result.outcome == JobOutcome::Failed)
             showMessage(&m_mainForm, QMessageBox::Warning, "Export stack", result.error);
         else if (result.outcome == JobOutcome::Done)
-            m_mainForm.showNote("The stack was written.");
+            m_mainForm.showNote(written);
     });
 }
 
@@ -116,6 +194,9 @@ void Jobs::handle(const ReencodeDoneEvent& event)
     m_mainForm.statusBar()->clearMessage();
     m_model.follow(Change::Voxels);
     m_model.redraw();
+    if (auto applied = m_filterThread->takeApplied())
+        keepForUndo(std::move(applied));
+    m_repeated = nullptr;
     if (!event.message.isEmpty())
         showMessage(&m_mainForm, QMessageBox::Warning, kFilterCaption, event.message);
 }

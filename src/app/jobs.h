@@ -5,6 +5,7 @@
 #include <QPointer>
 
 #include "app/events.h"
+#include "app/filtercommand.h"
 #include "app/windowstage.h"
 #include "threads/exportjob.h"
 #include "threads/filterthread.h"
@@ -16,7 +17,7 @@ namespace tirn {
 
 /// Jobs on the voxels of stacks: filters, exports, and what forms ask for. One at a time, since an image has
 /// no lock.
-class Jobs : public QObject, public JobService
+class Jobs : public QObject, public JobService, private FilterRuns
 {
     Q_OBJECT
 
@@ -33,6 +34,8 @@ public:
     void exportStack(ExportMode mode);
     /// Writes it.
     void write(ExportJob job);
+    /// False, with a note, where a command of the undo stack has to wait for what is at work.
+    bool mayUndo(const QUndoCommand* command);
     /// Ends what is at work: a filter is cancelled, everything else comes to its end.
     void finish();
     /// False, with the progress in front, while something is being written.
@@ -49,6 +52,12 @@ public:
 private:
     /// With a stack and no other job; the status bar tells of that one.
     bool canStart();
+    bool isFree();
+    bool run(StackId stack, const FilterJobParameters& parameters);
+    void keepForUndo(std::shared_ptr<AppliedEdit> applied);
+    void runAgain(FilterCommand& command) override;
+    void takeBack(StackId stack, std::shared_ptr<AppliedEdit> applied) override;
+    void forget(const FilterCommand& command) override;
 
     SceneModel& m_model;
     MainForm& m_mainForm;
@@ -57,6 +66,10 @@ private:
     QPointer<JobProgressForm> m_saveProgress;
     /// Whom the job on the save thread belongs to.
     std::function<void(const JobResult&)> m_finished;
+    /// The filter at work, and the command that it is run for again; null for a new one.
+    StackId m_filtered = StackId::None;
+    FilterJobParameters m_parameters;
+    FilterCommand* m_repeated = nullptr;
     std::unique_ptr<FilterThread> m_filterThread;
     std::unique_ptr<JobThread> m_saveThread;
 };

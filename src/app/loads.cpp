@@ -6,6 +6,7 @@
 #include "base/log.h"
 #include "formats/names/filefilters.h"
 #include "palettes/palettefile.h"
+#include "scene/fitview.h"
 #include "ui/messages.h"
 #include "ui/open/stackopenform.h"
 
@@ -176,6 +177,28 @@ void Loads::loadSegmentation(const QString& fileName)
     showMessage(&m_needs.mainForm, QMessageBox::Information, "Segmentation", fileName + " loaded.");
 }
 
+/// How a stack shows itself when it comes, and a note where that is not as its voxels are.
+SceneModel::Edit Loads::firstLook(const ImageAttributes& stack)
+{
+    const bool isFirst = m_needs.stacks.count() == 0;
+    const bool fits = m_needs.settings.fitOnOpen;
+    const bool stretches =
+        m_needs.settings.stretchOnOpen && stack.hasWords() && stack.realBitDepth() < stack.bitDepth;
+    if (stretches)
+        m_needs.mainForm.showNote(MainForm::tr("Stretched to the %1 of %2 bits that are used. \"Edit > "
+                                               "Stretch to used bits\" shows the whole range.")
+                                      .arg(stack.realBitDepth())
+                                      .arg(stack.bitDepth));
+    return [=](Scene& scene) {
+        if (isFirst)
+            freshView(scene);
+        if (fits)
+            fitView(scene);
+        if (stretches)
+            scene.view.autoBitDepth = true;
+    };
+}
+
 void Loads::handle(StackLoadedEvent& event)
 {
     logDebug("Made it to stack Loaded!!!");
@@ -184,8 +207,9 @@ void Loads::handle(StackLoadedEvent& event)
     recent.timePoints = event.array->timePointCount();
     recent.files = std::move(event.filesToLoad);
     recent.raw = event.raw;
-    m_needs.stacks.add(std::move(event.array), std::move(event.palettes));
-    m_needs.mainForm.addRecentStack(std::move(recent));
+    const SceneModel::Edit look = firstLook(event.array->stack());
+    m_needs.stacks.add(std::move(event.array), std::move(event.palettes), look);
+    m_needs.mainForm.addRecentStack(recent);
 }
 
 void Loads::handle(const ProgressEvent& event)

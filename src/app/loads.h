@@ -63,6 +63,7 @@ private:
     PaletteList readPalettes(const QStringList& names);
     void loadSorted(const QStringList& arguments);
     void loadNamed(const CommandLine& line);
+    SceneModel::Edit firstLook(const ImageAttributes& stack);
 
     LoadNeeds m_needs;
     ProbeQuestion m_named;

@@ -2,6 +2,8 @@
 
 #include <QMenu>
 
+#include "scene/fitview.h"
+
 namespace tirn {
 
 namespace {
@@ -30,6 +32,18 @@ constexpr ExportAction kExportActions[] = {
     {"fileSaveCoreAction", ExportMode::Core},
     {"fileSaveZAction", ExportMode::ZCorrected},
     {"fileSaveAllAction", ExportMode::AllChanges},
+};
+
+struct SideAction
+{
+    const char* action;
+    ViewSide side;
+};
+
+constexpr SideAction kSideActions[] = {
+    {"viewFrontAction", ViewSide::Front}, {"viewBackAction", ViewSide::Back},
+    {"viewLeftAction", ViewSide::Left},   {"viewRightAction", ViewSide::Right},
+    {"viewTopAction", ViewSide::Top},     {"viewBottomAction", ViewSide::Bottom},
 };
 
 /// The context menu in order: forms, actions of the main window under a text of their own, separators, and
@@ -161,6 +175,17 @@ void connectActions(const MenuTargets& targets)
     });
     on("helpContentsAction", [help = targets.help] { help("index.html"); });
     on("checkForUpdatesAction", [mainForm] { mainForm->checkForUpdates(); });
+    const auto onView = [&](const char* name, const SceneModel::Edit& change) {
+        on(name, [model = &targets.model, change] { model->edit(Change::Pose | Change::Scale, change); });
+    };
+    onView("fitViewAction", fitView);
+    onView("resetViewAction", [settings = &targets.settings](Scene& scene) {
+        freshView(scene);
+        if (settings->fitOnOpen)
+            fitView(scene);
+    });
+    for (const SideAction& each : kSideActions)
+        onView(each.action, [each](Scene& scene) { lookAt(scene.view, each.side); });
     for (const TransformAction& each : kTransformActions)
         on(each.action, [jobs = &targets.jobs, each] { jobs->filter(each.operation); });
     for (const Filter& each : filters()) {

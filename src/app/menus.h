@@ -17,6 +17,7 @@ struct MenuTargets
     Jobs& jobs;
     Pictures& pictures;
     FormTable& forms;
+    const Settings& settings;
     std::function<void(const QString& page)> help;
 };
 

@@ -16,6 +16,7 @@ void Preferences::use(const Settings& settings)
         scene.settings.flashRate = settings.flashRate;
         scene.settings.texLimit2D = settings.texLimit2D;
         scene.settings.texLimit3D = settings.texLimit3D;
+        scene.settings.moveAlongScreen = settings.moveAlongScreen;
         scene.watermark = settings.watermarkText;
     });
 }

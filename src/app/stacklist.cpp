@@ -29,9 +29,10 @@ void StackList::addPalettes(PaletteList palettes)
     });
 }
 
-void StackList::add(std::unique_ptr<VoxelArray> array, PaletteList palettes)
+void StackList::add(std::unique_ptr<VoxelArray> array, PaletteList palettes, const SceneModel::Edit& look)
 {
-    m_model.editLists(Change::Stacks | Change::Palettes, [&](Scene& scene) {
+    const Changes changes = Change::Stacks | Change::Palettes | Change::Pose | Change::Look;
+    m_model.editLists(changes, [&](Scene& scene) {
         for (auto& palette : palettes)
             scene.palettes.push_back(std::move(palette));
         if (scene.palettes.empty())
@@ -43,6 +44,8 @@ void StackList::add(std::unique_ptr<VoxelArray> array, PaletteList palettes)
         }
         scene.arrays.push_back(std::move(array));
         setCurrentStack(scene, static_cast<int>(scene.arrays.size()) - 1);
+        if (look)
+            look(scene);
     });
     Q_EMIT currentArrayChanged();
 }

@@ -19,8 +19,9 @@ public:
     /// Where palettes go on the card; null until there is one.
     void setPaletteTables(PaletteTables* tables) { m_tables = tables; }
     int count() const { return static_cast<int>(m_model.scene().arrays.size()); }
-    /// Files a loaded volume with the palettes that came with it, and makes it current.
-    void add(std::unique_ptr<VoxelArray> array, PaletteList palettes);
+    /// Files a loaded volume with the palettes that came with it, makes it current and shows it: `look` is
+    /// how.
+    void add(std::unique_ptr<VoxelArray> array, PaletteList palettes, const SceneModel::Edit& look = {});
     void addPalettes(PaletteList palettes);
     /// False when there is none of this index; with no volumes at all whether the index is -1.
     bool setCurrent(int index);

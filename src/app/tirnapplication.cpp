@@ -49,6 +49,8 @@ TirnApplication::~TirnApplication()
         m_stage->stopDrawing();
     // Events still on their way may hold a volume, which must go while the card is there.
     removePostedEvents(this);
+    m_ruler.reset();
+    m_readout.reset();
     m_jobs.reset();
     m_forms.reset();
     m_mainForm.reset();
@@ -96,6 +98,11 @@ void TirnApplication::createServices()
         LoadNeeds{m_model, m_stacks, *m_mainForm, settings, m_probes, *m_stage, form}, *this);
     m_jobs = std::make_unique<Jobs>(m_model, *m_mainForm, settings, *m_stage, *this);
     m_pictures = std::make_unique<Pictures>(m_model, *m_stage, settings);
+    m_readout = std::make_unique<VoxelReadout>(
+        m_model, [this] { return m_jobs->isBusy(); },
+        [this](const QString& text) { m_mainForm->showPointed(text); });
+    m_ruler = std::make_unique<RulerTool>(m_model, *m_readout,
+                                          [this](const QString& text) { m_mainForm->showNote(text); });
     const auto keep = [this](const Settings& chosen) {
         const QString error = m_preferences.keep(chosen);
         if (!error.isEmpty())
@@ -119,40 +126,44 @@ void TirnApplication::connectWidgets()
     connect(widget, &TirnWidget::arrayRequested, &m_stacks, &StackList::setCurrent);
     connect(widget, &TirnWidget::helpRequested, this, qOverload<const QString&>(&TirnApplication::help));
     connect(widget, &TirnWidget::quitRequested, form, &MainForm::close);
+    connectPointing(*widget);
+    connect(form->action("rulerAction"), &QAction::toggled, m_ruler.get(), &RulerTool::setOn);
     form->setCloseHandler([this] {
         m_stage->stopDrawing();
         return m_jobs->mayClose();
     });
+    form->setUndoGate([this](const QUndoCommand* command) { return m_jobs->mayUndo(command); });
     form->setMinimisedHandler([this](bool minimised) {
         if (minimised)
             currentWidget()->stopRendering();
         else
             currentWidget()->requestFrame();
     });
-    connectPointing();
-    const MenuTargets targets{*form,   m_model,     m_stacks, *m_loads,
-                              *m_jobs, *m_pictures, *m_forms, [this](const QString& page) { help(page); }};
+    const MenuTargets targets{*form,
+                              m_model,
+                              m_stacks,
+                              *m_loads,
+                              *m_jobs,
+                              *m_pictures,
+                              *m_forms,
+                              m_preferences.settings(),
+                              [this](const QString& page) { help(page); }};
     connectActions(targets);
     fillContextMenu(widget->contextMenu(), targets);
 }
 
 /// What the mouse does in the picture besides turning it.
-void TirnApplication::connectPointing()
+void TirnApplication::connectPointing(TirnWidget& widget)
 {
-    TirnWidget* widget = currentWidget();
-    MainForm* form = m_mainForm.get();
-    m_readout = std::make_unique<VoxelReadout>(
-        m_model, [this] { return m_jobs->isBusy(); },
-        [form](const QString& text) { form->showPointed(text); });
-    m_ruler = std::make_unique<RulerTool>(m_model, *m_readout,
-                                          [form](const QString& text) { form->showNote(text); });
-    connect(widget, &TirnWidget::hovered, m_readout.get(),
-            [this, widget](QPointF pixel) { m_readout->follow(pixel, widget->surface().size()); });
-    connect(widget, &TirnWidget::hoverEnded, m_readout.get(), &VoxelReadout::clear);
-    connect(widget, &TirnWidget::clicked, m_ruler.get(),
-            [this, widget](QPointF pixel) { m_ruler->click(pixel, widget->surface().size()); });
-    connect(widget, &TirnWidget::measuringEnded, m_ruler.get(), [this] { m_ruler->setOn(false); });
-    connect(form->action("rulerAction"), &QAction::toggled, m_ruler.get(), &RulerTool::setOn);
+    const auto connectPlace = [&widget](auto signal, auto* receiver, auto slot) {
+        connect(&widget, signal, receiver, [&widget, receiver, slot](QPointF pixel) {
+            (receiver->*slot)(pixel, widget.surface().size());
+        });
+    };
+    connectPlace(&TirnWidget::hovered, m_readout.get(), &VoxelReadout::follow);
+    connectPlace(&TirnWidget::clicked, m_ruler.get(), &RulerTool::click);
+    connect(&widget, &TirnWidget::hoverEnded, m_readout.get(), &VoxelReadout::clear);
+    connect(&widget, &TirnWidget::measuringEnded, m_ruler.get(), [this] { m_ruler->setOn(false); });
 }
 
 void TirnApplication::createForms()

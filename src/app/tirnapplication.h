@@ -84,7 +84,7 @@ private:
     void createServices();
     void createForms();
     void connectWidgets();
-    void connectPointing();
+    void connectPointing(TirnWidget& widget);
     void start();
     /// Ends what is at work on volumes.
     void finishJobs();

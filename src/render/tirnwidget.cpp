@@ -118,6 +118,12 @@ void TirnWidget::emitRotation()
     Q_EMIT rotationChanged(view.rotX, view.rotY, view.rotZ);
 }
 
+void TirnWidget::emitTranslation()
+{
+    const ViewState view = m_model.view();
+    Q_EMIT translationChanged(view.transX, view.transY, view.transZ);
+}
+
 void TirnWidget::rotate(double delta, int axis)
 {
     bool known = false;
@@ -151,8 +157,7 @@ void TirnWidget::translate(double delta, int axis)
         logWarning("Error: non-existant axis");
         return;
     }
-    const ViewState view = m_model.view();
-    Q_EMIT translationChanged(view.transX, view.transY, view.transZ);
+    emitTranslation();
 }
 
 void TirnWidget::scaleAxis(int axis, double value)

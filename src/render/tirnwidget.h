@@ -122,6 +122,8 @@ private:
     void scaleAxis(int axis, double value);
     void emitScale();
     void emitRotation();
+    void emitTranslation();
+    void move(double x, double y, double z);
     void keepRatio();
 
     SceneModel& m_model;
@@ -133,6 +135,8 @@ private:
     CutHandleTool m_cutHandles;
     QPoint m_lastMouse;
     QPoint m_pressedAt;
+    /// When the mouse moved the volume last, on the clock of the window system, in milliseconds.
+    unsigned long m_lastMotion = 0;
     bool m_preserveWindowRatio = false;
     float m_windowRatioWidth = 0;
     float m_windowRatioHeight = 0;

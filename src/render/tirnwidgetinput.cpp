@@ -21,6 +21,8 @@ constexpr double kKeyScaleStep = 0.01;
 constexpr double kThrowThreshold = 2;
 /// A hand does not hold still: moved by up to so many pixels it is still a click.
 constexpr int kClickReach = 3;
+/// Milliseconds after the last motion for which a released volume still counts as thrown.
+constexpr unsigned long kThrowDelay = 100;
 
 enum class CharacterAction {
     None,
@@ -138,11 +140,12 @@ void TirnWidget::mouseReleaseEvent(QMouseEvent* event)
         m_cutHandles.release();
         return;
     }
+    const bool moves = event->timestamp() - m_lastMotion <= kThrowDelay;
     bool thrown = false;
-    m_model.edit({}, [&thrown](Scene& scene) {
+    m_model.edit({}, [&](Scene& scene) {
         ViewState& view = scene.view;
         view.dragging = false;
-        thrown = std::hypot(view.spinX, view.spinY, view.spinZ) > kThrowThreshold;
+        thrown = moves && std::hypot(view.spinX, view.spinY, view.spinZ) > kThrowThreshold;
         if (!thrown)
             stopSpin(view);
     });
@@ -188,9 +191,9 @@ void TirnWidget::dragVolume(QMouseEvent* event)
     const double dy = static_cast<double>(moved.y()) / std::max(1, height());
     const bool shift = (event->modifiers() & Qt::ShiftModifier) != 0;
     const bool control = (event->modifiers() & Qt::ControlModifier) != 0;
+    m_lastMotion = event->timestamp();
     if (left && shift) {
-        translate(-dy, 1);
-        translate(dx, 0);
+        move(dx, -dy, 0);
     } else if (left && control) {
         scale(-dy, 1);
         scale(dx, 0);
@@ -202,7 +205,7 @@ void TirnWidget::dragVolume(QMouseEvent* event)
             scene.view.spinY = -moved.y();
         });
     } else if (shift) {
-        translate(dx + dy, 2);
+        move(0, 0, dx + dy);
     } else if (control) {
         scale(dx + dy, 2);
     } else {
@@ -210,6 +213,21 @@ void TirnWidget::dragVolume(QMouseEvent* event)
         m_model.edit({}, [moved](Scene& scene) { scene.view.spinZ = -moved.x() - moved.y(); });
     }
     m_lastMouse = event->pos();
+}
+
+/// Along the volume's axes, unless the user prefers the screen's.
+void TirnWidget::move(double x, double y, double z)
+{
+    m_model.edit(Change::Pose, [=](Scene& scene) {
+        if (scene.settings.moveAlongScreen) {
+            translateOnScreen(scene.view, x, y, z);
+            return;
+        }
+        scene.view.transX += x;
+        scene.view.transY += y;
+        scene.view.transZ += z;
+    });
+    emitTranslation();
 }
 
 void TirnWidget::wheelEvent(QWheelEvent* event)

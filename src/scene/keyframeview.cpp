@@ -73,7 +73,7 @@ KeyFrame keyFrameOf(const FrameState& frame)
 {
     ShownFrame shown = shownFrame(frame.view);
     if (frame.array != nullptr)
-        shown.stack = shownStack(*frame.array, frame.scale, frame.cut, frame.timePoint, frame.channels);
+        shown.stack = shownStack(*frame.array, frame.ownScale, frame.cut, frame.timePoint, frame.channels);
     KeyFrame keyFrame = keyFrameOf(shown);
     keyFrame.array = frame.arrayIndex;
     return keyFrame;

@@ -46,7 +46,8 @@ FrameState takeFrameState(const Scene& scene)
     if (frame.array == nullptr)
         return frame;
     frame.arrayIndex = scene.currentIndex;
-    frame.scale = frame.array->scale;
+    frame.ownScale = frame.array->scale;
+    frame.scale = frame.ownScale * frame.view.zoom;
     frame.cut = frame.array->cut;
     frame.voxelRevision = frame.array->voxelRevision();
     frame.timePoint = frame.array->timePoint();

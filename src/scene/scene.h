@@ -21,6 +21,8 @@ struct RenderSettings
     int flashRate = 300;
     int texLimit2D = 1024;
     int texLimit3D = 512;
+    /// Moving the volume with the mouse goes along the screen, not along the axes of the volume.
+    bool moveAlongScreen = false;
 };
 
 /// What there is to draw. A window's scene changes through its SceneModel alone; render threads read it.
@@ -69,6 +71,8 @@ struct FrameState
     /// Null when there is nothing to draw.
     VoxelArray* array = nullptr;
     int arrayIndex = -1;
+    /// Of the volume by itself, and with the zoom of the view: as it is drawn.
+    AxisScale ownScale;
     AxisScale scale;
     CutBox cut;
     /// Differs from what it was whenever voxels or textures changed.

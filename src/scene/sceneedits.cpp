@@ -28,6 +28,19 @@ bool translateView(ViewState& view, double offset, int axis)
     return place != nullptr;
 }
 
+void translateOnScreen(ViewState& view, double right, double up, double nearer)
+{
+    // The inverse of a rotation is its transpose: each column is an axis of the volume as it is seen.
+    const Matrix4f m = rotationMatrix(view.rotX, view.rotY, view.rotZ);
+    const auto along = [&](std::size_t column) {
+        return static_cast<double>(m[4 * column]) * right + static_cast<double>(m[4 * column + 1]) * up +
+               static_cast<double>(m[4 * column + 2]) * nearer;
+    };
+    view.transX += along(0);
+    view.transY += along(1);
+    view.transZ += along(2);
+}
+
 void setScale(VoxelArray& array, const AxisScale& scale) { array.scale = clampedScale(scale); }
 
 void setAxisScale(VoxelArray& array, int axis, double value)
@@ -51,6 +64,7 @@ void resetView(Scene& scene)
     ViewState& view = scene.view;
     view.rotX = view.rotY = view.rotZ = 0;
     view.transX = view.transY = view.transZ = 0;
+    view.zoom = 1;
     if (VoxelArray* array = scene.current())
         array->scale = {};
 }

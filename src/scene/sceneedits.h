@@ -10,6 +10,8 @@ namespace tirn {
 bool rotateView(ViewState& view, double degrees, int axis);
 /// Moves along an axis, in drawing units; false where there is no such axis.
 bool translateView(ViewState& view, double offset, int axis);
+/// Moves along the axes of the screen, in drawing units.
+void translateOnScreen(ViewState& view, double right, double up, double nearer);
 
 /// Gives one axis a scale; a volume that keeps its ratio has the others follow.
 void setAxisScale(VoxelArray& array, int axis, double value);
@@ -19,7 +21,7 @@ void setScale(VoxelArray& array, const AxisScale& scale);
 /// Makes a volume current; what played stops.
 void setCurrentStack(Scene& scene, int index);
 
-/// Rotation and translation as at the start, and every scale of the current volume 1.
+/// Rotation, translation and zoom as at the start, and every scale of the current volume 1.
 void resetView(Scene& scene);
 
 } // namespace tirn

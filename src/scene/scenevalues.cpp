@@ -40,12 +40,12 @@ void restore(VoxelArray& array, const StackValues& values, Changes which)
 
 struct Pose
 {
-    double rotX, rotY, rotZ, transX, transY, transZ;
+    double rotX, rotY, rotZ, transX, transY, transZ, zoom;
 };
 
 Pose poseOf(const ViewState& view)
 {
-    return {view.rotX, view.rotY, view.rotZ, view.transX, view.transY, view.transZ};
+    return {view.rotX, view.rotY, view.rotZ, view.transX, view.transY, view.transZ, view.zoom};
 }
 
 void setPose(ViewState& view, const Pose& pose)
@@ -56,6 +56,7 @@ void setPose(ViewState& view, const Pose& pose)
     view.transX = pose.transX;
     view.transY = pose.transY;
     view.transZ = pose.transZ;
+    view.zoom = pose.zoom;
 }
 
 /// All of a view but its pose, the ruler, what moves by itself, and what is there while something is done.

@@ -68,6 +68,8 @@ struct ViewState
     double transX = 0;
     double transY = 0;
     double transZ = 0;
+    /// Multiplies the scale of whatever volume is shown.
+    double zoom = 1;
     /// Spin rates in pixels a frame, as the mouse moved: x about the y axis, y about the x axis.
     int spinX = 0;
     int spinY = 0;

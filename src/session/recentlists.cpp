@@ -70,7 +70,7 @@ QString RecentStack::text() const
     return names.join(' ');
 }
 
-void RecentLists::addPalette(const QString& name)
+void RecentLists::insertPalette(const QString& name)
 {
     m_palettes.removeAll(name);
     m_palettes.prepend(name);
@@ -78,16 +78,35 @@ void RecentLists::addPalette(const QString& name)
         m_palettes.removeLast();
 }
 
-void RecentLists::addStack(RecentStack stack)
+void RecentLists::insertStack(const RecentStack& stack)
 {
     std::erase_if(m_stacks, [text = stack.text()](const RecentStack& each) { return each.text() == text; });
-    m_stacks.insert(m_stacks.begin(), std::move(stack));
+    m_stacks.insert(m_stacks.begin(), stack);
     if (m_stacks.size() > kMost)
         m_stacks.resize(kMost);
 }
 
-void RecentLists::write(QSettings& store) const
+void RecentLists::addPalette(const QString& name)
 {
+    insertPalette(name);
+    m_newPalettes.append(name);
+}
+
+void RecentLists::addStack(const RecentStack& stack)
+{
+    insertStack(stack);
+    m_newStacks.push_back(stack);
+}
+
+void RecentLists::write(QSettings& store)
+{
+    store.sync();
+    RecentLists lists = read(store);
+    for (const QString& name : m_newPalettes)
+        lists.insertPalette(name);
+    for (const RecentStack& stack : m_newStacks)
+        lists.insertStack(stack);
+    *this = std::move(lists);
     store.beginGroup("RecentPalettes");
     for (int i = 0; i < m_palettes.size(); ++i)
         store.setValue(QString::number(i), m_palettes[i]);
@@ -106,14 +125,14 @@ RecentLists RecentLists::read(QSettings& store)
     for (int i = kMost - 1; i >= 0; --i) {
         const QString name = store.value(QString::number(i)).toString();
         if (!name.isEmpty())
-            lists.addPalette(name);
+            lists.insertPalette(name);
     }
     store.endGroup();
     store.beginGroup("RecentStacks");
     for (int i = kMost - 1; i >= 0; --i) {
-        RecentStack stack = readStack(store, i);
+        const RecentStack stack = readStack(store, i);
         if (!stack.files.empty())
-            lists.addStack(std::move(stack));
+            lists.insertStack(stack);
     }
     store.endGroup();
     return lists;

@@ -42,16 +42,22 @@ public:
     const std::vector<RecentStack>& stacks() const { return m_stacks; }
     /// Puts an entry on top; an equal one goes, and so does the eleventh.
     void addPalette(const QString& name);
-    void addStack(RecentStack stack);
+    void addStack(const RecentStack& stack);
 
     /// Groups "RecentPalettes" and "RecentStacks". What a store holds besides is left alone when written and
-    /// passed over when read.
-    void write(QSettings& store) const;
+    /// passed over when read. What was added here goes on top of what others have written meanwhile.
+    void write(QSettings& store);
     static RecentLists read(QSettings& store);
 
 private:
+    void insertPalette(const QString& name);
+    void insertStack(const RecentStack& stack);
+
     QStringList m_palettes;
     std::vector<RecentStack> m_stacks;
+    /// What was not written yet, in the order in which it came.
+    QStringList m_newPalettes;
+    std::vector<RecentStack> m_newStacks;
 };
 
 } // namespace tirn

@@ -19,6 +19,17 @@ int positive(const QVariant& value, int fallback)
     return ok && number > 0 ? number : fallback;
 }
 
+/// Answers to yes or no that stand as such in a store.
+struct Switch
+{
+    const char* key;
+    bool Settings::*value;
+};
+
+constexpr Switch kSwitches[] = {{"FitOnOpen", &Settings::fitOnOpen},
+                                {"StretchOnOpen", &Settings::stretchOnOpen},
+                                {"MoveAlongScreen", &Settings::moveAlongScreen}};
+
 } // namespace
 
 int usableTextureLimit(int limit, int largest)
@@ -61,6 +72,8 @@ void writePreferences(const Settings& settings, QSettings& store)
     store.setValue("UsePBuffers", text(SettingsChoice::UsePBuffers, settings.usePBuffers ? 0 : 1));
     store.setValue("2DTexDimLimit", settings.texLimit2D);
     store.setValue("3DTexDimLimit", settings.texLimit3D);
+    for (const Switch& each : kSwitches)
+        store.setValue(each.key, settings.*each.value);
     store.endGroup();
 }
 
@@ -89,6 +102,8 @@ Settings readSettings(QSettings& store, const TextureSides& card)
     settings.texLimit2D = usableTextureLimit(limit2D, card.in2D);
     settings.texLimit3D =
         limit3D >= kNoTextureBlocking ? kNoTextureBlocking : usableTextureLimit(limit3D, card.in3D);
+    for (const Switch& each : kSwitches)
+        settings.*each.value = store.value(each.key, settings.*each.value).toBool();
     store.endGroup();
     return settings;
 }

@@ -27,6 +27,11 @@ struct Settings
     /// Longest side of a texture piece.
     int texLimit2D = 1024;
     int texLimit3D = 512;
+    /// What is opened fills the window, and is stretched to the bits that it uses.
+    bool fitOnOpen = true;
+    bool stretchOnOpen = true;
+    /// Moving a volume with the mouse goes along the screen, not along the axes of the volume.
+    bool moveAlongScreen = false;
 
     bool operator==(const Settings&) const = default;
 };

@@ -15,14 +15,18 @@ struct TransformRow
     FilterOperation operation;
     const char* logName;
     const char* progressText;
+    const char* name;
     VolumeEdit (*edit)();
 };
 
 constexpr TransformRow kTransforms[] = {
-    {FilterOperation::FlipX, "Flipping on X", "Flipping along X axis", [] { return flipEdit('X'); }},
-    {FilterOperation::FlipY, "Flipping on Y", "Flipping along Y axis", [] { return flipEdit('Y'); }},
-    {FilterOperation::FlipZ, "Flipping on Z", "Flipping along Z axis", [] { return flipEdit('Z'); }},
-    {FilterOperation::Invert, "Inverting", "Inverting...", [] { return invertEdit(); }},
+    {FilterOperation::FlipX, "Flipping on X", "Flipping along X axis", "flip of x",
+     [] { return flipEdit('X'); }},
+    {FilterOperation::FlipY, "Flipping on Y", "Flipping along Y axis", "flip of y",
+     [] { return flipEdit('Y'); }},
+    {FilterOperation::FlipZ, "Flipping on Z", "Flipping along Z axis", "flip of z",
+     [] { return flipEdit('Z'); }},
+    {FilterOperation::Invert, "Inverting", "Inverting...", "inversion", [] { return invertEdit(); }},
 };
 
 /// Of an operation that is no filter.
@@ -53,7 +57,27 @@ QString progressText(FilterOperation operation)
     return QLatin1String(filter != nullptr ? filter->progressText : transformOf(operation).progressText);
 }
 
-JobResult runFilterJob(const FilterJob& job, RenderLock& lock, const Progress& progress)
+QString editName(const FilterJobParameters& parameters)
+{
+    const Filter* filter = findFilter(parameters.operation);
+    if (filter == nullptr)
+        return QLatin1String(transformOf(parameters.operation).name);
+    const QString name = QString(QLatin1String(filter->logName)).toLower().remove(QLatin1String(" filter"));
+    return filter->takesKernel ? name : QStringLiteral("%1 %2").arg(name).arg(parameters.size);
+}
+
+TextureGate gateOf(RenderLock& lock)
+{
+    return [&lock](const std::function<void()>& change) {
+        const std::scoped_lock guard(lock);
+        change();
+        // Complete before another context draws them.
+        gl().Finish();
+    };
+}
+
+JobResult runFilterJob(const FilterJob& job, RenderLock& lock, const Progress& progress,
+                       std::unique_ptr<AppliedEdit>* applied)
 {
     const FilterJobParameters& p = job.parameters;
     const Filter* filter = findFilter(p.operation);
@@ -61,15 +85,9 @@ JobResult runFilterJob(const FilterJob& job, RenderLock& lock, const Progress& p
                                            : QString::fromLatin1(transformOf(p.operation).logName));
     if (!p.channelAll && (p.channel < 0 || p.channel >= job.array->channelCount()))
         return {JobOutcome::Failed, QStringLiteral("The stack has no channel %1.").arg(p.channel)};
-    const auto gate = [&lock](const std::function<void()>& change) {
-        const std::scoped_lock guard(lock);
-        change();
-        // Complete before another context draws them.
-        gl().Finish();
-    };
     const VolumeEdit edit =
         filter != nullptr ? filterEdit(*job.array, *filter, p) : transformOf(p.operation).edit();
-    return applyEdit(*job.array, edit, {progress, gate});
+    return applyEdit(*job.array, edit, {progress, gateOf(lock)}, applied);
 }
 
 bool FilterThread::filter(FilterJob job)
@@ -78,8 +96,14 @@ bool FilterThread::filter(FilterJob job)
         return false;
     return startJob([this, job = std::move(job)](const Progress& progress) {
         progress(progressText(job.parameters.operation), 0, 0);
-        return runFilterJob(job, m_lock, progress);
+        return runFilterJob(job, m_lock, progress, &m_applied);
     });
+}
+
+bool FilterThread::takeBack(std::shared_ptr<AppliedEdit> applied)
+{
+    return startJob(
+        [this, applied = std::move(applied)](const Progress&) { return applied->takeBack(gateOf(m_lock)); });
 }
 
 } // namespace tirn

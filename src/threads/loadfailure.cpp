@@ -18,7 +18,9 @@ QString loadFailureText(const ImageFile& image, RenderThreadKind kind)
         return name + " is a " + QString::number(attributes.bitDepth) +
                "-bit stack.\n  Greater than 8-bit images are not supported on your video card.  Please "
                "convert the stack.";
-    return "I cannot undestand the data in " + name + " for some reason.";
+    QStringList texts = image.errorList();
+    texts.prepend("I cannot undestand the data in " + name + " for some reason.");
+    return texts.join('\n');
 }
 
 QString loadFailureText(const QString& name) { return name + kUnsupported + '\n'; }

@@ -50,11 +50,11 @@ private:
     int m_done = 0;
 };
 
-class EditRun
+class EditRun : public AppliedEdit
 {
 public:
-    EditRun(VoxelArray& array, const VolumeEdit& edit, const EditServices& services)
-        : m_array(array), m_edit(edit), m_services(services), m_images(edit.images),
+    EditRun(VoxelArray& array, VolumeEdit edit, EditServices services)
+        : m_array(array), m_edit(std::move(edit)), m_services(std::move(services)), m_images(m_edit.images),
           m_transforms(array.transforms())
     {
         if (m_images.empty()) {
@@ -63,6 +63,9 @@ public:
         }
     }
     JobResult run();
+    /// To be taken back later, without progress or a way to cancel.
+    void keep();
+    JobResult takeBack(const TextureGate& gate) override;
 
 private:
     /// An image that is no longer as it was.
@@ -75,6 +78,8 @@ private:
         std::optional<KnownValues> known;
         bool isChanged = false;
         bool isEncoded = false;
+        /// What its voxels went through after they were read, before the edit.
+        VoxelChange shownBefore = nullptr;
     };
     JobResult changeAll();
     void changeImage(int number, Progress change, const Progress& encode);
@@ -98,8 +103,8 @@ private:
     }
 
     VoxelArray& m_array;
-    const VolumeEdit& m_edit;
-    const EditServices& m_services;
+    VolumeEdit m_edit;
+    EditServices m_services;
     std::vector<int> m_images;
     DataTransforms m_transforms;
     std::vector<Touched> m_touched;
@@ -206,10 +211,29 @@ void EditRun::applyTo(ImageFile& image, const Progress& progress)
 
 void EditRun::finish()
 {
-    for (const Touched& touched : m_touched) {
+    for (Touched& touched : m_touched) {
+        touched.shownBefore = m_array.shownChange(touched.number);
         if (touched.fromFile)
             m_array.setShownChange(touched.number, m_edit.toggles.any() ? nullptr : m_edit.apply);
     }
+}
+
+void EditRun::keep()
+{
+    m_services = {};
+    m_aside.moveAllToFile();
+}
+
+JobResult EditRun::takeBack(const TextureGate& gate)
+{
+    m_services.gate = gate;
+    for (const Touched& touched : m_touched) {
+        if (touched.fromFile)
+            m_array.setShownChange(touched.number, touched.shownBefore);
+    }
+    JobResult result;
+    takeAllBack(result);
+    return result;
 }
 
 void EditRun::takeAllBack(JobResult& result)
@@ -296,9 +320,16 @@ VolumeEdit invertEdit()
     return edit;
 }
 
-JobResult applyEdit(VoxelArray& array, const VolumeEdit& edit, const EditServices& services)
+JobResult applyEdit(VoxelArray& array, const VolumeEdit& edit, const EditServices& services,
+                    std::unique_ptr<AppliedEdit>* applied)
 {
-    return EditRun(array, edit, services).run();
+    auto run = std::make_unique<EditRun>(array, edit, services);
+    JobResult result = run->run();
+    if (applied != nullptr && result.outcome == JobOutcome::Done) {
+        run->keep();
+        *applied = std::move(run);
+    }
+    return result;
 }
 
 } // namespace tirn

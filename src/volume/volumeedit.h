@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "base/jobresult.h"
@@ -30,12 +31,24 @@ struct EditServices
     TextureGate gate;
 };
 
+/// An edit that was done, and all that takes it back: the old voxels lie in a file, where there is room.
+class AppliedEdit
+{
+public:
+    virtual ~AppliedEdit() = default;
+    /// Once, while the volume is as the edit left it.
+    virtual JobResult takeBack(const TextureGate& gate) = 0;
+};
+
 /// Changes the voxels of one image after the other; each time its statistics are made anew and copied to the
 /// channels, and its textures are replaced.
 ///
 /// What was not done to the end is taken back: voxels, statistics, transforms and textures are as they were.
 /// To that end an edit without a `takeBack` keeps the old voxels of the image at hand in memory and those of
 /// the images before it in a file; of images whose voxels were let go nothing is kept, they are read again.
-JobResult applyEdit(VoxelArray& array, const VolumeEdit& edit, const EditServices& services = {});
+///
+/// With `applied` an edit that was done can be taken back later.
+JobResult applyEdit(VoxelArray& array, const VolumeEdit& edit, const EditServices& services = {},
+                    std::unique_ptr<AppliedEdit>* applied = nullptr);
 
 } // namespace tirn

@@ -61,6 +61,10 @@ struct AxisScale
     double operator[](int axis) const { return axis == 0 ? x : axis == 1 ? y : z; }
     bool operator==(const AxisScale&) const = default;
 };
+inline AxisScale operator*(const AxisScale& scale, double factor)
+{
+    return {scale.x * factor, scale.y * factor, scale.z * factor};
+}
 
 /// The scales that a user may choose; 0 and less would turn the order of the slices round.
 inline constexpr double kLeastScale = 0.01;

@@ -41,6 +41,12 @@ void VoxelsAside::moveToFile(Entry& entry)
     entry.voxels.reset();
 }
 
+void VoxelsAside::moveAllToFile()
+{
+    if (!m_entries.empty() && m_entries.back().offset < 0)
+        moveToFile(m_entries.back());
+}
+
 VoxelBuffer VoxelsAside::take()
 {
     if (m_entries.empty())

@@ -20,6 +20,8 @@ public:
     void put(VoxelBuffer voxels);
     /// Throws std::bad_alloc without room. Null, too, when the file cannot be read.
     VoxelBuffer take();
+    /// The last ones, too, as far as the file can grow.
+    void moveAllToFile();
     bool isEmpty() const { return m_entries.empty(); }
     /// The bytes that the file holds.
     qint64 fileBytes() const { return m_end; }

@@ -95,7 +95,7 @@ TEST_F(Jobs, AFilterAsksForItsParametersFirst)
     });
     trigger("filterMaxAction");
     finishJob();
-    EXPECT_EQ(answers.shown(), QStringList("Event"));
+    EXPECT_EQ(answers.shown(), QStringList("Max filter"));
     EXPECT_EQ(voxels(), QByteArray(reinterpret_cast<const char*>(reference.stackData()),
                                    static_cast<int>(reference.sampleCount())));
 }
@@ -106,8 +106,85 @@ TEST_F(Jobs, ADialogThatIsLeftChangesNothing)
     const QByteArray before = voxels();
     ModalAnswers answers;
     trigger("filterMeanAction");
-    EXPECT_EQ(answers.shown(), QStringList("Event"));
+    EXPECT_EQ(answers.shown(), QStringList("Mean filter"));
     EXPECT_FALSE(app().jobs().filterThread().isBusy());
+    EXPECT_EQ(voxels(), before);
+}
+
+TEST_F(Jobs, AFilterIsUndoneAndDoneAgain)
+{
+    load({picFile("a.pic")});
+    const QByteArray before = voxels();
+    const QImage picture = widget().renderThread().grabNextFrame();
+    ModalAnswers answers;
+    answers.add([](QDialog& dialog) {
+        dialog.findChild<QSpinBox*>()->setValue(5);
+        dialog.accept();
+    });
+    trigger("filterMedianAction");
+    finishJob();
+    const QByteArray filtered = voxels();
+    ASSERT_NE(filtered, before);
+    QAction* undo = app().mainForm().action("editUndoAction");
+    QAction* redo = app().mainForm().action("editRedoAction");
+    EXPECT_EQ(undo->text(), "&Undo median 5");
+    EXPECT_TRUE(undo->isEnabled());
+    undo->trigger();
+    finishJob();
+    EXPECT_EQ(voxels(), before);
+    EXPECT_EQ(widget().renderThread().grabNextFrame(), picture);
+    EXPECT_FALSE(undo->isEnabled());
+    EXPECT_EQ(redo->text(), "&Redo median 5");
+    redo->trigger();
+    finishJob();
+    EXPECT_EQ(voxels(), filtered);
+    undo->trigger();
+    finishJob();
+    EXPECT_EQ(voxels(), before);
+}
+
+TEST_F(Jobs, OnlyTheLastOfTheFiltersIsUndone)
+{
+    load({picFile("a.pic")});
+    trigger("flipXAction");
+    finishJob();
+    const QByteArray flipped = voxels();
+    trigger("invertAction");
+    finishJob();
+    QAction* undo = app().mainForm().action("editUndoAction");
+    EXPECT_EQ(undo->text(), "&Undo inversion");
+    undo->trigger();
+    finishJob();
+    EXPECT_EQ(voxels(), flipped);
+    EXPECT_EQ(app().scene().current()->transforms(), (DataTransforms{true, false, false, false}));
+    undo->trigger();
+    finishJob();
+    EXPECT_EQ(voxels(), flipped);
+    EXPECT_EQ(message(), "The voxels before this filter are no longer kept.");
+}
+
+TEST_F(Jobs, AFilterIsNotUndoneWhileAnotherJobWorks)
+{
+    load({picFile("a.pic", 64, 64, 32)});
+    trigger("flipXAction");
+    finishJob();
+    trigger("invertAction");
+    trigger("editUndoAction");
+    EXPECT_EQ(message(), "Another job is still at work on a stack.");
+    EXPECT_TRUE(app().model().undoStack().canUndo());
+    finishJob();
+}
+
+TEST_F(Jobs, AFilterOfAClosedStackIsForgotten)
+{
+    load({picFile("a.pic")});
+    load({picFile("b.pic")});
+    trigger("invertAction");
+    finishJob();
+    app().closeStack();
+    const QByteArray before = voxels();
+    trigger("editUndoAction");
+    finishJob();
     EXPECT_EQ(voxels(), before);
 }
 
@@ -144,7 +221,7 @@ TEST_F(Jobs, AnExportWritesWhatLiesInTheCutBox)
     trigger("fileSaveCoreAction");
     finishJob();
     EXPECT_EQ(answers.shown(), QStringList("Export stack"));
-    EXPECT_EQ(message(), "The stack was written.");
+    EXPECT_EQ(message(), "Written to core.pic in " + path(""));
     ImageFile written(QStringList(path("core.pic")));
     ASSERT_TRUE(written.read());
     EXPECT_EQ(written.attributes().x, 8);

@@ -351,6 +351,9 @@ TEST_F(Application, AReencodedStackIsDrawnAnew)
 
 TEST_F(Application, StretchToUsedBitsRebuildsTheProgram)
 {
+    QSettings(QSettings::IniFormat, QSettings::UserScope, "Tirn", "Tirn2")
+        .setValue("Paths/StretchOnOpen", false);
+    restart();
     load({QString(TIRN_TEST_DATA) + "/golgi_16bit.pic"});
     EXPECT_TRUE(log.contains("Compile shader for 16 bit data"));
     app().mainForm().action("stretchToUsedBitsAction")->trigger();

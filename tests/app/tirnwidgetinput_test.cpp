@@ -54,6 +54,35 @@ TEST_F(WidgetInput, ShiftTranslatesAndGoesBeforeControl)
     EXPECT_DOUBLE_EQ(view().transZ, 0.75);
 }
 
+TEST_F(WidgetInput, ShiftTranslatesAlongTheScreenWhereThatIsPreferred)
+{
+    app().model().edit(Change::Pose, [](Scene& scene) {
+        scene.settings.moveAlongScreen = true;
+        scene.view.rotY = 90;
+    });
+    drag({100, 100}, {100 + widget().width() / 4, 100}, Qt::LeftButton, Qt::ShiftModifier);
+    // Seen from the left, the volume's z axis points to the right.
+    EXPECT_NEAR(view().transX, 0, 1e-6);
+    EXPECT_NEAR(view().transZ, 0.25, 1e-6);
+}
+
+TEST_F(WidgetInput, AVolumeThatIsLetGoAtRestStays)
+{
+    press({100, 100}, Qt::LeftButton);
+    moveTo({140, 100}, Qt::LeftButton);
+    mouseClock += 101;
+    release({140, 100}, Qt::LeftButton);
+    EXPECT_FALSE(view().isSpinning());
+    press({100, 100}, Qt::LeftButton);
+    moveTo({140, 100}, Qt::LeftButton);
+    mouseClock += 100;
+    release({140, 100}, Qt::LeftButton);
+    EXPECT_TRUE(view().isSpinning());
+    press({100, 100}, Qt::LeftButton);
+    release({100, 100}, Qt::LeftButton);
+    EXPECT_FALSE(view().isSpinning()) << "a click stops it";
+}
+
 TEST_F(WidgetInput, ControlScales)
 {
     const QPoint to{100 + widget().width() / 4, 100 + widget().height() / 2};

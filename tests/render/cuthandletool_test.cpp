@@ -87,6 +87,16 @@ TEST_F(CutTool, ReachesFurtherOnFinePixels)
     EXPECT_TRUE(tool.isOver({68, 40}, kSize, 2));
 }
 
+TEST_F(CutTool, FollowsTheZoom)
+{
+    model.edit({}, [](Scene& scene) { scene.view.zoom = 0.5; });
+    EXPECT_FALSE(press(78, 40));
+    ASSERT_TRUE(press(59, 40));
+    // A slice is five pixels now.
+    tool.move({49, 40});
+    EXPECT_EQ(cut(), (CutBox{0, 5, 0, 7, 0, 7}));
+}
+
 TEST_F(CutTool, KeepsTheLeastSlices)
 {
     model.edit({}, [](Scene& scene) { scene.view.cutHandles.leastSlices = {3, 1, 1}; });

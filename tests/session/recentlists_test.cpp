@@ -92,6 +92,29 @@ TEST_F(RecentStore, GivesBackWhatWasWritten)
     EXPECT_EQ(read.palettes(), lists.palettes());
 }
 
+TEST_F(RecentStore, TwoProgramsDoNotLoseEachOthersEntries)
+{
+    RecentLists before;
+    before.addStack(stackOf("old"));
+    before.addPalette("old.map");
+    before.write(store);
+    RecentLists one = RecentLists::read(store);
+    RecentLists other = RecentLists::read(store);
+    one.addStack(stackOf("a"));
+    one.addPalette("a.map");
+    other.addStack(stackOf("b"));
+    one.write(store);
+    QSettings second = reopened();
+    other.write(second);
+    EXPECT_EQ(RecentLists::read(second).stacks(),
+              (std::vector<RecentStack>{stackOf("b"), stackOf("a"), stackOf("old")}));
+    EXPECT_EQ(RecentLists::read(second).palettes(), (QStringList{"a.map", "old.map"}));
+    EXPECT_EQ(other.stacks().size(), 3U) << "the menu shows them, too";
+    // Nothing new comes twice.
+    one.write(store);
+    EXPECT_EQ(one.stacks(), other.stacks());
+}
+
 TEST_F(RecentStore, ElementsOfAnOlderLongerStackAreRemoved)
 {
     RecentLists longer;
@@ -100,7 +123,8 @@ TEST_F(RecentStore, ElementsOfAnOlderLongerStackAreRemoved)
     RecentLists shorter;
     shorter.addStack(stackOf("d"));
     shorter.write(store);
-    EXPECT_EQ(RecentLists::read(store).stacks(), std::vector<RecentStack>{stackOf("d")});
+    EXPECT_EQ(RecentLists::read(store).stacks(),
+              (std::vector<RecentStack>{stackOf("d"), longer.stacks().front()}));
     EXPECT_FALSE(store.contains("RecentStacks/0name1"));
     EXPECT_FALSE(store.contains("RecentStacks/0name2"));
 }
@@ -116,7 +140,7 @@ TEST_F(RecentStore, KeepsAHundredElementsAndSaysHowManyAreMissing)
     lists.write(store);
     EXPECT_TRUE(store.contains("RecentStacks/0name99"));
     EXPECT_FALSE(store.contains("RecentStacks/0name100"));
-    const RecentLists read = RecentLists::read(store);
+    RecentLists read = RecentLists::read(store);
     ASSERT_EQ(read.stacks().size(), 1U);
     EXPECT_EQ(read.stacks()[0].files.size(), 100U);
     EXPECT_EQ(read.stacks()[0].timePoints, 150);

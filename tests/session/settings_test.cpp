@@ -101,6 +101,7 @@ TEST_F(SettingsStore, PreferencesAreWrittenUnderTheirKeys)
     settings.usePBuffers = false;
     settings.texLimit2D = 256;
     settings.texLimit3D = kNoTextureBlocking;
+    settings.fitOnOpen = false;
     writePreferences(settings, store);
     const std::vector<std::pair<const char*, QVariant>> expected = {{"FavoritePalettesPath", "/palettes"},
                                                                     {"WatermarkText", "Lab 5"},
@@ -111,10 +112,13 @@ TEST_F(SettingsStore, PreferencesAreWrittenUnderTheirKeys)
                                                                     {"FlashRate", 250},
                                                                     {"UsePBuffers", "No"},
                                                                     {"2DTexDimLimit", 256},
-                                                                    {"3DTexDimLimit", 100000}};
+                                                                    {"3DTexDimLimit", 100000},
+                                                                    {"FitOnOpen", false},
+                                                                    {"StretchOnOpen", true},
+                                                                    {"MoveAlongScreen", false}};
     for (const auto& [key, value] : expected)
         EXPECT_EQ(store.value(QString("Paths/") + key), value) << key;
-    EXPECT_EQ(store.allKeys().size(), 10);
+    EXPECT_EQ(store.allKeys().size(), 13);
     EXPECT_EQ(readSettings(store, kCard), settings);
 }
 

@@ -177,7 +177,9 @@ TEST_F(StackLoadingTest, VoxelsThatCannotBeReadAreNotUnderstood)
     description.filesToLoad = {{testData("made/dv/synth_le_u8_1c.dv")}};
     description.fileType = ImageType::DeltaVision;
     EXPECT_FALSE(load());
-    EXPECT_EQ(lastStep(), "I cannot undestand the data in synth_le_u8_1c.dv for some reason. 0/0 done");
+    EXPECT_EQ(lastStep(), "I cannot undestand the data in synth_le_u8_1c.dv for some reason.\nfile ends "
+                          "early: 0 of 2560 layers "
+                          "0/0 done");
 }
 
 TEST_F(StackLoadingTest, ACardWithoutFragmentProgramsRefusesWords)

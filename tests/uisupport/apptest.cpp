@@ -106,6 +106,7 @@ void AppTest::mouse(QEvent::Type type, QPoint at, Qt::MouseButton button, Qt::Mo
                     Qt::KeyboardModifiers modifiers)
 {
     QMouseEvent event(type, at, widget().mapToGlobal(at), button, held, modifiers);
+    event.setTimestamp(mouseClock);
     QCoreApplication::sendEvent(&widget(), &event);
 }
 

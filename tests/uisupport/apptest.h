@@ -53,6 +53,8 @@ protected:
     void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 
     LogCapture log;
+    /// When the next mouse events happen, in milliseconds.
+    unsigned long mouseClock = 1000;
 
 private:
     void mouse(QEvent::Type type, QPoint at, Qt::MouseButton button, Qt::MouseButtons held,

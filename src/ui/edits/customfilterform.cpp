@@ -76,7 +76,7 @@ CustomFilterForm::CustomFilterForm(int channels, QWidget* parent)
     m_allChannels->setObjectName("chkAllChannels");
     m_allChannels->setChecked(true);
     m_channel->setObjectName("spnChannel");
-    m_channel->setRange(0, std::max(0, channels - 1));
+    m_channel->setRange(1, std::max(1, channels));
     m_channel->setEnabled(false);
     connect(m_allChannels, &QCheckBox::toggled, m_channel, &QWidget::setDisabled);
     sides->addRow(m_allChannels);
@@ -124,7 +124,7 @@ FilterKernel CustomFilterForm::kernel() const
     return kernel;
 }
 
-int CustomFilterForm::channel() const { return m_allChannels->isChecked() ? -1 : m_channel->value(); }
+int CustomFilterForm::channel() const { return m_allChannels->isChecked() ? -1 : m_channel->value() - 1; }
 
 void CustomFilterForm::setKernel(const FilterKernel& kernel)
 {

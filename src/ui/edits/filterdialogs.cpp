@@ -18,12 +18,18 @@ StringVariantMap range(int minimum, int maximum, int lineStep)
     return {{"minimum", minimum}, {"maximum", maximum}, {"lineStep", lineStep}};
 }
 
+QString filterTitle(const Filter& filter)
+{
+    return QObject::tr("%1 filter").arg(QString(QObject::tr(filter.menuText)).remove("..."));
+}
+
+/// Counted from 1, as everywhere.
 void addChannel(Attributes& attributes, int channels)
 {
-    StringVariantMap channel = range(0, std::max(0, channels - 1), 1);
+    StringVariantMap channel = range(1, std::max(1, channels), 1);
     channel["disabledwhile"] = kAll;
     attributes.setAttribute(kAll, true);
-    attributes.setAttribute(kChannel, 0, channel);
+    attributes.setAttribute(kChannel, 1, channel);
 }
 
 std::optional<FilterJobParameters> askNumbers(const Filter& filter, int channels, QWidget* parent)
@@ -37,12 +43,12 @@ std::optional<FilterJobParameters> askNumbers(const Filter& filter, int channels
         if (each.place == FilterParameter::Place::Size)
             addChannel(attributes, channels);
     }
-    if (!attributes.dialog(kFilterCaption, parent))
+    if (!attributes.dialog(filterTitle(filter), parent))
         return {};
     FilterJobParameters parameters;
     parameters.operation = filter.operation;
     parameters.channelAll = attributes.value(kAll).toBool();
-    parameters.channel = attributes.value(kChannel).toInt();
+    parameters.channel = attributes.value(kChannel).toInt() - 1;
     for (const FilterParameter& each : filter.parameters)
         each.store(attributes.value(each.label).toInt(), parameters);
     return parameters;

@@ -6,10 +6,12 @@
 
 #include <QFile>
 #include <QMenuBar>
+#include <QStackedWidget>
 #include <QStatusBar>
 #include <unistd.h>
 
 #include "base/log.h"
+#include "image/stackfacts.h"
 #include "ui/main/mainactions.h"
 #include "ui/messages.h"
 
@@ -79,7 +81,12 @@ void MainForm::follow(Changes changes)
         check("stretchToUsedBitsAction", scene.view.autoBitDepth);
         check("showSegmentationAction", drawnSurface(scene.segmentations) != nullptr);
     }
-    if (changes & (Change::Stacks | Change::Voxels)) {
+    if (changes & (Change::Stacks | Change::Voxels | Change::Scale)) {
+        const VoxelArray* array = scene.current();
+        setWindowTitle(array != nullptr ? array->name() + " - Tirn" : QString("Tirn"));
+        m_facts->setText(array != nullptr
+                             ? stackFacts(array->stack(), array->channelCount(), array->timePointCount())
+                             : QString());
         updateTextureStatus();
         updateMemoryStatus();
     }
@@ -100,14 +107,23 @@ void MainForm::followUndo()
         QAction* entry = action(name);
         connect(&m_services.model.undoStack(), can, entry, &QAction::setEnabled);
         connect(&m_services.model.undoStack(), text, entry,
-                [entry, verb, none = entry->toolTip()](const QString& what) {
+                [entry, verb, name = entry->text(), none = entry->toolTip()](const QString& what) {
+                    entry->setText(what.isEmpty() ? name : name + ' ' + QString(what).replace('&', "&&"));
                     entry->setToolTip(what.isEmpty() ? none : verb + what);
                 });
     };
+    // Some of what was done is undone by long work, which may have to wait.
+    const auto mayUndo = [this, &undo](int index) { return !m_undoGate || m_undoGate(undo.command(index)); };
     connectOne("editUndoAction", &QUndoStack::canUndoChanged, &QUndoStack::undoTextChanged, tr("Undo: "));
     connectOne("editRedoAction", &QUndoStack::canRedoChanged, &QUndoStack::redoTextChanged, tr("Redo: "));
-    connect(action("editUndoAction"), &QAction::triggered, &undo, &QUndoStack::undo);
-    connect(action("editRedoAction"), &QAction::triggered, &undo, &QUndoStack::redo);
+    connect(action("editUndoAction"), &QAction::triggered, &undo, [&undo, mayUndo] {
+        if (mayUndo(undo.index() - 1))
+            undo.undo();
+    });
+    connect(action("editRedoAction"), &QAction::triggered, &undo, [&undo, mayUndo] {
+        if (mayUndo(undo.index()))
+            undo.redo();
+    });
 }
 
 void MainForm::buildMenus()
@@ -137,6 +153,18 @@ void MainForm::buildMenus()
 
 void MainForm::buildStatusBar()
 {
+    m_facts = new QLabel(this);
+    m_facts->setObjectName("facts");
+    m_pointed = new QLabel(this);
+    m_pointed->setObjectName("pointed");
+    m_line = new QStackedWidget(this);
+    // A long line gives way to the picture.
+    m_line->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    for (QLabel* each : {m_facts, m_pointed}) {
+        each->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        m_line->addWidget(each);
+    }
+    statusBar()->addWidget(m_line, 1);
     const auto label = [this](const char* name, const QString& text, int width) {
         auto* made = new QLabel(text, this);
         made->setObjectName(name);
@@ -144,11 +172,6 @@ void MainForm::buildStatusBar()
         statusBar()->addPermanentWidget(made);
         return made;
     };
-    m_pointed = new QLabel(this);
-    m_pointed->setObjectName("pointed");
-    // However long, it makes no window wider.
-    m_pointed->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    statusBar()->addWidget(m_pointed, 1);
     m_blending = label("alpha", "alpha", 0);
     m_zCorrection = label("Zcorr", "Z corr", 0);
     m_zCorrection->hide();
@@ -190,11 +213,13 @@ void MainForm::readRecentLists()
     buildRecentMenus();
 }
 
-void MainForm::addRecentStack(RecentStack stack)
+void MainForm::addRecentStack(const RecentStack& stack)
 {
     if (stack.files.empty())
         return;
-    m_recent.addStack(std::move(stack));
+    m_recent.addStack(stack);
+    // At once, for other programs that run, and for one that ends before its time.
+    m_recent.write(m_services.store);
     buildRecentMenus();
 }
 
@@ -227,6 +252,7 @@ void MainForm::showNote(const QString& text) { statusBar()->showMessage(text, kN
 void MainForm::showPointed(const QString& text)
 {
     m_pointed->setText(text);
+    m_line->setCurrentWidget(text.isEmpty() ? m_facts : m_pointed);
     // What does not fit can be read all the same.
     m_pointed->setToolTip(text);
 }

@@ -15,6 +15,7 @@
 #include "threads/probes.h"
 
 class QSettings;
+class QStackedWidget;
 
 namespace tirn {
 
@@ -43,6 +44,8 @@ public:
     QAction* action(const QString& name) const;
     /// What is done before the window closes, first of all; false keeps it open.
     void setCloseHandler(std::function<bool()> handler) { m_closeHandler = std::move(handler); }
+    /// Asked before a command of the undo stack is undone or done again; false leaves it.
+    void setUndoGate(std::function<bool(const QUndoCommand*)> gate) { m_undoGate = std::move(gate); }
     /// The widget whose window state decides whether anything is drawn.
     void setMinimisedHandler(std::function<void(bool minimised)> handler)
     {
@@ -50,13 +53,13 @@ public:
     }
     /// Says something in the status bar, for a while.
     void showNote(const QString& text);
-    /// What the mouse is over, empty for nothing. Notes stand before it.
+    /// What the mouse is over, in the place of the facts; empty for nothing. Notes stand before it.
     void showPointed(const QString& text);
     const RecentLists& recent() const { return m_recent; }
     /// Takes the lists of what was opened last from the store.
     void readRecentLists();
     /// Puts a loaded stack on top of the list.
-    void addRecentStack(RecentStack stack);
+    void addRecentStack(const RecentStack& stack);
 
 public Q_SLOTS:
     /// GL_FUNC_ADD or GL_MAX.
@@ -105,12 +108,16 @@ private:
     MainFormServices m_services;
     RecentLists m_recent;
     ProbeQuestion m_dropped;
+    QLabel* m_facts;
+    /// In the place of the facts while the mouse is over something.
     QLabel* m_pointed;
+    QStackedWidget* m_line;
     QLabel* m_blending;
     QLabel* m_zCorrection;
     QLabel* m_texture;
     QLabel* m_memory;
     std::function<bool()> m_closeHandler;
+    std::function<bool(const QUndoCommand*)> m_undoGate;
     std::function<void(bool)> m_minimisedHandler;
 };
 

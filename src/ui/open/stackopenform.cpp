@@ -49,20 +49,23 @@ QLabel* wildcardHint(QWidget* page)
 } // namespace
 
 StackOpenForm::StackOpenForm(const FormServices& services, QWidget* parent)
-    : ToolForm(services, {}, parent), m_pages(new QStackedWidget(this)), m_memory(new QLabel(this)),
-      m_extension(new StackOpenExtension(services.card.hasTexture3D, this)), m_chosen(services.probes),
-      m_first(services.probes), m_estimated(services.probes), m_opening(services.probes),
-      m_listed(services.probes)
+    : ToolForm(services, {}, parent), m_pages(new QStackedWidget(this)), m_facts(new QLabel(this)),
+      m_memory(new QLabel(this)), m_extension(new StackOpenExtension(services.card.hasTexture3D, this)),
+      m_chosen(services.probes), m_first(services.probes), m_estimated(services.probes),
+      m_opening(services.probes), m_listed(services.probes)
 {
     setWindowTitle(tr("File Open"));
     m_pages->setObjectName("wskOpen");
     m_pages->addWidget(singleChannelPage());
     m_pages->addWidget(multiChannelPage());
     m_pages->addWidget(tiffSeriesPage());
+    m_facts->setObjectName("lblFacts");
+    m_facts->setWordWrap(true);
     m_memory->setObjectName("lblMemory");
     m_extension->setObjectName("extension");
     auto* column = new QVBoxLayout;
     column->addWidget(m_pages, 1);
+    column->addWidget(m_facts);
     column->addWidget(m_memory);
     m_buttons = buttonRow();
     column->addWidget(m_buttons);

@@ -99,6 +99,7 @@ private:
     void takeFirstFile(const QString& first, int files, bool timeSeries);
     Subject subjectOfPage() const;
     QString memoryLine(const Subject& subject) const;
+    QString factsLine(const Subject& subject) const;
     void orderTabs();
 
     /// Goes on once the stacks are known. Meanwhile nothing in the form can be changed, and it can be closed.
@@ -129,6 +130,7 @@ private:
     QLabel* m_timePoints = nullptr;
     QLabel* m_bitDepth = nullptr;
     QLabel* m_slices = nullptr;
+    QLabel* m_facts;
     QLabel* m_memory;
     QPushButton* m_open = nullptr;
     QPushButton* m_details = nullptr;

@@ -14,6 +14,7 @@
 #include "formats/imageformats.h"
 #include "formats/names/filelists.h"
 #include "image/memoryestimate.h"
+#include "image/stackfacts.h"
 #include "ui/messages.h"
 #include "ui/open/stackopenextension.h"
 #include "ui/open/stackopenform.h"
@@ -132,11 +133,22 @@ QString StackOpenForm::memoryLine(const Subject& subject) const
     return memoryText(estimatedBytes(question));
 }
 
+/// What is known of the files before they are opened.
+QString StackOpenForm::factsLine(const Subject& subject) const
+{
+    const ImageAttributes known = m_estimated.known(subject.names);
+    if (known.type == ImageType::Unknown)
+        return {};
+    return stackFacts(known, subject.channels > 0 ? subject.channels : known.channels,
+                      std::max(subject.timePoints, known.timePoints));
+}
+
 void StackOpenForm::calculateMemory()
 {
     const Subject subject = subjectOfPage();
     m_memory->setText(unknownMemoryText());
     m_estimated.ask({subject.names}, [this, subject] {
+        m_facts->setText(factsLine(subject));
         try {
             m_memory->setText(memoryLine(subject));
         } catch (const std::exception&) {

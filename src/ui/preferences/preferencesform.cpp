@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
@@ -22,6 +23,20 @@ void showLimit(QComboBox& list, int limit, int largest)
 {
     list.setCurrentText(QString::number(usableTextureLimit(limit, largest)));
 }
+
+/// What is answered by a check mark.
+struct SwitchRow
+{
+    const char* name;
+    const char* text;
+    bool Settings::*value;
+};
+
+constexpr SwitchRow kSwitches[] = {
+    {"chkFitOnOpen", "Fit a stack into the window when it opens", &Settings::fitOnOpen},
+    {"chkStretchOnOpen", "Stretch a stack to its used bits when it opens", &Settings::stretchOnOpen},
+    {"chkMoveAlongScreen", "Shift and mouse move along the screen", &Settings::moveAlongScreen},
+};
 
 } // namespace
 
@@ -55,6 +70,11 @@ PreferencesForm::PreferencesForm(const FormServices& services, QWidget* parent)
     m_paletteSize->setObjectName("lblPaletteSize");
     m_largest2D->setObjectName("lbl2DTexture");
     m_largest3D->setObjectName("lbl3DTexture");
+    for (const SwitchRow& row : kSwitches) {
+        auto* box = new QCheckBox(tr(row.text), this);
+        box->setObjectName(row.name);
+        m_switches.push_back(box);
+    }
     auto* note = new QLabel(
         tr("<b>All palettes in the favorite palletes folder will be loaded when Tirn starts.</b>"), this);
     auto* rows = new QFormLayout;
@@ -67,6 +87,8 @@ PreferencesForm::PreferencesForm(const FormServices& services, QWidget* parent)
     rows->addRow(tr("Default 3D Encode"), m_encode);
     rows->addRow(tr("Default 4D Encode"), m_timeSeriesEncode);
     rows->addRow(tr("Flash/Toggle Rate"), m_flashRate);
+    for (QCheckBox* box : m_switches)
+        rows->addRow(box);
     rows->addRow(tr("Use PBuffers"), m_usePBuffers);
     rows->addRow(tr("2D Texture Dimension Limit"), m_limit2D);
     rows->addRow(tr("3D Texture Dimension Limit"), m_limit3D);
@@ -103,6 +125,8 @@ void PreferencesForm::refresh(Changes /*changes*/)
     m_timeSeriesEncode->setCurrentIndex(m_settings.defaultTimeSeriesEncode);
     m_flashRate->setValue(m_settings.flashRate);
     m_usePBuffers->setCurrentIndex(m_settings.usePBuffers ? 0 : 1);
+    for (std::size_t i = 0; i < m_switches.size(); ++i)
+        m_switches[i]->setChecked(m_settings.*kSwitches[i].value);
     m_limit2D->clear();
     m_limit2D->addItems(textureLimits(card.maxTexture2D));
     showLimit(*m_limit2D, m_settings.texLimit2D, card.maxTexture2D);
@@ -129,6 +153,8 @@ Settings PreferencesForm::settings() const
     settings.defaultTimeSeriesEncode = m_timeSeriesEncode->currentIndex();
     settings.flashRate = m_flashRate->value();
     settings.usePBuffers = m_usePBuffers->currentIndex() == 0;
+    for (std::size_t i = 0; i < m_switches.size(); ++i)
+        settings.*kSwitches[i].value = m_switches[i]->isChecked();
     settings.texLimit2D = m_limit2D->currentText().toInt();
     settings.texLimit3D = m_limit3D->currentIndex() == m_limit3D->count() - 1
                               ? kNoTextureBlocking

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <vector>
+
 #include "ui/toolform.h"
 
+class QCheckBox;
 class QComboBox;
 class QLabel;
 class QLineEdit;
@@ -40,6 +43,7 @@ private:
     QComboBox* m_encode;
     QComboBox* m_timeSeriesEncode;
     QSpinBox* m_flashRate;
+    std::vector<QCheckBox*> m_switches;
     QComboBox* m_usePBuffers;
     QComboBox* m_limit2D;
     QComboBox* m_limit3D;

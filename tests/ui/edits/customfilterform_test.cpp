@@ -56,7 +56,8 @@ TEST_F(CustomFilter, WorksOnAllChannelsUnlessOneIsChosen)
     EXPECT_EQ(form.channel(), -1);
     press(all, Qt::Key_Space);
     EXPECT_TRUE(spin("spnChannel").isEnabled());
-    EXPECT_EQ(spin("spnChannel").maximum(), 2);
+    EXPECT_EQ(spin("spnChannel").minimum(), 1);
+    EXPECT_EQ(spin("spnChannel").maximum(), 3);
     press(spin("spnChannel"), Qt::Key_Up);
     EXPECT_EQ(form.channel(), 1);
 }

@@ -48,10 +48,10 @@ TEST_F(FilterDialogs, WindowFiltersAskForSizeChannelAndLayers)
     for (const FilterOperation operation : {FilterOperation::Mean, FilterOperation::Median,
                                             FilterOperation::Minimum, FilterOperation::Maximum}) {
         const auto asked = ask(operation, 3, [&](QDialog& dialog) {
-            EXPECT_EQ(dialog.windowTitle(), "Event");
+            EXPECT_EQ(dialog.windowTitle(), QString(findFilter(operation)->menuText) + " filter");
             EXPECT_EQ(labels(dialog), (QStringList{"Filter size", "All channels", "Channel", "3D"}));
             expectRange(dialog, "Filter size", {3, 3, 127, 2});
-            expectRange(dialog, "Channel", {0, 0, 2, 1});
+            expectRange(dialog, "Channel", {1, 1, 3, 1});
             EXPECT_EQ(child<QComboBox>(dialog, "All channels").currentText(), "True");
             EXPECT_EQ(child<QComboBox>(dialog, "3D").currentText(), "False");
         });
@@ -94,11 +94,11 @@ TEST_F(FilterDialogs, TheChannelCountsOnlyWithoutAllChannels)
 TEST_F(FilterDialogs, BackgroundSubtractionAsksForThePercentage)
 {
     const auto asked = ask(FilterOperation::BackgroundSubtract, 1, [&](QDialog& dialog) {
-        EXPECT_EQ(dialog.windowTitle(), "Event");
+        EXPECT_EQ(dialog.windowTitle(), "Background Subtract filter");
         EXPECT_EQ(labels(dialog),
                   (QStringList{"Filter size", "All channels", "Channel", "Subtract Percentage"}));
         expectRange(dialog, "Filter size", {31, 3, 127, 2});
-        expectRange(dialog, "Channel", {0, 0, 0, 1});
+        expectRange(dialog, "Channel", {1, 1, 1, 1});
         expectRange(dialog, "Subtract Percentage", {100, 0, 100, 1});
         press(dialog, Qt::Key_S, Qt::AltModifier);
         type(*QApplication::focusWidget(), "40");

@@ -93,7 +93,7 @@ TEST_F(MainWindow, HasTheMenusInOrder)
     QStringList bar;
     for (const QAction* each : form().menuBar()->actions())
         bar.append(each->text());
-    EXPECT_EQ(bar, QStringList({"&File", "&Edit", "&Window", "&Help"}));
+    EXPECT_EQ(bar, QStringList({"&File", "&Edit", "&View", "&Window", "&Help"}));
     EXPECT_EQ(entries("&File"),
               QStringList({"Load", "Save", "Close", "Export", "-", "Print...", "-", "E&xit"}));
     EXPECT_EQ(entries("&File/Load"),
@@ -106,7 +106,10 @@ TEST_F(MainWindow, HasTheMenusInOrder)
               QStringList({"Export Core...", "Export Z corrected...", "All Changes"}));
     EXPECT_EQ(entries("&Edit"),
               QStringList({"&Undo", "&Redo", "&Copy", "-", "Filter", "Flip", "Invert Intensities", "-",
-                           "Show Segmentation", "Stretch to used bits", "Ruler", "Preferences..."}));
+                           "Show Segmentation", "Stretch to used bits", "Preferences..."}));
+    EXPECT_EQ(entries("&View"),
+              QStringList({"&Fit", "&Reset View", "-", "From the Front", "From the Back", "From the Left",
+                           "From the Right", "From Above", "From Below", "-", "Ruler"}));
     EXPECT_EQ(entries("&Edit/Filter"),
               QStringList({"Mean", "Median", "Min", "Max", "Custom...", "Background Subtract"}));
     EXPECT_EQ(entries("&Edit/Flip"), QStringList({"X Axis", "Y Axis", "Z Axis"}));
