@@ -7,7 +7,7 @@
 #include <qopengl.h>
 
 #include "scene/camera.h"
-#include "scene/ruler.h"
+#include "scene/pointing/ruler.h"
 #include "volume/voxelarray.h"
 
 namespace tirn {
