@@ -2,7 +2,7 @@
 
 #include "benchstacks.h"
 #include "palettes/palette.h"
-#include "scene/viewprojection.h"
+#include "scene/pointing/viewprojection.h"
 #include "volume/seenvoxel.h"
 
 namespace tirn::bench {

@@ -38,6 +38,7 @@ TirnApplication::~TirnApplication()
         m_stage->stopDrawing();
     // Events still on their way may hold a volume, which must go while the card is there.
     removePostedEvents(this);
+    m_pointing.reset();
     m_jobs.reset();
     m_forms.reset();
     m_mainForm.reset();

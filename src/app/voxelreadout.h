@@ -5,7 +5,7 @@
 #include <QSize>
 #include <QTimer>
 
-#include "scene/pointing.h"
+#include "scene/pointing/pointing.h"
 #include "scene/scenemodel.h"
 
 namespace tirn {

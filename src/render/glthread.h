@@ -16,9 +16,9 @@
 #include "render/renderlistcache.h"
 #include "render/shaders.h"
 #include "render/textpainter.h"
+#include "scene/pointing/viewprojection.h"
 #include "scene/renderlock.h"
 #include "scene/scene.h"
-#include "scene/viewprojection.h"
 
 namespace tirn {
 

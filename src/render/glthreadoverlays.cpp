@@ -5,7 +5,7 @@
 
 #include "gl/glstate.h"
 #include "render/glthread.h"
-#include "scene/cuthandles.h"
+#include "scene/pointing/cuthandles.h"
 #include "scene/scalebar.h"
 
 namespace tirn {

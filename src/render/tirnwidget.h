@@ -8,9 +8,9 @@
 
 #include "gl/glcontext.h"
 #include "gl/glinfo.h"
-#include "render/cuthandletool.h"
 #include "render/glthread.h"
 #include "render/windowsurface.h"
+#include "scene/pointing/cuthandletool.h"
 #include "scene/scenemodel.h"
 
 namespace tirn {

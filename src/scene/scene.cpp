@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "scene/pointing.h"
+#include "scene/pointing/pointing.h"
 
 namespace tirn {
 

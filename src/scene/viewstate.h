@@ -8,7 +8,7 @@
 
 #include "pictures/colorvision.h"
 #include "scene/camera.h"
-#include "scene/ruler.h"
+#include "scene/pointing/ruler.h"
 #include "volume/voxelarray.h"
 
 namespace tirn {

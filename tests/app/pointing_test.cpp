@@ -22,6 +22,7 @@ protected:
             stack.at(x, y, 0) = static_cast<std::uint16_t>(value);
         test::writePic(path("spots.pic"), stack);
         load({path("spots.pic"), mapFile("grey.map")});
+        changeView([](ViewState& view) { view.zoom = 1; });
     }
     /// The middle of a voxel of the front slice, in the window.
     QPoint voxel(int x, int y)

@@ -8,7 +8,9 @@
 namespace tirn::test {
 namespace {
 
-constexpr int kSize = 96;
+constexpr int kSize = 128;
+/// The rim, where the data fade into the padding, lies outside of the picture.
+constexpr double kOverhang = 1.1;
 
 using Cut = std::array<std::array<int, 2>, 3>;
 
@@ -40,6 +42,7 @@ protected:
         double padded = 1;
         while (padded < std::max({stack.x, stack.y, stack.z}))
             padded *= 2;
+        padded *= kOverhang;
         view.scale = {padded / stack.x, padded / stack.y, padded / stack.z};
         view.target = GetParam().target;
         view.blockLimit = GetParam().blockLimit;

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "glsupport/renderrig.h"
-#include "scene/pointing.h"
+#include "scene/pointing/pointing.h"
 #include "support/logcapture.h"
 
 namespace tirn {

@@ -4,7 +4,7 @@
 
 #include "glsupport/recordedrig.h"
 #include "render/picturemaker.h"
-#include "scene/cuthandles.h"
+#include "scene/pointing/cuthandles.h"
 
 namespace tirn {
 namespace {

@@ -60,7 +60,7 @@ public:
     }
     /// Says something in the status bar, for a while.
     void showNote(const QString& text);
-    /// What the mouse is over, empty for nothing. Notes stand before it.
+    /// What the mouse is over, in the place of the facts; empty for nothing. Notes stand before it.
     void showPointed(const QString& text);
     const RecentLists& recent() const { return m_recent; }
     /// Takes the lists of what was opened last from the store.

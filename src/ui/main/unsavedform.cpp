@@ -48,8 +48,8 @@ UnsavedForm::UnsavedForm(const std::vector<UnsavedThing>& things, QWidget* paren
     auto* question = new QLabel(this);
     question->setObjectName("lblQuestion");
     question->setTextFormat(Qt::PlainText);
-    question->setText(tr("Do you want to save the changes to ") + (isOne ? things.front().name : tr("these")) +
-                      "?");
+    question->setText(tr("Do you want to save the changes to ") +
+                      (isOne ? things.front().name : tr("these")) + "?");
     m_list->setObjectName("lstUnsaved");
     for (const UnsavedThing& thing : things) {
         auto* item = new QListWidgetItem(thing.name, m_list);

@@ -79,17 +79,17 @@ private:
 } // namespace
 
 CutPlanesForm::CutPlanesForm(const FormServices& services, QWidget* parent)
-    : ToolForm(services, Change::Stacks | Change::Voxels | Change::Cut | Change::Look, parent),
-      m_reset(new QPushButton(tr("Reset"), this))
+    : ToolForm(services, Change::Stacks | Change::Voxels | Change::Cut | Change::Look, parent)
 {
     setWindowTitle(tr("Cut Planes"));
+    buildAxis(0, tr("X Axis"), tr("Min slices"));
+    buildAxis(1, tr("Y Axis"), tr("Min slices"));
+    buildAxis(2, tr("Z Axis"), tr("Min Slices"));
+    m_reset = new QPushButton(tr("Reset"), this);
     m_reset->setObjectName("btnReset");
     m_reset->setToolTip(tr("Show the whole stack again."));
     // Enter takes a number that was typed.
     m_reset->setAutoDefault(false);
-    buildAxis(0, tr("X Axis"), tr("Min slices"));
-    buildAxis(1, tr("Y Axis"), tr("Min slices"));
-    buildAxis(2, tr("Z Axis"), tr("Min Slices"));
     auto* layout = new QVBoxLayout(this);
     for (const AxisWidgets& each : m_axes)
         layout->addWidget(each.group);

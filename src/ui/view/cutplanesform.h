@@ -80,7 +80,7 @@ private:
     void setHandles(bool shown);
 
     std::array<AxisWidgets, 3> m_axes;
-    QPushButton* m_reset;
+    QPushButton* m_reset = nullptr;
     /// What the edits of a drag have in common; 0 between drags.
     int m_gesture = 0;
     bool m_isChangeHeldBack = false;

@@ -115,7 +115,10 @@ TEST_F(MainWindow, HasTheMenusInOrder)
               QStringList({"Export Core...", "Export Z corrected...", "All Changes"}));
     EXPECT_EQ(entries("&Edit"),
               QStringList({"&Undo", "&Redo", "&Copy", "-", "Filter", "Flip", "Invert Intensities", "-",
-                           "Show Segmentation", "Stretch to used bits", "Ruler", "Preferences..."}));
+                           "Show Segmentation", "Stretch to used bits", "Preferences..."}));
+    EXPECT_EQ(entries("&View"),
+              QStringList({"&Fit", "&Reset View", "-", "From the Front", "From the Back", "From the Left",
+                           "From the Right", "From Above", "From Below", "-", "Ruler"}));
     EXPECT_EQ(entries("&Edit/Filter"),
               QStringList({"Mean", "Median", "Min", "Max", "Custom...", "Background Subtract"}));
     EXPECT_EQ(entries("&Edit/Flip"), QStringList({"X Axis", "Y Axis", "Z Axis"}));

@@ -49,6 +49,12 @@ protected:
         app().loads().fileThread().wait();
         settle();
     }
+    /// A cube as large as the window.
+    void loadCube()
+    {
+        load({picFile("a.pic", 16, 16, 16)});
+        changeView([](ViewState& view) { view.zoom = 1; });
+    }
     static QPoint handleOf(QSlider& slider)
     {
         QStyleOptionSlider option;
@@ -311,6 +317,21 @@ TEST_F(CutPlanes, AnAxisWithoutRoomForACutIsDisabled)
         EXPECT_TRUE(child<QGroupBox>(name).isEnabled()) << name;
 }
 
+TEST_F(CutPlanes, TheTabKeyGoesDownTheForm)
+{
+    load({picFile("a.pic")});
+    const QWidget* first = &slider("sldXMin");
+    QStringList stops;
+    for (const QWidget* each = first->nextInFocusChain(); each != first; each = each->nextInFocusChain()) {
+        if (form().isAncestorOf(each) && (each->focusPolicy() & Qt::TabFocus) != 0 &&
+            each->focusProxy() == nullptr)
+            stops.append(each->objectName());
+    }
+    EXPECT_EQ(stops, QStringList({"spnXMin", "sldXMax", "spnXMax", "spnXInterval", "sldYMin", "spnYMin",
+                                  "sldYMax", "spnYMax", "spnYInterval", "sldZMin", "spnZMin", "sldZMax",
+                                  "spnZMax", "spnZInterval", "btnReset"}));
+}
+
 TEST_F(CutPlanes, SlotsWithoutAStackDoNothing)
 {
     form().checkXmin(3);
@@ -352,7 +373,7 @@ TEST_F(CutPlanes, TheBoxHasHandlesWhileTheFormIsShown)
 
 TEST_F(CutPlanes, AHandleIsDraggedInThePictureAndTheSliderFollows)
 {
-    load({picFile("a.pic", 16, 16, 16)});
+    loadCube();
     QSignalSpy changed(&form(), &CutPlanesForm::renderAreaChanged);
     const QPoint handle(widget().width() - 2, widget().height() / 2);
     const QPoint to = handle - QPoint(widget().width() / 4, 0);
@@ -375,7 +396,7 @@ TEST_F(CutPlanes, AHandleIsDraggedInThePictureAndTheSliderFollows)
 
 TEST_F(CutPlanes, WithoutTheFormTheSameDragTurnsTheVolume)
 {
-    load({picFile("a.pic", 16, 16, 16)});
+    loadCube();
     const QPoint at(widget().width() - 2, widget().height() / 2);
     drag(at, at - QPoint(widget().width() / 4, 0), Qt::LeftButton);
     EXPECT_EQ(cut().xMax, 15);
@@ -384,7 +405,7 @@ TEST_F(CutPlanes, WithoutTheFormTheSameDragTurnsTheVolume)
 
 TEST_F(CutPlanes, TheMouseShowsThatItIsOverAHandle)
 {
-    load({picFile("a.pic", 16, 16, 16)});
+    loadCube();
     form();
     moveTo({widget().width() - 2, widget().height() / 2}, Qt::NoButton);
     EXPECT_EQ(widget().cursor().shape(), Qt::PointingHandCursor);

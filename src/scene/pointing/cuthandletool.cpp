@@ -1,4 +1,4 @@
-#include "render/cuthandletool.h"
+#include "scene/pointing/cuthandletool.h"
 
 #include <QCoreApplication>
 

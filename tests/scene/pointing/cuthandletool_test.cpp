@@ -1,4 +1,4 @@
-#include "render/cuthandletool.h"
+#include "scene/pointing/cuthandletool.h"
 
 #include <gtest/gtest.h>
 
@@ -85,6 +85,16 @@ TEST_F(CutTool, ReachesFurtherOnFinePixels)
 {
     EXPECT_FALSE(tool.isOver({68, 40}, kSize, 1));
     EXPECT_TRUE(tool.isOver({68, 40}, kSize, 2));
+}
+
+TEST_F(CutTool, FollowsTheZoom)
+{
+    model.edit({}, [](Scene& scene) { scene.view.zoom = 0.5; });
+    EXPECT_FALSE(press(78, 40));
+    ASSERT_TRUE(press(59, 40));
+    // A slice is five pixels now.
+    tool.move({49, 40});
+    EXPECT_EQ(cut(), (CutBox{0, 5, 0, 7, 0, 7}));
 }
 
 TEST_F(CutTool, KeepsTheLeastSlices)

@@ -1,4 +1,4 @@
-#include "scene/pointing.h"
+#include "scene/pointing/pointing.h"
 
 #include <cmath>
 

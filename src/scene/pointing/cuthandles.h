@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scene/viewprojection.h"
+#include "scene/pointing/viewprojection.h"
 #include "volume/cutslices.h"
 
 namespace tirn {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scene/cuthandles.h"
+#include "scene/pointing/cuthandles.h"
 #include "scene/scenemodel.h"
 
 namespace tirn {

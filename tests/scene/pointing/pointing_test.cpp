@@ -1,4 +1,4 @@
-#include "scene/pointing.h"
+#include "scene/pointing/pointing.h"
 
 #include <gtest/gtest.h>
 
@@ -53,6 +53,9 @@ TEST_F(Pointing, FollowsThePoseTheScaleAndTheCut)
     array.scale = {0.5, 1, 1};
     EXPECT_EQ(at(32, 55)->voxel, (VoxelPlace{2, 5, 0}));
     array.scale = {1, 1, 1};
+    rig.scene.view.zoom = 0.5;
+    EXPECT_EQ(at(32, 47)->voxel, (VoxelPlace{2, 5, 0}));
+    rig.scene.view.zoom = 1;
     array.cut.zMin = 1;
     EXPECT_FALSE(at(25, 55));
 }

@@ -1,4 +1,4 @@
-#include "scene/ruler.h"
+#include "scene/pointing/ruler.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "scene/viewprojection.h"
+#include "scene/pointing/viewprojection.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "scene/cuthandles.h"
+#include "scene/pointing/cuthandles.h"
 
 #include <cmath>
 

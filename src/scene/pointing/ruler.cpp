@@ -1,4 +1,4 @@
-#include "scene/ruler.h"
+#include "scene/pointing/ruler.h"
 
 namespace tirn {
 
