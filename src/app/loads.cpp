@@ -246,6 +246,9 @@ void Loads::handle(StackLoadedEvent& event)
     recent.timePoints = stack.array->timePointCount();
     recent.files = std::move(stack.files);
     recent.raw = stack.raw;
+    // Nobody has to save what nobody made.
+    for (const auto& palette : stack.palettes)
+        palette->setModified(false);
     const SceneModel::Edit look = firstLook(stack.array->stack());
     m_needs.stacks.add(std::move(stack.array), std::move(stack.palettes), look);
     m_needs.mainForm.addRecentStack(recent);

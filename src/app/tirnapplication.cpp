@@ -93,8 +93,8 @@ void TirnApplication::createServices()
     };
     m_forms = std::make_unique<FormTable>(
         *m_mainForm,
-        FormServices{m_model, *m_loads, m_stacks, m_stacks, *m_jobs, *m_pictures, windows(), m_probes, settings,
-                     card(), keep, form, [this](const QString& page) { help(page); }});
+        FormServices{m_model, *m_loads, m_stacks, m_stacks, *m_jobs, *m_pictures, windows(), m_probes,
+                     settings, card(), keep, form, [this](const QString& page) { help(page); }});
 }
 
 void TirnApplication::connectWidgets()
@@ -109,6 +109,7 @@ void TirnApplication::connectWidgets()
         m_stage->stopDrawing();
         return m_jobs->mayClose();
     });
+    form->setUnsavedStacks([this] { return m_jobs->unsavedStacks(); });
     form->setUndoGate([this](const QUndoCommand* command) { return m_jobs->mayUndo(command); });
     form->setMinimisedHandler([this](bool minimised) {
         if (minimised)
@@ -116,21 +117,18 @@ void TirnApplication::connectWidgets()
         else
             currentWidget()->requestFrame();
     });
-    const MenuTargets targets{*form,
-                              m_model,
-                              m_stacks,
-                              *m_loads,
-                              *m_jobs,
-                              *m_pictures,
-                              *m_forms,
-                              m_preferences.settings(),
-                              [this](const QString& page) { help(page); }};
+    m_pointing = std::make_unique<PointingTools>(m_model, *form, [this] { return m_jobs->isBusy(); });
+    const Settings& settings = m_preferences.settings();
+    const MenuTargets targets{*form,    m_model,  m_stacks,
+                              *m_loads, *m_jobs,  *m_pictures,
+                              *m_forms, settings, [this](const QString& page) { help(page); }};
     connectActions(targets);
     for (TirnWidget* widget : windows().widgets()) {
         connect(widget, &TirnWidget::scaleChanged, this, &TirnApplication::scaleChanged);
         connect(widget, &TirnWidget::arrayRequested, &m_stacks, &StackList::setCurrent);
         connect(widget, &TirnWidget::helpRequested, this, qOverload<const QString&>(&TirnApplication::help));
         connect(widget, &TirnWidget::quitRequested, form, &MainForm::close);
+        m_pointing->follow(*widget);
         fillContextMenu(widget->contextMenu(), targets);
     }
 }

@@ -7,6 +7,7 @@
 #include "app/jobs.h"
 #include "app/loads.h"
 #include "app/pictures.h"
+#include "app/pointing.h"
 #include "app/preferences.h"
 #include "app/rendereventposter.h"
 #include "app/stacklist.h"
@@ -98,6 +99,7 @@ private:
     std::unique_ptr<Loads> m_loads;
     std::unique_ptr<Jobs> m_jobs;
     std::unique_ptr<Pictures> m_pictures;
+    std::unique_ptr<PointingTools> m_pointing;
     std::unique_ptr<FormTable> m_forms;
 };
 

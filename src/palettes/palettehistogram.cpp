@@ -28,6 +28,15 @@ std::vector<double> countsOnPalette(const Histogram& histogram, int paletteDepth
     return counts;
 }
 
+StackStats statsOnPalette(const StackStats& stats, int paletteDepth, int stackDepth)
+{
+    const std::vector<double> counts = countsOnPalette(stats.histogram, paletteDepth, stackDepth);
+    StackStats shown;
+    shown.histogram = Histogram(counts.begin(), counts.end());
+    shown.mode = static_cast<std::uint32_t>(fromPaletteIndex(stats.mode, paletteDepth, stackDepth));
+    return shown;
+}
+
 std::vector<double> histogramHeights(const std::vector<double>& counts, const PaletteCurve& axis,
                                      HistogramScale scale)
 {

@@ -15,6 +15,9 @@ int shownDepth(int bitDepth, int significantBits, bool stretched);
 /// values that share an index added up.
 std::vector<double> countsOnPalette(const Histogram& histogram, int paletteDepth, int stackDepth);
 
+/// Histogram and mode of a stack on the same scale, for what equalises a palette.
+StackStats statsOnPalette(const StackStats& stats, int paletteDepth, int stackDepth);
+
 enum class HistogramScale { Formula, Ramp, Logarithm };
 
 /// How high counts are drawn: floor(pow((count + offset) / top, power) * top * scale) with the highest count

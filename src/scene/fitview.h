@@ -4,10 +4,6 @@
 
 namespace tirn {
 
-/// How far the zoom goes either way.
-inline constexpr double kLeastZoom = 1e-3;
-inline constexpr double kMostZoom = 1e3;
-
 /// The zoom with which the box of a stack, as it is turned and scaled, fills 90 % of the window's square, or
 /// of its quarter where there are four views.
 double fittedZoom(const ViewState& view, const AxisScale& scale, const StackGeometry& stack);

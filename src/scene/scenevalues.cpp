@@ -59,7 +59,7 @@ void setPose(ViewState& view, const Pose& pose)
     view.zoom = pose.zoom;
 }
 
-/// All of a view but its pose and what moves by itself.
+/// All of a view but its pose, the ruler, what moves by itself, and what is there while something is done.
 void setLook(ViewState& view, const ViewState& look)
 {
     const ViewState before = view;
@@ -69,6 +69,10 @@ void setLook(ViewState& view, const ViewState& look)
     view.spinY = before.spinY;
     view.spinZ = before.spinZ;
     view.dragging = before.dragging;
+    view.drawCutBox = before.drawCutBox;
+    view.cutHandles = before.cutHandles;
+    view.ruler = before.ruler;
+    view.isMeasuring = before.isMeasuring;
     view.playing = before.playing;
     view.timeRate = before.timeRate;
 }
@@ -105,6 +109,8 @@ void restoreValues(Scene& scene, const SceneValues& values, Changes which)
         setLook(scene.view, values.view);
         restoreLighting(scene, values);
     }
+    if (which & Change::Ruler)
+        scene.view.ruler = values.view.ruler;
     if (which & Change::Pose)
         setPose(scene.view, poseOf(values.view));
     for (const StackValues& stack : values.stacks) {

@@ -47,8 +47,8 @@ struct SceneValues
 /// Copies them; with the scene's lock held where others write.
 SceneValues valuesOf(const Scene& scene);
 
-/// Puts back what `which` names, in the volumes that are still there; the rest stays as it is. Spin, drag and
-/// playback are no values and stay, too.
+/// Puts back what `which` names, in the volumes that are still there; the rest stays as it is. Spin, drag,
+/// playback and what a cut is made by are no values and stay, too.
 void restoreValues(Scene& scene, const SceneValues& values, Changes which);
 
 } // namespace tirn

@@ -117,6 +117,7 @@ void writeView(QDomElement& element, const ViewState& view, const SessionWindow&
     size.setAttribute("preserve", window.preservesRatio ? 1 : 0);
     writeAxes(appended(element, "rotation"), {view.rotX, view.rotY, view.rotZ});
     writeAxes(appended(element, "translation"), {view.transX, view.transY, view.transZ});
+    appended(element, "zoom").setAttribute("factor", attributeNumber(view.zoom));
     writeColour(appended(element, "backgroundcolor"), view.backgroundColor);
     QDomElement box = appended(element, "boundingbox");
     box.setAttribute("show", view.showBoundingBox ? 1 : 0);
@@ -154,6 +155,9 @@ void readView(const QDomElement& element, ViewState& view, SessionWindow& window
         view.transX = std::clamp(place.x, -kMostTranslation, kMostTranslation);
         view.transY = std::clamp(place.y, -kMostTranslation, kMostTranslation);
         view.transZ = std::clamp(place.z, -kMostTranslation, kMostTranslation);
+    });
+    with("zoom", [&](const QDomElement& zoom) {
+        view.zoom = std::clamp(numberOr(zoom.attribute("factor"), 1), kLeastZoom, kMostZoom);
     });
     with("backgroundcolor", [&](const QDomElement& colour) { view.backgroundColor = readColour(colour); });
     with("boundingbox", [&](const QDomElement& box) {

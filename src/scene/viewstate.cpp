@@ -39,6 +39,8 @@ double wrapDegrees(double angle)
     return wrapped < 360 ? wrapped : 0;
 }
 
+void stopSpin(ViewState& view) { view.spinX = view.spinY = view.spinZ = 0; }
+
 bool spin(ViewState& view, int width)
 {
     if (!view.isSpinning() || width < 1)

@@ -12,6 +12,7 @@
 #include "ui/preferences/preferencesform.h"
 #include "ui/stacks/managerform.h"
 #include "ui/view/analyzethisform.h"
+#include "ui/view/cutplanesform.h"
 #include "ui/view/lightingform.h"
 #include "ui/view/rendererform.h"
 #include "ui/view/viewform.h"
@@ -75,7 +76,8 @@ constexpr FormRow kForms[] = {
      .place = 8,
      .menuText = "Cut Planes",
      .contextText = "Cut Planes",
-     .session = "cutplanesform"},
+     .session = "cutplanesform",
+     .make = make<CutPlanesForm>},
     {.id = FormId::ImportStack,
      .name = "Import",
      .failureName = "Import Stack",

@@ -51,6 +51,19 @@ TEST(PaletteHistogram, StretchedValuesBeyondTheirBitsLookUpTheLastIndex)
     EXPECT_EQ(countsOnPalette(deep, 8, 11)[255], 4);
 }
 
+TEST(PaletteHistogram, StatisticsMoveToThePalettesScale)
+{
+    StackStats deep;
+    deep.histogram = zeroHistogram(4096);
+    deep.histogram[330] = 9;
+    deep.histogram[335] = 4;
+    deep.mode = 330;
+    const StackStats shown = statsOnPalette(deep, 8, 12);
+    EXPECT_EQ(shown.mode, 20U);
+    ASSERT_EQ(shown.histogram.size(), 256U);
+    EXPECT_EQ(shown.histogram[20], 13U);
+}
+
 TEST(PaletteHistogram, HeightsFollowTheFormula)
 {
     const Counts counts = {0, 1, 25, 100};

@@ -89,6 +89,19 @@ QToolButton* PaletteForm::button(const char* name, const QString& text, const QS
     return made;
 }
 
+QToolButton* PaletteForm::menuButton(const char* name, const QString& text, const QString& toolTip,
+                                     QMenu* menu)
+{
+    auto* made = new QToolButton(this);
+    made->setObjectName(name);
+    made->setText(text);
+    made->setToolTip(toolTip);
+    made->setPopupMode(QToolButton::InstantPopup);
+    made->setFocusPolicy(Qt::StrongFocus);
+    made->setMenu(menu);
+    return made;
+}
+
 QWidget* PaletteForm::buildTop()
 {
     auto* top = new QWidget(this);
@@ -100,14 +113,9 @@ QWidget* PaletteForm::buildTop()
     m_palettes->setMinimumContentsLength(16);
     connect(m_palettes, qOverload<int>(&QComboBox::currentIndexChanged), this,
             &PaletteForm::changeSelectedPalette);
-    auto* more = button("btnPalette", tr("Palette"), tr("New, load, save, close."), &PaletteForm::popMenu);
-    auto* kinds = new QToolButton(this);
-    kinds->setObjectName("btnNewFrom");
-    kinds->setText(tr("New from..."));
-    kinds->setToolTip(tr("Colours, fluorophores and maps to begin with."));
-    kinds->setPopupMode(QToolButton::InstantPopup);
-    kinds->setFocusPolicy(Qt::StrongFocus);
-    kinds->setMenu(buildKindsMenu());
+    auto* more = menuButton("btnPalette", tr("Palette"), tr("New, load, save, close."), m_menu);
+    auto* kinds = menuButton("btnNewFrom", tr("New from..."),
+                             tr("Colours, fluorophores and maps to begin with."), buildKindsMenu());
     m_undo = button("btnUndo", tr("Undo"), tr("Take the last change of this palette back (Ctrl+Z)."),
                     &PaletteForm::undo);
     m_undo->setIcon(style()->standardIcon(QStyle::SP_ArrowBack));

@@ -109,6 +109,7 @@ private:
     QWidget* buildFormulas();
     QToolButton* button(const char* name, const QString& text, const QString& toolTip,
                         void (PaletteForm::*slot)());
+    QToolButton* menuButton(const char* name, const QString& text, const QString& toolTip, QMenu* menu);
     void buildMenu();
     QMenu* buildKindsMenu();
     QMenu* buildVisionMenu();

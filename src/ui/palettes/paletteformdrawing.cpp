@@ -11,9 +11,11 @@
 #include <QMainWindow>
 #include <QMenu>
 #include <QMouseEvent>
+#include <QSignalBlocker>
 #include <QStackedWidget>
 
 #include "base/log.h"
+#include "palettes/palettehistogram.h"
 #include "ui/messages.h"
 #include "ui/palettes/paletteform.h"
 #include "ui/widgets/floatspinbox.h"
@@ -184,12 +186,11 @@ void PaletteForm::equalize()
 {
     constexpr int aboveBackground = 2;
     const int channel = channelOfSelected();
-    const StackStats* stats =
-        channel >= 0 ? &currentArray()->channels()[static_cast<std::size_t>(channel)].stats : nullptr;
-    const auto counted = [&] {
-        return std::any_of(stats->histogram.begin(), stats->histogram.end(), [](auto n) { return n > 0; });
-    };
-    if (stats == nullptr || !counted()) {
+    StackStats stats;
+    if (channel >= 0)
+        stats = statsOnPalette(currentArray()->channels()[static_cast<std::size_t>(channel)].stats,
+                               currentPalette()->depth(), stackDepth());
+    if (std::none_of(stats.histogram.begin(), stats.histogram.end(), [](auto n) { return n > 0; })) {
         logDebug("Histrogram equilization!");
         showMessage(this, QMessageBox::Information, tr("No can do"),
                     tr("Sorry, the palette must be assigned to a channel in\n "
@@ -197,14 +198,17 @@ void PaletteForm::equalize()
         return;
     }
     endStep();
-    change([&](Palette& edited) { edited.equalize(aboveBackground, *stats); });
+    change([&](Palette& edited) { edited.equalize(aboveBackground, stats); });
     endStep();
 }
 
 void PaletteForm::moveIndex(int step)
 {
     FloatSpinBox& spin = page().indexSpin();
+    // A key that repeats goes on with its step.
+    const QSignalBlocker blocker(spin);
     spin.setDoubleValue(spin.doubleValue() + step);
+    page().showValues();
 }
 
 void PaletteForm::shiftByKey(int places)

@@ -8,6 +8,7 @@
 #include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QImage>
 #include <QMenu>
 #include <QMimeData>
 #include <QUrl>
@@ -29,6 +30,22 @@ constexpr int kDeepDepth = 12;
 
 constexpr const char* kLoadFilter =
     "Tirn Palette (*.map);;Amira Palette (*.col);; Andor IQ LUT (*.lut);; Metamorph LUT (*.lut)";
+
+/// The colours of a kind from left to right.
+QIcon iconOf(const PaletteKind& kind, const QWidget& widget)
+{
+    constexpr int side = 16;
+    QImage picture(QSize(side, side) * widget.devicePixelRatioF(), QImage::Format_RGB32);
+    picture.setDevicePixelRatio(widget.devicePixelRatioF());
+    for (int x = 0; x < picture.width(); ++x) {
+        const MapColor color = kind.color(x / (picture.width() - 1.0));
+        const auto shown = [&](std::size_t k) { return std::clamp(color[k], 0.0, 1.0); };
+        const QRgb rgb = QColor::fromRgbF(shown(0), shown(1), shown(2)).rgb();
+        for (int y = 0; y < picture.height(); ++y)
+            picture.setPixel(x, y, rgb);
+    }
+    return QPixmap::fromImage(picture);
+}
 
 } // namespace
 
@@ -83,7 +100,7 @@ QMenu* PaletteForm::buildKindsMenu()
             group = menu->addMenu(tr(kind.group));
             group->setToolTipsVisible(true);
         }
-        QAction* action = group->addAction(tr(kind.name));
+        QAction* action = group->addAction(iconOf(kind, *this), tr(kind.name));
         action->setToolTip(kind.note);
         connect(action, &QAction::triggered, this, [this, &kind] { newPaletteOfKind(kind); });
     }

@@ -121,10 +121,10 @@ void ScaleBarForm::showBar()
         m_size->setDoubleValue(view.scaleBarSize);
     m_round->setChecked(view.roundScaleBar);
     const VoxelArray* array = m_model.scene().current();
-    const QString length =
-        array == nullptr
-            ? tr("no stack")
-            : scaleBarOf(view, array->geometry().maxPow(), array->stack().dimX, array->scale.x).label.text;
+    const QString length = array == nullptr ? tr("no stack")
+                                            : scaleBarOf(view, array->geometry().maxPow(),
+                                                         array->stack().dimX, array->scale.x * view.zoom)
+                                                  .label.text;
     m_length->setText(length);
 }
 

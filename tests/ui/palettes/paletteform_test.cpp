@@ -533,6 +533,37 @@ TEST_F(PaletteEditor, PalettesThatGoWhileItIsHiddenAreForgotten)
     EXPECT_NE(form().currentPalette(), nullptr);
 }
 
+TEST_F(PaletteEditor, ADarkDesktopHasLightTextsAndTheSamePlot)
+{
+    load({picFile("a.pic")});
+    const QColor before = plot().canvas()->grab().toImage().pixelColor(2, 2);
+    QPalette dark = QApplication::palette();
+    const std::pair<QPalette::ColorRole, QColor> roles[] = {
+        {QPalette::Window, {40, 40, 44}},       {QPalette::WindowText, {230, 230, 230}},
+        {QPalette::Base, {30, 30, 33}},         {QPalette::Text, {230, 230, 230}},
+        {QPalette::Button, {52, 52, 57}},       {QPalette::ButtonText, {230, 230, 230}},
+        {QPalette::AlternateBase, {36, 36, 40}}};
+    for (const auto& [role, color] : roles)
+        dark.setColor(role, color);
+    QApplication::setPalette(dark);
+    QCoreApplication::processEvents();
+    const QImage seen = form().grab().toImage();
+    EXPECT_EQ(plot().canvas()->grab().toImage().pixelColor(2, 2), before);
+    // The titles and numbers of the axes, left of the canvas.
+    const QPoint corner = plot().mapTo(&form(), QPoint(0, 0));
+    int lightest = 0;
+    int darkest = 255;
+    for (int y = 0; y < plot().height(); ++y) {
+        for (int x = 0; x < plot().canvas()->x() - 4; ++x) {
+            const int grey = qGray(seen.pixel((corner + QPoint(x, y)) * seen.devicePixelRatio()));
+            lightest = std::max(lightest, grey);
+            darkest = std::min(darkest, grey);
+        }
+    }
+    EXPECT_GT(lightest, 180);
+    EXPECT_LT(darkest, 60);
+}
+
 TEST_F(PaletteEditor, ASessionBringsPalettesBack)
 {
     QDomDocument document;

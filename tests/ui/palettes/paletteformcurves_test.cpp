@@ -20,6 +20,10 @@ namespace {
 class PaletteCurves : public test::PaletteEditorTest
 {
 protected:
+    void stretch(bool on)
+    {
+        app().model().edit(Change::Look, [=](Scene& scene) { scene.view.autoBitDepth = on; });
+    }
     void useTab(int tab) { form().findChild<QTabWidget*>()->setCurrentIndex(tab); }
     QwtInterval axis(int id) { return plot().axisInterval(id); }
     void chooseType(int item)
@@ -227,12 +231,13 @@ TEST_F(PaletteCurves, TheHistogramStandsWhereThePictureLooksUp)
     form();
     ASSERT_EQ(palette().size(), 256);
     EXPECT_EQ(app().scene().current()->bitsPerSample(), 16) << "what the file says";
+    stretch(false);
     const auto count = [&](int index) {
         return plot().histogram().sample(static_cast<std::size_t>(index)).y();
     };
     EXPECT_EQ(count(1600 / 256), 15);
     EXPECT_EQ(count(3999 / 256), 7);
-    app().model().edit(Change::Look, [](Scene& scene) { scene.view.autoBitDepth = true; });
+    stretch(true);
     // 3999 needs 12 bits.
     EXPECT_EQ(count(1600 / 16), 15);
     EXPECT_EQ(count(3999 / 16), 7);
@@ -263,10 +268,15 @@ TEST_F(PaletteCurves, ADimDatasetIsShownAsFarAsItsBitsReach)
     load({stackOf("deep.pic", 16, {{4000, 100}})});
     EXPECT_TRUE(dim.isEnabled());
     EXPECT_TRUE(dim.isChecked()) << "16 bits of which 12 are used";
+    stretch(true);
+    EXPECT_EQ(form().window(), (PaletteWindow{0, 256})) << "spread over the whole palette";
+    stretch(false);
+    tick("chkDimwit");
+    EXPECT_EQ(form().window(), (PaletteWindow{0, 256}));
+    tick("chkDimwit");
     // 4095 of 65535 is index 15 of 255.
     EXPECT_EQ(form().window(), (PaletteWindow{0, 16}));
     tick("chkDimwit");
-    EXPECT_EQ(form().window(), (PaletteWindow{0, 256}));
     EXPECT_EQ(axis(QwtPlot::xTop), QwtInterval(0, 255 * 256));
     load({stackOf("full.pic", 16, {{40000, 100}})});
     EXPECT_TRUE(dim.isEnabled());
@@ -329,6 +339,7 @@ TEST_F(PaletteCurves, LevelsAreTypedInTheStacksIntensities)
 {
     load({stackOf("deep.pic", 16, {{4000, 100}})});
     form();
+    stretch(false);
     auto& white = child<QSpinBox>("spnWhite0");
     white.setFocus();
     QTest::keyClick(&white, Qt::Key_A, Qt::ControlModifier);

@@ -284,6 +284,22 @@ TEST_F(PaletteDrawing, ArrowsWithShiftMoveTheCurves)
     EXPECT_EQ(palette().blue()[50], 50) << "each key is a step";
 }
 
+TEST_F(PaletteDrawing, AKeyThatRepeatsIsOneStep)
+{
+    form();
+    tick("chkEditBlue");
+    const PaletteValues before = palette().values();
+    for (int i = 0; i < 5; ++i) {
+        QKeyEvent event(QEvent::KeyPress, Qt::Key_Right, Qt::ShiftModifier, QString(), i > 0);
+        QCoreApplication::sendEvent(plot().canvas(), &event);
+    }
+    EXPECT_EQ(palette().blue()[50], 45);
+    EXPECT_EQ(number("spnIndex"), 5);
+    click("btnUndo");
+    EXPECT_EQ(palette().values(), before);
+    EXPECT_FALSE(button("btnUndo").isEnabled());
+}
+
 TEST_F(PaletteDrawing, LettersTickTheCurvesOfTheFirstView)
 {
     form();
@@ -339,22 +355,26 @@ TEST_F(PaletteDrawing, F1OpensThePageOnPalettes)
 
 TEST_F(PaletteDrawing, EqualisingSpreadsTheChannelOverTheTickedCurves)
 {
-    load({stackOf("b.pic", 8, {{10, 1500}, {19, 40}, {20, 300}, {100, 150}, {200, 50}})});
-    form();
-    tick("chkEditAlpha");
-    const StackStats& stats = app().scene().current()->channels().front().stats;
-    ASSERT_EQ(stats.mode, 10U);
-    press(Qt::Key_H);
-    // 500 voxels from twice the commonest value on.
-    EXPECT_EQ(alpha()[19], 0);
-    EXPECT_EQ(alpha()[20], 153);
-    EXPECT_EQ(alpha()[99], 153);
-    EXPECT_EQ(alpha()[100], 229); // 229.5
-    EXPECT_EQ(alpha()[200], 255);
-    EXPECT_EQ(alpha()[255], 255);
-    EXPECT_EQ(palette().red()[100], 100);
-    click("btnUndo");
-    EXPECT_EQ(palette().alpha()[100], 100);
+    for (const int bits : {8, 16}) {
+        const int step = bits == 8 ? 1 : 256;
+        load({stackOf(
+            QString("%1.pic").arg(bits), bits,
+            {{10 * step, 1500}, {19 * step, 40}, {20 * step, 300}, {100 * step, 150}, {200 * step, 50}})});
+        form().newPalette();
+        ASSERT_EQ(app().scene().current()->channels().front().stats.mode, static_cast<unsigned>(10 * step));
+        tick("chkEditAlpha");
+        press(Qt::Key_H);
+        // 500 voxels from twice the commonest value on.
+        EXPECT_EQ(alpha()[19], 0);
+        EXPECT_EQ(alpha()[20], 153);
+        EXPECT_EQ(alpha()[99], 153);
+        EXPECT_EQ(alpha()[100], 229); // 229.5
+        EXPECT_EQ(alpha()[200], 255);
+        EXPECT_EQ(alpha()[255], 255);
+        EXPECT_EQ(palette().red()[100], 100);
+        click("btnUndo");
+        EXPECT_EQ(alpha()[100], 100);
+    }
 }
 
 TEST_F(PaletteDrawing, EqualisingWithoutAChannelOrCountsIsRefused)
