@@ -34,12 +34,16 @@ public:
     void exportStack(ExportMode mode);
     /// Writes it.
     void write(ExportJob job);
+    /// Stacks that were filtered, flipped or inverted and not written since.
+    std::vector<UnsavedThing> unsavedStacks();
     /// False, with a note, where a command of the undo stack has to wait for what is at work.
     bool mayUndo(const QUndoCommand* command);
     /// Ends what is at work: a filter is cancelled, everything else comes to its end.
     void finish();
     /// False, with the progress in front, while something is being written.
     bool mayClose();
+    /// While a job works on voxels nobody else reads them.
+    bool isBusy() const;
     FilterThread& filterThread() { return *m_filterThread; }
     JobThread& saveThread() { return *m_saveThread; }
 
@@ -52,6 +56,7 @@ private:
     bool canStart();
     bool isFree();
     bool run(StackId stack, const FilterJobParameters& parameters);
+    bool writeAndWait(StackId stack);
     void keepForUndo(std::shared_ptr<AppliedEdit> applied);
     void runAgain(FilterCommand& command) override;
     void takeBack(StackId stack, std::shared_ptr<AppliedEdit> applied) override;

@@ -2,13 +2,16 @@
 
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QInputDialog>
 
 #include "base/log.h"
 #include "formats/names/filefilters.h"
 #include "palettes/palettefile.h"
 #include "scene/fitview.h"
+#include "scene/sceneedits.h"
 #include "ui/messages.h"
 #include "ui/open/stackopenform.h"
+#include "volume/meshfit.h"
 
 namespace tirn {
 
@@ -180,6 +183,8 @@ void Loads::loadSegmentation(const QString& fileName)
         showMessage(&m_needs.mainForm, QMessageBox::Warning, "Load Error", "Failed to load " + fileName);
         return;
     }
+    if (!fitSegmentation(*mesh))
+        return;
     logDebug("Segmentation %s loaded.", qPrintable(fileName));
     m_needs.model.editLists(Change::Look, [&](Scene& scene) {
         // One surface is drawn: the newest.
@@ -202,12 +207,34 @@ SceneModel::Edit Loads::firstLook(const ImageAttributes& stack)
                                       .arg(stack.bitDepth));
     return [=](Scene& scene) {
         if (isFirst)
-            freshView(scene);
+            resetView(scene);
         if (fits)
             fitView(scene);
         if (stretches)
             scene.view.autoBitDepth = true;
     };
+}
+
+/// Asks how a surface lies in the current volume; false when the user leaves it. Without a volume its
+/// coordinates are drawing units.
+bool Loads::fitSegmentation(Segmentation& mesh)
+{
+    const VoxelArray* array = m_needs.model.scene().current();
+    if (array == nullptr)
+        return true;
+    const std::optional<std::array<double, 3>> voxelSize = drawnVoxelSize(array->stack(), array->sliceStep);
+    QStringList fits = {"volume", "voxels"};
+    if (voxelSize)
+        fits.append("microns");
+    bool chosen = false;
+    const QString fit = QInputDialog::getItem(&m_needs.mainForm, "Load Segmentation",
+                                              "Fit the surface to the stack's", fits, 0, false, &chosen);
+    if (!chosen)
+        return false;
+    constexpr MeshFit kFits[] = {MeshFit::Volume, MeshFit::Voxels, MeshFit::Microns};
+    fitMesh(mesh, kFits[fits.indexOf(fit)], array->geometry(),
+            voxelSize.value_or(std::array<double, 3>{1, 1, 1}));
+    return true;
 }
 
 void Loads::handle(StackLoadedEvent& event)
@@ -219,6 +246,9 @@ void Loads::handle(StackLoadedEvent& event)
     recent.timePoints = stack.array->timePointCount();
     recent.files = std::move(stack.files);
     recent.raw = stack.raw;
+    // Nobody has to save what nobody made.
+    for (const auto& palette : stack.palettes)
+        palette->setModified(false);
     const SceneModel::Edit look = firstLook(stack.array->stack());
     m_needs.stacks.add(std::move(stack.array), std::move(stack.palettes), look);
     m_needs.mainForm.addRecentStack(recent);

@@ -60,6 +60,7 @@ public:
 private:
     VolumeOptions volumeOptions() const;
     PaletteList readPalettes(const QStringList& names);
+    bool fitSegmentation(Segmentation& mesh);
     void loadSorted(const QStringList& arguments);
     void loadNamed(const CommandLine& line);
     SceneModel::Edit firstLook(const ImageAttributes& stack);

@@ -3,6 +3,7 @@
 #include <QMenu>
 
 #include "scene/fitview.h"
+#include "scene/sceneedits.h"
 
 namespace tirn {
 
@@ -195,7 +196,7 @@ void connectActions(const MenuTargets& targets)
     };
     onView("fitViewAction", fitView);
     onView("resetViewAction", [settings = &targets.settings](Scene& scene) {
-        freshView(scene);
+        resetView(scene);
         if (settings->fitOnOpen)
             fitView(scene);
     });

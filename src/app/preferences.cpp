@@ -24,10 +24,11 @@ void Preferences::use(const Settings& settings)
 
 QString Preferences::keep(const Settings& chosen)
 {
-    // The directories moved on while the form was open.
+    // These moved on while the form was open.
     Settings settings = chosen;
     settings.stackPath = m_settings.stackPath;
     settings.palettePath = m_settings.palettePath;
+    settings.rotationMode = m_settings.rotationMode;
     use(settings);
     writePreferences(chosen, *m_store);
     m_store->sync();

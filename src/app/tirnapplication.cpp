@@ -38,6 +38,7 @@ TirnApplication::~TirnApplication()
         m_stage->stopDrawing();
     // Events still on their way may hold a volume, which must go while the card is there.
     removePostedEvents(this);
+    m_pointing.reset();
     m_jobs.reset();
     m_forms.reset();
     m_mainForm.reset();
@@ -69,7 +70,8 @@ bool TirnApplication::initializeGl()
     m_mainForm->adjustSize();
     m_mainForm->move(firstWindowPosition(primaryScreen()->size(), currentWidget()->minimumWidth()));
     m_mainForm->show();
-    currentWidget()->setMinimumSize(kLeastWidgetSide, kLeastWidgetSide);
+    for (TirnWidget* widget : windows().widgets())
+        widget->setMinimumSize(kLeastWidgetSide, kLeastWidgetSide);
     currentWidget()->setFocus();
     currentWidget()->requestFrame();
     createForms();
@@ -91,27 +93,24 @@ void TirnApplication::createServices()
             showMessage(m_mainForm.get(), QMessageBox::Warning, "Preferences", error);
     };
     m_forms = std::make_unique<FormTable>(
-        *m_mainForm, FormServices{m_model, *m_loads, m_stacks, m_stacks, *m_jobs, *m_pictures, m_probes,
-                                  settings, card(), keep, form, [this](const QString& page) { help(page); }});
+        *m_mainForm,
+        FormServices{m_model, *m_loads, m_stacks, m_stacks, *m_jobs, *m_pictures, windows(), m_probes,
+                     settings, card(), keep, form, [this](const QString& page) { help(page); }});
 }
 
 void TirnApplication::connectWidgets()
 {
-    TirnWidget* widget = currentWidget();
     MainForm* form = m_mainForm.get();
     connect(form, &MainForm::loadRecentPalette, m_loads.get(), &Loads::loadPalettes);
     connect(form, &MainForm::loadRecentRaw, m_loads.get(), &Loads::loadRecentRaw);
     connect(form, &MainForm::savePalette, this,
             [this](Palette* palette) { savePalette(*palette, m_preferences.settings(), m_mainForm.get()); });
     connect(form, &MainForm::loadSession, this, &TirnApplication::loadSession);
-    connect(widget, &TirnWidget::scaleChanged, this, &TirnApplication::scaleChanged);
-    connect(widget, &TirnWidget::arrayRequested, &m_stacks, &StackList::setCurrent);
-    connect(widget, &TirnWidget::helpRequested, this, qOverload<const QString&>(&TirnApplication::help));
-    connect(widget, &TirnWidget::quitRequested, form, &MainForm::close);
     form->setCloseHandler([this] {
         m_stage->stopDrawing();
         return m_jobs->mayClose();
     });
+    form->setUnsavedStacks([this] { return m_jobs->unsavedStacks(); });
     form->setUndoGate([this](const QUndoCommand* command) { return m_jobs->mayUndo(command); });
     form->setMinimisedHandler([this](bool minimised) {
         if (minimised)
@@ -119,17 +118,20 @@ void TirnApplication::connectWidgets()
         else
             currentWidget()->requestFrame();
     });
-    const MenuTargets targets{*form,
-                              m_model,
-                              m_stacks,
-                              *m_loads,
-                              *m_jobs,
-                              *m_pictures,
-                              *m_forms,
-                              m_preferences.settings(),
-                              [this](const QString& page) { help(page); }};
+    m_pointing = std::make_unique<PointingTools>(m_model, *form, [this] { return m_jobs->isBusy(); });
+    const Settings& settings = m_preferences.settings();
+    const MenuTargets targets{*form,    m_model,  m_stacks,
+                              *m_loads, *m_jobs,  *m_pictures,
+                              *m_forms, settings, [this](const QString& page) { help(page); }};
     connectActions(targets);
-    fillContextMenu(widget->contextMenu(), targets);
+    for (TirnWidget* widget : windows().widgets()) {
+        connect(widget, &TirnWidget::scaleChanged, this, &TirnApplication::scaleChanged);
+        connect(widget, &TirnWidget::arrayRequested, &m_stacks, &StackList::setCurrent);
+        connect(widget, &TirnWidget::helpRequested, this, qOverload<const QString&>(&TirnApplication::help));
+        connect(widget, &TirnWidget::quitRequested, form, &MainForm::close);
+        m_pointing->follow(*widget);
+        fillContextMenu(widget->contextMenu(), targets);
+    }
 }
 
 void TirnApplication::createForms()
@@ -146,6 +148,8 @@ void TirnApplication::createForms()
 void TirnApplication::start()
 {
     m_preferences.read({card().maxTexture2D, card().maxTexture3D});
+    // A bar of round length is what users expect of a window.
+    m_model.edit(Change::Look, [](Scene& scene) { scene.view.roundScaleBar = true; });
     if (m_preferences.settings().blending == 1)
         currentWidget()->setBlendMode(GL_MAX);
     PaletteList favorites;

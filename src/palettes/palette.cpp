@@ -53,6 +53,7 @@ Palette::Palette(const QString& name, int depth, PaletteTables* tables) : m_name
     resize(depth);
     fillIdentity();
     upload();
+    m_kept = values();
 }
 
 Palette::Palette(const std::vector<PaletteEntry>& entries, int components, const QString& name,
@@ -76,6 +77,7 @@ Palette::Palette(const std::vector<PaletteEntry>& entries, int components, const
         fillIdentity();
     }
     upload();
+    m_kept = values();
 }
 
 Palette::Palette(const QColor& color, int depth, PaletteTables* tables) : m_tables(tables)
@@ -84,6 +86,7 @@ Palette::Palette(const QColor& color, int depth, PaletteTables* tables) : m_tabl
     resize(depth);
     ramp(color);
     upload();
+    m_kept = values();
 }
 
 Palette::Palette(const Palette& other)
@@ -115,6 +118,13 @@ void Palette::takeUntitledName()
 {
     m_name = QStringLiteral("Untitled %1").arg(untitledPalettes++);
     m_modified = true;
+}
+
+void Palette::setModified(bool modified)
+{
+    m_modified = modified;
+    if (!modified)
+        m_kept = values();
 }
 
 QString Palette::fullPath() const { return QDir(m_path).absoluteFilePath(m_name); }

@@ -82,7 +82,10 @@ public:
     /// The number of entries.
     int size() const { return static_cast<int>(m_arrays[Red].size()); }
     bool modified() const { return m_modified; }
-    void setModified(bool modified) { m_modified = modified; }
+    /// What it looks like when it is said not to be modified is what it is compared with from then on.
+    void setModified(bool modified);
+    /// Its colours are others than those that it was loaded, saved or made for a stack with.
+    bool isUnsaved() const { return !(values() == m_kept); }
     /// The display list or 1D texture of the table, 0 until first uploaded.
     unsigned glHandle() const { return m_glHandle; }
 
@@ -162,7 +165,8 @@ public:
     std::vector<std::uint8_t> rgbaBytes() const;
     /// Red, green, blue and alpha at `index` as whole numbers in 0..255, the way files hold them.
     std::array<int, 4> fileValues(int index) const;
-    /// Makes the table the one that is drawn with, and puts it on the card. Throws the GL error code as an int.
+    /// Makes the table the one that is drawn with, and puts it on the card. Throws the GL error code as an
+    /// int.
     void upload();
     /// What `rgbaBytes` gave at the last upload; null before the first one.
     const std::shared_ptr<const std::vector<std::uint8_t>>& drawnBytes() const { return m_drawnBytes; }
@@ -215,6 +219,7 @@ private:
     QString m_path;
     int m_depth = 0;
     bool m_modified = false;
+    PaletteValues m_kept;
     unsigned m_glHandle = 0;
     PaletteEditFlags m_editFlags;
     PaletteCurve m_rgbCurve;

@@ -11,7 +11,7 @@ namespace tirn {
 
 namespace {
 
-constexpr int kMacroSide = 64;
+constexpr int kMacroSide = 32;
 /// A tile through which less than this shines is full: what lies behind would change no colour by a quarter.
 constexpr float kFull = 1.0F / 1024;
 /// By how much positions with perspective, and those of many tiles at once, may be off.
@@ -155,10 +155,19 @@ public:
     void drawMacroTile(int x, int y) const;
 
 private:
+    /// A slice that may show something in the tiles at hand, and by which channels: `count` of them from
+    /// `first` on in `channels`.
+    struct Candidate
+    {
+        const SlicePlan* plan;
+        std::size_t first;
+        std::size_t count;
+    };
     /// Room that the tiles of a thread share.
     struct Scratch
     {
-        std::vector<const SlicePlan*> slices;
+        std::vector<Candidate> candidates;
+        std::vector<const ChannelPlan*> channels;
         std::vector<TileSample> samples;
         TileColours colours;
     };
@@ -246,11 +255,17 @@ void TileDrawing::drawMacroTile(int x, int y) const
     Scratch scratch;
     for (const SlicePlan& plan : m_slices) {
         const Footprint print = footprint(*plan.slice, x, y, kMacroSide);
-        const auto draws = [&](const ChannelPlan& channel) { return drawsIn(*plan.slice, channel, print); };
-        if (meets(print, plan.tile) && std::any_of(m_channels.begin(), m_channels.end(), draws))
-            scratch.slices.push_back(&plan);
+        if (!meets(print, plan.tile))
+            continue;
+        const std::size_t first = scratch.channels.size();
+        for (const ChannelPlan& channel : m_channels) {
+            if (drawsIn(*plan.slice, channel, print))
+                scratch.channels.push_back(&channel);
+        }
+        if (scratch.channels.size() > first)
+            scratch.candidates.push_back({&plan, first, scratch.channels.size() - first});
     }
-    if (scratch.slices.empty())
+    if (scratch.candidates.empty())
         return;
     for (int row = y; row < std::min(y + kMacroSide, m_layer.y + m_layer.height); row += kTileSide) {
         for (int column = x; column < std::min(x + kMacroSide, m_layer.x + m_layer.width);
@@ -285,13 +300,14 @@ TilePlace TileDrawing::placeOn(const SlicePlan& plan, const Footprint& print, in
 bool TileDrawing::drawTile(Scratch& scratch, int x, int y) const
 {
     bool isDrawn = false;
-    for (const SlicePlan* plan : scratch.slices) {
+    for (const auto& [plan, first, count] : scratch.candidates) {
         const RasterSlice& slice = *plan->slice;
         const Footprint print = footprint(slice, x, y, kTileSide);
         if (!meets(print, plan->tile))
             continue;
         scratch.samples.clear();
-        for (const ChannelPlan& channel : m_channels) {
+        for (std::size_t i = first; i < first + count; ++i) {
+            const ChannelPlan& channel = *scratch.channels[i];
             if (drawsIn(slice, channel, print))
                 scratch.samples.push_back(
                     {&channel.channel, slice.plane >= 0 ? channel.slices->plane(slice.plane) : nullptr,

@@ -32,10 +32,15 @@ struct Words
 /// Where the samples of a tile lie within its window, and between texels.
 struct WindowPlaces
 {
+    std::int32_t firstU = 0;
+    std::int32_t firstV = 0;
     Words texelU;
     Words texelV;
     Words restU;
     Words restV;
+    /// Pixels inside of the slice's area.
+    __mmask32 seenLow = 0xffffffff;
+    __mmask32 seenHigh = 0xffffffff;
 };
 
 TIRN_AVX512_PART __m512i loadWords(const std::uint16_t* words) { return _mm512_load_si512(words); }
@@ -53,6 +58,77 @@ TIRN_AVX512_PART void split(const TileOffsets& offsets, std::int32_t first, Word
     split(loadWords(offsets.rest.data()), loadWords(offsets.texels.data()), rest, texel.low, part.low);
     split(loadWords(offsets.rest.data() + 32), loadWords(offsets.texels.data() + 32), rest, texel.high,
           part.high);
+}
+
+/// Tiles all of whose pixels lie inside.
+TIRN_AVX512_PART void findInside(const TileFrame& frame, const TilePlace& place, WindowPlaces& places)
+{
+    places.firstU = (place.u >> kFractionBits) + frame.u.leastTexel;
+    places.firstV = (place.v >> kFractionBits) + frame.v.leastTexel;
+    split(frame.u, place.u, places.texelU, places.restU);
+    split(frame.v, place.v, places.texelV, places.restV);
+}
+
+/// One direction of 16 pixels: whether they lie inside of the area, and brought to where the plane has
+/// values.
+struct Cut
+{
+    __mmask16 seen;
+    __m256i texel;
+    __m256i rest;
+};
+
+struct CutLimits
+{
+    std::int32_t areaLow;
+    std::int32_t areaHigh;
+    std::int32_t clampLow;
+    std::int32_t clampHigh;
+    std::int32_t firstTexel;
+};
+
+TIRN_AVX512_PART Cut cut16(const TileOffsets& offsets, std::int32_t first, int k, const CutLimits& limits)
+{
+    const __m512i at = _mm512_add_epi32(_mm512_set1_epi32(first),
+                                        _mm512_load_si512(offsets.parts.data() + std::ptrdiff_t{16} * k));
+    Cut cut;
+    cut.seen = _mm512_cmpge_epi32_mask(at, _mm512_set1_epi32(limits.areaLow)) &
+               _mm512_cmplt_epi32_mask(at, _mm512_set1_epi32(limits.areaHigh));
+    const __m512i inside = _mm512_min_epi32(_mm512_max_epi32(at, _mm512_set1_epi32(limits.clampLow)),
+                                            _mm512_set1_epi32(limits.clampHigh));
+    cut.texel = _mm512_cvtepi32_epi16(
+        _mm512_sub_epi32(_mm512_srai_epi32(inside, kFractionBits), _mm512_set1_epi32(limits.firstTexel)));
+    cut.rest = _mm512_cvtepi32_epi16(_mm512_and_si512(inside, _mm512_set1_epi32(kFractions - 1)));
+    return cut;
+}
+
+TIRN_AVX512_PART __m512i together(__m256i low, __m256i high)
+{
+    return _mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1);
+}
+
+/// One direction of all pixels.
+TIRN_AVX512_PART void cutAll(const TileOffsets& offsets, std::int32_t first, const CutLimits& limits,
+                             Words& texel, Words& rest, WindowPlaces& places)
+{
+    const Cut cuts[] = {cut16(offsets, first, 0, limits), cut16(offsets, first, 1, limits),
+                        cut16(offsets, first, 2, limits), cut16(offsets, first, 3, limits)};
+    texel = {together(cuts[0].texel, cuts[1].texel), together(cuts[2].texel, cuts[3].texel)};
+    rest = {together(cuts[0].rest, cuts[1].rest), together(cuts[2].rest, cuts[3].rest)};
+    places.seenLow &= static_cast<__mmask32>(cuts[0].seen) | static_cast<__mmask32>(cuts[1].seen) << 16;
+    places.seenHigh &= static_cast<__mmask32>(cuts[2].seen) | static_cast<__mmask32>(cuts[3].seen) << 16;
+}
+
+/// Tiles on the edge of a slice.
+TIRN_AVX512_PART void findCut(const TileFrame& frame, const TileSlice& slice, const TilePlace& place,
+                              WindowPlaces& places)
+{
+    places.firstU = std::clamp(place.u + frame.u.leastPart, frame.clampU0, frame.clampU1) >> kFractionBits;
+    places.firstV = std::clamp(place.v + frame.v.leastPart, frame.clampV0, frame.clampV1) >> kFractionBits;
+    cutAll(frame.u, place.u, {slice.areaU0, slice.areaU1, frame.clampU0, frame.clampU1, places.firstU},
+           places.texelU, places.restU, places);
+    cutAll(frame.v, place.v, {slice.areaV0, slice.areaV1, frame.clampV0, frame.clampV1, places.firstV},
+           places.texelV, places.restV, places);
 }
 
 TIRN_AVX512_PART __m512i load8Rows(const std::uint8_t* texels, int stride)
@@ -123,13 +199,10 @@ TIRN_AVX512_PART __m512i sample16(const Window16& window, __m512i u, __m512i v, 
     return blendRows(lower, upper, partU, partV);
 }
 
-TIRN_AVX512_PART Words sampleWindow(const TileFrame& frame, const TilePlace& place,
-                                    const WindowPlaces& places, const std::uint8_t* texels, int stride,
+TIRN_AVX512_PART Words sampleWindow(const WindowPlaces& places, const std::uint8_t* texels, int stride,
                                     bool isSmall)
 {
-    const std::uint8_t* corner =
-        texels + static_cast<std::ptrdiff_t>((place.v >> kFractionBits) + frame.v.leastTexel) * stride +
-        (place.u >> kFractionBits) + frame.u.leastTexel;
+    const std::uint8_t* corner = texels + static_cast<std::ptrdiff_t>(places.firstV) * stride + places.firstU;
     if (isSmall) {
         const __m512i window = load8Rows(corner, stride);
         return {
@@ -236,15 +309,16 @@ TIRN_AVX512_PART void raise(const Words (&parts)[4], TileColours& colours)
     }
 }
 
-TIRN_AVX512_PART void drawPlainSample(const TileFrame& frame, const TilePlace& place,
-                                      const WindowPlaces& places, const TileSample& sample, bool isSmall,
-                                      TileColours& colours)
+TIRN_AVX512_PART void drawPlainSample(const TileFrame& frame, const WindowPlaces& places,
+                                      const TileSample& sample, bool isSmall, TileColours& colours)
 {
-    const Words values = sampleWindow(frame, place, places, sample.texels, sample.channel->stride, isSmall);
+    const Words values = sampleWindow(places, sample.texels, sample.channel->stride, isSmall);
     const Entries entries = entriesOf(values);
     const ComponentTables& tables = *sample.channel->tables;
     Words parts[4];
     parts[3] = component(tables, 3, entries);
+    parts[3].low = _mm512_maskz_mov_epi16(places.seenLow, parts[3].low);
+    parts[3].high = _mm512_maskz_mov_epi16(places.seenHigh, parts[3].high);
     const __m512i anyOpacity = _mm512_or_si512(parts[3].low, parts[3].high);
     if (_mm512_test_epi16_mask(anyOpacity, anyOpacity) == 0)
         return;
@@ -272,18 +346,19 @@ constexpr int kLargeWindow = 16;
 TIRN_AVX512 float drawTileAvx512(const TileFrame& frame, const TileSlice& slice, const TilePlace& place,
                                  std::span<const TileSample> samples, TileColours& colours)
 {
-    const bool fits = frame.window > 0 && frame.window <= kLargeWindow && !place.isEdge &&
-                      slice.shareParts == 0 &&
+    const bool fits = frame.window > 0 && frame.window <= kLargeWindow && slice.shareParts == 0 &&
                       std::all_of(samples.begin(), samples.end(), [](const TileSample& sample) {
                           return sample.channel->isPlain && sample.texels != nullptr;
                       });
     if (!fits)
         return tilekernel::drawSlice(frame, slice, place, samples, colours);
     WindowPlaces places;
-    split(frame.u, place.u, places.texelU, places.restU);
-    split(frame.v, place.v, places.texelV, places.restV);
+    if (place.isEdge)
+        findCut(frame, slice, place, places);
+    else
+        findInside(frame, place, places);
     for (const TileSample& sample : samples)
-        drawPlainSample(frame, place, places, sample, frame.window <= kSmallWindow, colours);
+        drawPlainSample(frame, places, sample, frame.window <= kSmallWindow, colours);
     return frame.blend == RasterBlend::Alpha ? clearestOf(colours) : 1.0F;
 }
 

@@ -96,25 +96,43 @@ TIRN_KERNEL_PART std::int16_t roundedProduct(std::int16_t a, std::int16_t b)
     return static_cast<std::int16_t>(((a * b >> (kFractionBits - 1)) + 1) >> 1);
 }
 
+/// Texels of two rows, each with the one after it above its own bits.
+struct Corners
+{
+    alignas(64) std::uint32_t low[kTilePixels];
+    alignas(64) std::uint32_t high[kTilePixels];
+};
+
+template <typename T>
+TIRN_KERNEL_PART void fetchCorners(const std::uint8_t* bytes, int stride, const Places& places,
+                                   Corners& corners)
+{
+    // One load each, as compilers see.
+    constexpr int bits = 8 * sizeof(T);
+    const auto* texels = reinterpret_cast<const T*>(bytes);
+    alignas(64) std::int32_t offsets[kTilePixels];
+    for (int p = 0; p < kTilePixels; ++p)
+        offsets[p] = (places.v[p] >> kFractionBits) * stride + (places.u[p] >> kFractionBits);
+    for (int p = 0; p < kTilePixels; ++p) {
+        const T* at = texels + offsets[p];
+        corners.low[p] = at[0] | static_cast<std::uint32_t>(at[1]) << bits;
+        corners.high[p] = at[stride] | static_cast<std::uint32_t>(at[stride + 1]) << bits;
+    }
+}
+
 /// Samples of bytes in parts of 128.
 TIRN_KERNEL_PART void sampleBytes(const std::uint8_t* texels, int stride, const Places& places,
                                   std::int16_t* values)
 {
-    alignas(64) std::uint16_t low[kTilePixels];
-    alignas(64) std::uint16_t high[kTilePixels];
-    for (int p = 0; p < kTilePixels; ++p) {
-        const std::uint8_t* at = texels + static_cast<std::ptrdiff_t>(places.v[p] >> kFractionBits) * stride +
-                                 (places.u[p] >> kFractionBits);
-        low[p] = static_cast<std::uint16_t>(at[0] | at[1] << 8);
-        high[p] = static_cast<std::uint16_t>(at[stride] | at[stride + 1] << 8);
-    }
+    Corners corners;
+    fetchCorners<std::uint8_t>(texels, stride, places, corners);
     for (int p = 0; p < kTilePixels; ++p) {
         const auto f = static_cast<std::int16_t>(places.u[p] & (kFractions - 1));
         const auto g = static_cast<std::int16_t>(places.v[p] & (kFractions - 1));
-        const auto a = static_cast<std::int16_t>((low[p] & 0xff) << 7);
-        const auto b = static_cast<std::int16_t>((low[p] >> 8) << 7);
-        const auto c = static_cast<std::int16_t>((high[p] & 0xff) << 7);
-        const auto d = static_cast<std::int16_t>((high[p] >> 8) << 7);
+        const auto a = static_cast<std::int16_t>((corners.low[p] & 0xff) << 7);
+        const auto b = static_cast<std::int16_t>((corners.low[p] >> 8) << 7);
+        const auto c = static_cast<std::int16_t>((corners.high[p] & 0xff) << 7);
+        const auto d = static_cast<std::int16_t>((corners.high[p] >> 8) << 7);
         const auto lower = static_cast<std::int16_t>(a + roundedProduct(static_cast<std::int16_t>(b - a), f));
         const auto upper = static_cast<std::int16_t>(c + roundedProduct(static_cast<std::int16_t>(d - c), f));
         values[p] =
@@ -142,23 +160,21 @@ TIRN_KERNEL_PART void findBytePlaces(const TileSlice& slice, const TileSample& s
 }
 
 template <typename T>
-TIRN_KERNEL_PART void sampleWide(const std::uint8_t* bytes, int stride, const Places& places, float* values)
+TIRN_KERNEL_PART void sampleWide(const std::uint8_t* texels, int stride, const Places& places, float* values)
 {
-    alignas(64) float corners[4][kTilePixels];
-    const auto* texels = reinterpret_cast<const T*>(bytes);
-    for (int p = 0; p < kTilePixels; ++p) {
-        const T* at = texels + static_cast<std::ptrdiff_t>(places.v[p] >> kFractionBits) * stride +
-                      (places.u[p] >> kFractionBits);
-        corners[0][p] = at[0];
-        corners[1][p] = at[1];
-        corners[2][p] = at[stride];
-        corners[3][p] = at[stride + 1];
-    }
+    Corners corners;
+    fetchCorners<T>(texels, stride, places, corners);
+    constexpr int bits = 8 * sizeof(T);
+    constexpr std::uint32_t mask = (1U << bits) - 1;
     for (int p = 0; p < kTilePixels; ++p) {
         const float f = static_cast<float>(places.u[p] & (kFractions - 1)) * kFraction;
         const float g = static_cast<float>(places.v[p] & (kFractions - 1)) * kFraction;
-        const float lower = corners[0][p] + (corners[1][p] - corners[0][p]) * f;
-        const float upper = corners[2][p] + (corners[3][p] - corners[2][p]) * f;
+        const auto a = static_cast<float>(static_cast<std::int32_t>(corners.low[p] & mask));
+        const auto b = static_cast<float>(static_cast<std::int32_t>(corners.low[p] >> bits));
+        const auto c = static_cast<float>(static_cast<std::int32_t>(corners.high[p] & mask));
+        const auto d = static_cast<float>(static_cast<std::int32_t>(corners.high[p] >> bits));
+        const float lower = a + (b - a) * f;
+        const float upper = c + (d - c) * f;
         values[p] = lower + (upper - lower) * g;
     }
 }
@@ -223,7 +239,8 @@ struct Fragments
     alignas(64) std::int32_t parts[4][kTilePixels];
 };
 
-TIRN_KERNEL_PART void lookUp(const std::uint32_t* packed, const std::int32_t* table, const Places& places,
+/// False when nothing has any opacity; the other parts are then left open.
+TIRN_KERNEL_PART bool lookUp(const std::uint32_t* packed, const std::int32_t* table, const Places& places,
                              Fragments& fragments)
 {
     alignas(64) std::uint32_t from[kTilePixels];
@@ -232,14 +249,19 @@ TIRN_KERNEL_PART void lookUp(const std::uint32_t* packed, const std::int32_t* ta
         from[p] = packed[table[p] >> kPlaceBits];
         to[p] = packed[(table[p] >> kPlaceBits) + 1];
     }
-    for (int k = 0; k < 4; ++k) {
+    std::int32_t anyOpacity = 0;
+    for (int k = 3; k >= 0; --k) {
         for (int p = 0; p < kTilePixels; ++p) {
             const std::int32_t f = table[p] & (kPlacesPerEntry - 1);
             const auto first = static_cast<std::int32_t>(from[p] >> (8 * k) & 0xff);
             const auto second = static_cast<std::int32_t>(to[p] >> (8 * k) & 0xff);
             fragments.parts[k][p] = (first * kPlacesPerEntry + (second - first) * f) & places.seen[p];
+            anyOpacity |= fragments.parts[k][p];
         }
+        if (anyOpacity == 0)
+            return false;
     }
+    return true;
 }
 
 TIRN_KERNEL_PART void layBehind(const Fragments& fragments, TileColours& colours)
@@ -276,10 +298,19 @@ TIRN_KERNEL_PART void raise(const Fragments& fragments, TileColours& colours)
 
 TIRN_KERNEL_PART float clearest(const TileColours& colours)
 {
-    float most = 0;
-    for (const float through : colours.through)
-        most = through > most ? through : most;
-    return most;
+    // Several at once, since compilers keep to the order of a plain search.
+    constexpr int lanes = 16;
+    float most[lanes] = {};
+    for (int p = 0; p < kTilePixels; p += lanes) {
+        for (int lane = 0; lane < lanes; ++lane) {
+            const float through = colours.through[static_cast<std::size_t>(p + lane)];
+            most[lane] = through > most[lane] ? through : most[lane];
+        }
+    }
+    float clearest = 0;
+    for (const float through : most)
+        clearest = through > clearest ? through : clearest;
+    return clearest;
 }
 
 TIRN_KERNEL_PART void drawSample(const TileFrame& frame, const TileSlice& slice, const TileSample& sample,
@@ -291,7 +322,8 @@ TIRN_KERNEL_PART void drawSample(const TileFrame& frame, const TileSlice& slice,
     else
         findWidePlaces(slice, sample, places, table);
     Fragments fragments;
-    lookUp(sample.channel->packed, table, places, fragments);
+    if (!lookUp(sample.channel->packed, table, places, fragments))
+        return;
     if (frame.blend == RasterBlend::Alpha)
         layBehind(fragments, colours);
     else

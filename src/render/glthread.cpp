@@ -179,8 +179,10 @@ GLThread::Outcome GLThread::renderFrame()
 {
     const Stopwatch frameTime;
     const QSize size = m_host.surface.size();
+    // What is asked for while a frame is drawn is the next one.
+    m_isGrabbing = grabFrame;
     const Outcome outcome = drawScene(size);
-    if (grabFrame)
+    if (m_isGrabbing)
         grab(size);
     m_host.surface.swap();
     m_lastFrameSeconds = frameTime.seconds();
@@ -222,6 +224,7 @@ GLThread::Outcome GLThread::drawScene(QSize size)
     stepScene();
     const FrameState frame = takeFrameState(m_host.scene);
     m_part = {size, QRect(QPoint(0, 0), size), frame.view.fontScale * m_host.surface.pixelRatio(), false};
+    m_part.hasHandles = frame.view.cutHandles.shown && !m_isGrabbing;
     if (!beginScene(frame, size))
         return Outcome::NothingToDraw;
     tellOfRotation(frame.view);
@@ -261,8 +264,14 @@ void GLThread::grab(QSize size)
         const std::scoped_lock lock(m_grabMutex);
         m_grabbed = image.mirrored().convertToFormat(QImage::Format_RGB32);
     }
+    const bool lacksHandles = [this] {
+        const std::scoped_lock lock(m_host.scene.mutex);
+        return m_host.scene.view.cutHandles.shown;
+    }();
     const std::scoped_lock lock(m_stateMutex);
     grabFrame = false;
+    // The window gets back what stands in no picture.
+    m_pending = m_pending || lacksHandles;
     m_wake.notify_all();
 }
 

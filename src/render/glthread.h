@@ -16,6 +16,7 @@
 #include "render/renderlistcache.h"
 #include "render/shaders.h"
 #include "render/textpainter.h"
+#include "scene/pointing/viewprojection.h"
 #include "scene/renderlock.h"
 #include "scene/scene.h"
 
@@ -44,6 +45,8 @@ struct PicturePart
     bool transparent = false;
     /// The longest side of a viewport that the driver takes.
     int largestViewport = 16384;
+    /// The handles of the cut box are for the mouse in the window, and stand in no other picture.
+    bool hasHandles = false;
 };
 
 /// Draws frames, for a card with paletted textures; the other cards' threads derive from it.
@@ -142,6 +145,12 @@ protected:
     void drawTimeLabel(const FrameState& frame, QSize size);
     void drawFileLabel(const FrameState& frame, QSize size);
     void drawScaleBar(const FrameState& frame, QSize size);
+    void drawCutHandles(const FrameState& frame, QSize size);
+    /// The line in the space of the volume, its ends and its length on top of the picture.
+    void drawRuler(const FrameState& frame);
+    void drawRulerLabel(const FrameState& frame, QSize size);
+    /// A square around a place in the projection's own coordinates, `half` pixels of a plain window each way.
+    void drawMark(const Vector3& at, double half, const QColor& color, QSize size);
     /// Text at a place of the flat projection, or in logical pixels from the top left.
     void drawTextAt(const TextLine& line, const FrameState& frame, double x, double y, QSize size);
     void drawTextInWindow(const TextLine& line, int x, int y, QSize size);
@@ -195,6 +204,8 @@ private:
     bool m_active = false;
     bool m_pending = false;
     bool m_running = false;
+    /// The frame at hand is the one to be grabbed.
+    bool m_isGrabbing = false;
     Stopwatch m_timer;
     qint64 m_lastFlash = 0;
     qint64 m_lastTimeStep = 0;
@@ -204,15 +215,6 @@ private:
     mutable std::mutex m_grabMutex;
     QImage m_grabbed;
 };
-
-/// The square, centred part of a window that the picture fills.
-struct SquareViewport
-{
-    int x = 0;
-    int y = 0;
-    int side = 0;
-};
-SquareViewport squareViewport(QSize size);
 
 /// The viewport for a part of a picture. Where the driver takes it, that is the whole square, most of which
 /// lies outside of the buffer: then all parts are rounded alike. A larger square is cut down to what the part
@@ -228,15 +230,5 @@ PartViewport partViewport(const SquareViewport& square, const PicturePart& part)
 
 /// The frame rate as text; a time of 0 has a text of its own.
 QString frameRateText(double seconds);
-
-/// Length and label of the scale bar, in microns; an unknown voxel size or a scale of 0 gives "unknown".
-/// `maxPow` is the longest padded side, which spans the picture.
-struct ScaleBarLabel
-{
-    double length = 0;
-    QString text;
-    bool known = false;
-};
-ScaleBarLabel scaleBarLabel(double barSize, int maxPow, double voxelSizeX, double scaleX);
 
 } // namespace tirn

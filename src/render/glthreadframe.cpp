@@ -46,13 +46,6 @@ private:
 
 } // namespace
 
-SquareViewport squareViewport(QSize size)
-{
-    const int side = std::max(1, std::min(size.width(), size.height()));
-    const int margin = (std::max(size.width(), size.height()) - side) / 2;
-    return size.width() > size.height() ? SquareViewport{margin, 0, side} : SquareViewport{0, margin, side};
-}
-
 void GLThread::initializeGL()
 {
     gl().Clear(GL_COLOR_BUFFER_BIT);
@@ -175,11 +168,11 @@ void GLThread::setupProjection(const FrameState& frame, QSize size)
     gl().Viewport(viewport.pixels.x(), viewport.pixels.y(), viewport.pixels.width(),
                   viewport.pixels.height());
     gl().MatrixMode(GL_PROJECTION);
-    if (frame.view.renderMode == RenderMode::Normal || frame.view.renderMode == RenderMode::FourViews) {
+    if (!isStereo(frame.view.renderMode)) {
         setOrtho(widenedBounds(frame.view, frame.scale));
         return;
     }
-    const std::array<double, 16> perspective = perspectiveMatrix(60, 1, 0.1, 10000);
+    const std::array<double, 16> perspective = perspectiveMatrix(kStereoAngle, 1, kStereoNear, kStereoFar);
     if (viewport.whole) {
         gl().LoadMatrixd(perspective.data());
     } else {
@@ -260,11 +253,11 @@ void GLThread::drawNormal(const FrameState& frame)
         if (frame.view.showBoundingBox)
             drawBoundingBox(frame);
         drawVolume(frame, orientationOf(frame.rotation), m_lists.currentRenderList());
-        if (frame.view.showBoundingBox) {
+        if (frame.view.showBoundingBox)
             drawBoxFront(frame);
-            if (frame.view.drawCutBox)
-                drawCutBox(frame);
-        }
+        if (frame.view.drawCutBox)
+            drawCutBox(frame);
+        drawRuler(frame);
     }
     gl().DepthMask(GL_TRUE);
     drawSegmentation(frame);
@@ -285,8 +278,9 @@ void GLThread::drawEye(const FrameState& frame, const Vector3& eye, const Vector
         if (frame.view.showBoundingBox)
             drawBoundingBox(frame);
         drawVolume(frame, orientationOf(frame.rotation), m_lists.currentRenderList());
-        if (frame.view.showBoundingBox && frame.view.drawCutBox)
+        if (frame.view.drawCutBox)
             drawCutBox(frame);
+        drawRuler(frame);
     }
     drawSegmentation(frame);
 }
@@ -318,26 +312,18 @@ void GLThread::drawFlatView(const FrameState& frame, Orientation orientation, GL
 
 void GLThread::drawFourViews(const FrameState& frame)
 {
-    struct FlatView
-    {
-        double x, y;
-        double angle, axisX, axisY;
-        Orientation orientation;
-        GLuint list;
-    };
-    const FlatView views[] = {{-1, -1, 0, 0, 0, Orientation::XYForward, m_lists.xyList()},
-                              {-1, 1, 90, 1, 0, Orientation::XZForward, m_lists.xzList()},
-                              {1, 1, 270, 0, 1, Orientation::YZReverse, m_lists.yzList()}};
-    for (const FlatView& view : views) {
+    const GLuint lists[] = {m_lists.xyList(), m_lists.xzList(), m_lists.yzList()};
+    for (std::size_t i = 0; i < kFlatViews.size(); ++i) {
+        const FlatView& view = kFlatViews[i];
         gl().LoadIdentity();
         gl().Translated(view.x, view.y, 0);
         if (view.angle != 0)
             gl().Rotated(view.angle, view.axisX, view.axisY, 0);
-        drawFlatView(frame, view.orientation, view.list);
+        drawFlatView(frame, view.orientation, lists[i]);
     }
     gl().LoadIdentity();
-    gl().Translated(1, -1, 0);
-    gl().Scaled(0.707, 0.707, 0.707);
+    gl().Translated(kSolidViewX, kSolidViewY, 0);
+    gl().Scaled(kSolidViewScale, kSolidViewScale, kSolidViewScale);
     drawNormal(frame);
 }
 

@@ -5,10 +5,19 @@
 
 #include "gl/glstate.h"
 #include "render/glthread.h"
+#include "scene/pointing/cuthandles.h"
+#include "scene/scalebar.h"
 
 namespace tirn {
 
 namespace {
+
+/// Half the side of the mark at an end of the ruler, and from its middle to its label, in pixels of a plain
+/// window.
+constexpr double kRulerEndHalf = 2.5;
+constexpr double kRulerLabelGap = 6;
+/// Before everything that the plain projection shows.
+constexpr double kNearest = 1.9;
 
 void setColor(const QColor& color)
 {
@@ -43,15 +52,6 @@ void boxEdges(const Vector3& low, const Vector3& high)
 QString frameRateText(double seconds)
 {
     return seconds > 0 ? QString::asprintf("%-6.1ffps", 1 / seconds) : QString("Ludicrous speed GO!");
-}
-
-ScaleBarLabel scaleBarLabel(double barSize, int maxPow, double voxelSizeX, double scaleX)
-{
-    if (!(voxelSizeX > 0) || scaleX == 0)
-        return {0, "unknown", false};
-    const double length = maxPow * (barSize / 2) * voxelSizeX / scaleX;
-    const bool whole = length - std::floor(length) < 0.1;
-    return {length, QString::asprintf(whole ? "%.0f" : "%.1f", length) + QStringLiteral(" \u00b5m"), true};
 }
 
 void GLThread::drawTextInWindow(const TextLine& line, int x, int y, QSize size)
@@ -100,6 +100,9 @@ void GLThread::drawOverlays(const FrameState& frame, QSize size)
         drawScaleBar(frame, size);
     if (frame.view.drawFileLabel)
         drawFileLabel(frame, size);
+    drawRulerLabel(frame, size);
+    if (m_part.hasHandles && showsVolume(frame.view.renderMode))
+        drawCutHandles(frame, size);
     if (gl().BlendEquationEXT != nullptr)
         gl().BlendEquationEXT(frame.view.blendMode);
     enableTexturing();
@@ -173,17 +176,17 @@ void GLThread::drawScaleBar(const FrameState& frame, QSize size)
                        view.scaleBarLocation == ScaleBarLocation::BottomRight;
     const bool top = view.scaleBarLocation == ScaleBarLocation::TopLeft ||
                      view.scaleBarLocation == ScaleBarLocation::TopRight;
-    double x = right ? 0.9 - view.scaleBarSize : -0.8;
+    const ScaleBar bar =
+        scaleBarOf(view, frame.array->geometry().maxPow(), frame.array->stack().dimX, frame.scale.x);
+    double x = right ? 0.9 - bar.size : -0.8;
     double y = top ? 0.9 : -0.8;
     if (fourViews) {
         x *= 2;
         y *= 2;
     }
     const int points = fourViews ? 6 : 12;
-    const ScaleBarLabel label = scaleBarLabel(view.scaleBarSize, frame.array->geometry().maxPow(),
-                                              frame.array->stack().dimX, frame.scale.x);
-    if (!label.known) {
-        drawTextAt({label.text, points, true, view.scaleBarColor}, frame, x, y, size);
+    if (!bar.label.known) {
+        drawTextAt({bar.label.text, points, true, view.scaleBarColor}, frame, x, y, size);
         return;
     }
     setColor(view.scaleBarColor);
@@ -193,11 +196,80 @@ void GLThread::drawScaleBar(const FrameState& frame, QSize size)
         const PrimitiveScope strip(GL_LINE_STRIP);
         vertex(x, y + 0.02, z);
         vertex(x, y, z);
-        vertex(x + view.scaleBarSize, y, z);
-        vertex(x + view.scaleBarSize, y + 0.02, z);
+        vertex(x + bar.size, y, z);
+        vertex(x + bar.size, y + 0.02, z);
     }
     gl().LineWidth(1);
-    drawTextAt({label.text, points, true, view.scaleBarColor}, frame, x + 0.03, y + 0.01, size);
+    drawTextAt({bar.label.text, points, true, view.scaleBarColor}, frame, x + 0.03, y + 0.01, size);
+}
+
+void GLThread::drawMark(const Vector3& at, double half, const QColor& color, QSize size)
+{
+    const double reach = half * m_part.overlayScale * 2 / squareViewport(size).side;
+    setColor(color);
+    const PrimitiveScope quad(GL_QUADS);
+    vertex(at.x - reach, at.y - reach, kNearest);
+    vertex(at.x + reach, at.y - reach, kNearest);
+    vertex(at.x + reach, at.y + reach, kNearest);
+    vertex(at.x - reach, at.y + reach, kNearest);
+}
+
+/// Squares with a dark rim, so that they show on any picture; those behind are darker.
+void GLThread::drawCutHandles(const FrameState& frame, QSize size)
+{
+    const ViewProjection projection(frame.view, frame.scale, size);
+    const QColor& color = frame.view.cutBoxColor;
+    setOrtho({});
+    for (const CutHandle& handle : cutHandles(projection, frame.array->geometry(), frame.cut)) {
+        const Vector3 at = projection.normalised(handle.centre);
+        drawMark(at, kHandleHalf, Qt::black, size);
+        drawMark(at, kHandleHalf - 1, handle.isInFront ? color : color.darker(), size);
+    }
+}
+
+/// Through whatever lies in front of it.
+void GLThread::drawRuler(const FrameState& frame)
+{
+    if (frame.rulerLabel.isEmpty())
+        return;
+    disableTexturing();
+    gl().Disable(GL_DEPTH_TEST);
+    if (gl().BlendEquationEXT != nullptr)
+        gl().BlendEquationEXT(GL_FUNC_ADD);
+    gl().LineWidth(static_cast<GLfloat>(std::max(1.0, m_part.overlayScale)));
+    setColor(frame.view.scaleBarColor);
+    {
+        const PrimitiveScope line(GL_LINES);
+        for (const VoxelPlace& end : frame.view.ruler.ends) {
+            const auto [x, y, z] = voxelCentre(frame.array->geometry(), end);
+            vertex(x, y, z);
+        }
+    }
+    gl().LineWidth(1);
+    if (gl().BlendEquationEXT != nullptr)
+        gl().BlendEquationEXT(frame.view.blendMode);
+    gl().Enable(GL_DEPTH_TEST);
+    enableTexturing();
+}
+
+void GLThread::drawRulerLabel(const FrameState& frame, QSize size)
+{
+    const Ruler& ruler = frame.view.ruler;
+    if (ruler.stack != frame.array->id() || !showsVolume(frame.view.renderMode))
+        return;
+    const ViewProjection projection(frame.view, frame.scale, size);
+    setOrtho({});
+    Vector3 middle;
+    for (const VoxelPlace& end : ruler.ends) {
+        const auto [x, y, z] = voxelCentre(frame.array->geometry(), end);
+        drawMark(projection.normalised({x, y, z}), kRulerEndHalf, frame.view.scaleBarColor, size);
+        middle = middle + Vector3{x, y, z} * (1.0 / static_cast<double>(ruler.ends.size()));
+    }
+    const QPointF at = projection.project(middle).at;
+    const double gap = kRulerLabelGap * m_part.overlayScale;
+    m_text.draw({frame.rulerLabel, 12, true, frame.view.scaleBarColor},
+                static_cast<int>(at.x() + gap) - m_part.part.x(),
+                static_cast<int>(size.height() - at.y() + gap) - m_part.part.y());
 }
 
 void GLThread::drawBoundingBox(const FrameState& frame)
@@ -228,20 +300,11 @@ void GLThread::drawBoxFront(const FrameState& frame)
 
 void GLThread::drawCutBox(const FrameState& frame)
 {
-    const StackGeometry& g = frame.array->geometry();
-    const double m = g.maxPow();
-    // A resliced stack counts more slices over the same length.
-    const double zUnit = static_cast<double>(g.z) / g.finalDepth();
-    const CutBox& cut = frame.cut;
-    const int depth = g.finalDepth();
-    const Vector3 low = {(2 * cut.xMin - g.x) / m, (-2 - g.y + 2 * (g.y - cut.yMax)) / m,
-                         (-2 - depth + 2 * (depth - cut.zMax)) * zUnit / m};
-    const Vector3 high = {(g.x - 2 * (g.x - cut.xMax) + 2) / m, (g.y - 2 * cut.yMin) / m,
-                          (depth - 2 * cut.zMin) * zUnit / m};
+    const auto [x, y, z] = cutBoxEdges(frame.array->geometry(), frame.cut);
     disableTexturing();
     gl().LineWidth(1);
     setColor(frame.view.cutBoxColor);
-    boxEdges(low, high);
+    boxEdges({x[0], y[0], z[0]}, {x[1], y[1], z[1]});
     enableTexturing();
 }
 

@@ -4,6 +4,7 @@
 
 #include "base/log.h"
 #include "gl/gltable.h"
+#include "volume/seenvoxel.h"
 
 namespace tirn {
 
@@ -35,10 +36,9 @@ std::string text8(const ProgramInput& input)
     return text + kPaletteLines;
 }
 
-std::string text16(const ProgramInput& input, int exponent, bool alwaysScales)
+std::string text16(const ProgramInput& input, bool alwaysScales)
 {
-    if (input.autoBitDepth)
-        exponent = std::max(0, 16 - input.significantBits);
+    const int exponent = stretchExponent(input.bitsPerSample, input.significantBits, input.autoBitDepth);
     const bool curve = input.zCorrection && input.textureTarget == GL_TEXTURE_3D;
     logDebug("Compile shader for %d bit data", 16 - exponent);
     const double factor = 1 << exponent;
@@ -62,9 +62,9 @@ std::string fragmentProgramText(const ProgramInput& input)
     if (bits == 8)
         return text8(input);
     if (bits >= 9 && bits <= 12)
-        return text16(input, 4, true);
+        return text16(input, true);
     if (bits >= 13 && bits <= 16)
-        return text16(input, 0, false);
+        return text16(input, false);
     logDebug("Unsupported bitdepth");
     return {};
 }

@@ -27,7 +27,8 @@ constexpr int kRatioDelay = 60;
 
 TirnWidget::TirnWidget(const QString& name, const WidgetServices& services, bool stereo, QWidget* parent)
     : QWidget(parent), m_model(services.model), m_hidden(services.hidden),
-      m_surface(*this, services.hidden.context(), stereo), m_threadKind(chooseThreadKind(services.card))
+      m_surface(*this, services.hidden.context(), stereo), m_threadKind(chooseThreadKind(services.card)),
+      m_cutHandles(services.model)
 {
     setObjectName(name);
     setAttribute(Qt::WA_PaintOnScreen);
@@ -36,6 +37,7 @@ TirnWidget::TirnWidget(const QString& name, const WidgetServices& services, bool
     setAttribute(Qt::WA_DontCreateNativeAncestors);
     setAttribute(Qt::WA_NativeWindow);
     setFocusPolicy(Qt::WheelFocus);
+    setMouseTracking(true);
     m_surface.prepareWindow();
     if (gl().ActiveTextureARB == nullptr)
         logDebug("glActiveTextureARB screwed");
@@ -60,8 +62,9 @@ TirnWidget::~TirnWidget()
 
 void TirnWidget::requestFrame()
 {
-    // A window that is not on the screen gets its frame when it is exposed.
-    if (m_surface.isReady())
+    // A window that is not on the screen gets its frame when it is exposed; that it was hidden is known
+    // later.
+    if (isVisible() && m_surface.isReady())
         m_renderThread->requestFrame();
 }
 
@@ -69,7 +72,7 @@ void TirnWidget::stopRendering() { m_renderThread->stop(); }
 
 void TirnWidget::stopAndWait()
 {
-    m_model.edit({}, [](Scene& scene) { scene.view.spinX = scene.view.spinY = scene.view.spinZ = 0; });
+    m_model.edit({}, [](Scene& scene) { stopSpin(scene.view); });
     m_renderThread->stopAndWait();
 }
 

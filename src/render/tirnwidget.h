@@ -10,6 +10,7 @@
 #include "gl/glinfo.h"
 #include "render/glthread.h"
 #include "render/windowsurface.h"
+#include "scene/pointing/cuthandletool.h"
 #include "scene/scenemodel.h"
 
 namespace tirn {
@@ -81,6 +82,13 @@ Q_SIGNALS:
     void rotationChanged(double x, double y, double z);
     void translationChanged(double x, double y, double z);
     void timePointChanged();
+    /// The mouse is over this device pixel without a button, or no longer: it has left, or a button is
+    /// pressed.
+    void hovered(QPointF pixel);
+    void hoverEnded();
+    /// The left button was pressed and let go at one place, while clicks measure; and Escape was pressed.
+    void clicked(QPointF pixel);
+    void measuringEnded();
     /// What keys ask of the rest of the program.
     void arrayRequested(int index);
     void helpRequested(const QString& page);
@@ -97,11 +105,15 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
     bool acceptsInput() const;
+    QPointF devicePixel(QPoint at) const { return QPointF(at) * m_surface.pixelRatio(); }
+    void hover(QPoint at);
+    void dragVolume(QMouseEvent* event);
     const Scene& scene() const { return m_model.scene(); }
     bool handleKey(int key, bool shift);
     void handleCharacter(QChar character);
@@ -120,9 +132,11 @@ private:
     RenderThreadKind m_threadKind;
     std::unique_ptr<GLThread> m_renderThread;
     QMenu m_contextMenu;
+    CutHandleTool m_cutHandles;
     QPoint m_lastMouse;
     /// When the mouse moved the volume last, on the clock of the window system, in milliseconds.
     unsigned long m_lastMotion = 0;
+    QPoint m_pressedAt;
     bool m_preserveWindowRatio = false;
     float m_windowRatioWidth = 0;
     float m_windowRatioHeight = 0;

@@ -9,6 +9,7 @@
 
 #include "base/log.h"
 #include "render/tirnwidget.h"
+#include "scene/eyeroom.h"
 #include "scene/sceneedits.h"
 
 namespace tirn {
@@ -21,6 +22,8 @@ constexpr double kKeyScaleStep = 0.01;
 constexpr double kThrowThreshold = 2;
 /// Milliseconds after the last motion for which a released volume still counts as thrown.
 constexpr unsigned long kThrowDelay = 100;
+/// A hand does not hold still: moved by up to so many pixels it is still a click.
+constexpr int kClickReach = 3;
 
 enum class CharacterAction {
     None,
@@ -109,10 +112,18 @@ bool TirnWidget::acceptsInput() const { return !scene().batchMode && scene().cur
 void TirnWidget::mousePressEvent(QMouseEvent* event)
 {
     raise();
+    m_pressedAt = event->pos();
+    Q_EMIT hoverEnded();
+    const bool isLeft = event->button() == Qt::LeftButton && event->modifiers() == Qt::NoModifier;
+    if (isLeft && acceptsInput() &&
+        m_cutHandles.press(devicePixel(event->pos()), m_surface.size(), m_surface.pixelRatio())) {
+        m_model.edit({}, [](Scene& scene) { stopSpin(scene.view); });
+        return;
+    }
     const bool drags =
         !scene().batchMode && (event->button() == Qt::LeftButton || event->button() == Qt::MiddleButton);
     m_model.edit({}, [drags](Scene& scene) {
-        scene.view.spinX = scene.view.spinY = scene.view.spinZ = 0;
+        stopSpin(scene.view);
         scene.view.dragging = scene.view.dragging || drags;
     });
     if (drags)
@@ -126,6 +137,10 @@ void TirnWidget::mouseReleaseEvent(QMouseEvent* event)
     if (scene().batchMode)
         return;
     m_lastMouse = event->pos();
+    if (m_cutHandles.isDragging() && event->button() == Qt::LeftButton) {
+        m_cutHandles.release();
+        return;
+    }
     const bool moves = event->timestamp() - m_lastMotion <= kThrowDelay;
     bool thrown = false;
     m_model.edit({}, [&](Scene& scene) {
@@ -133,13 +148,40 @@ void TirnWidget::mouseReleaseEvent(QMouseEvent* event)
         view.dragging = false;
         thrown = moves && std::hypot(view.spinX, view.spinY, view.spinZ) > kThrowThreshold;
         if (!thrown)
-            view.spinX = view.spinY = view.spinZ = 0;
+            stopSpin(view);
     });
     if (thrown)
         requestFrame();
+    const bool isClick = (event->pos() - m_pressedAt).manhattanLength() <= kClickReach;
+    if (isClick && event->button() == Qt::LeftButton && scene().view.isMeasuring)
+        Q_EMIT clicked(devicePixel(event->pos()));
 }
 
 void TirnWidget::mouseMoveEvent(QMouseEvent* event)
+{
+    if (m_cutHandles.isDragging())
+        m_cutHandles.move(devicePixel(event->pos()));
+    else if (event->buttons() == Qt::NoButton)
+        hover(event->pos());
+    else
+        dragVolume(event);
+}
+
+void TirnWidget::leaveEvent(QEvent* event)
+{
+    Q_EMIT hoverEnded();
+    QWidget::leaveEvent(event);
+}
+
+void TirnWidget::hover(QPoint at)
+{
+    const bool isOver = m_cutHandles.isOver(devicePixel(at), m_surface.size(), m_surface.pixelRatio());
+    if (isOver != (cursor().shape() == Qt::PointingHandCursor))
+        setCursor(isOver ? Qt::PointingHandCursor : Qt::ArrowCursor);
+    Q_EMIT hovered(devicePixel(at));
+}
+
+void TirnWidget::dragVolume(QMouseEvent* event)
 {
     const bool left = (event->buttons() & Qt::LeftButton) != 0;
     const bool middle = (event->buttons() & Qt::MiddleButton) != 0;
@@ -193,10 +235,12 @@ void TirnWidget::wheelEvent(QWheelEvent* event)
 {
     if (!acceptsInput())
         return;
-    const double factor = std::pow(kWheelFactor, event->angleDelta().y() / 120.0);
-    m_model.edit(Change::Scale, [factor](Scene& scene) {
+    const double asked = std::pow(kWheelFactor, event->angleDelta().y() / 120.0);
+    m_model.edit(Change::Scale, [asked](Scene& scene) {
         VoxelArray& array = *scene.current();
-        setScale(array, {array.scale.x * factor, array.scale.y * factor, array.scale.z * factor});
+        const double most = std::max(1.0, growthBeforeEyes(scene.view, scene.drawnScale(), array.geometry()));
+        const double factor = std::min(asked, most);
+        setScale(array, array.scale * factor);
     });
     emitScale();
     event->accept();
@@ -231,7 +275,10 @@ bool TirnWidget::handleKey(int key, bool shift)
         Q_EMIT helpRequested("help.html");
         return true;
     case Qt::Key_Escape:
-        Q_EMIT quitRequested();
+        if (scene().view.isMeasuring)
+            Q_EMIT measuringEnded();
+        else
+            Q_EMIT quitRequested();
         return true;
     case Qt::Key_BracketLeft:
         logDebug("previous stack");

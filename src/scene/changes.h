@@ -19,11 +19,12 @@ enum class Change : unsigned {
     Look = 1024,     ///< the rest of the view: mode, colours, labels, surfaces
     Playback = 2048, ///< which volume plays, and how fast
     Settings = 4096, ///< the preferences, and what was opened last
+    Ruler = 8192,    ///< what is measured in the picture
 };
 Q_DECLARE_FLAGS(Changes, Change)
 Q_DECLARE_OPERATORS_FOR_FLAGS(Changes)
 
 /// A form that is told of this learns of everything.
-inline constexpr Changes kAllChanges(QFlag(0x1fff));
+inline constexpr Changes kAllChanges(QFlag(0x3fff));
 
 } // namespace tirn

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "scene/pointing/pointing.h"
+
 namespace tirn {
 
 namespace {
@@ -52,10 +54,13 @@ FrameState takeFrameState(const Scene& scene)
         return frame;
     frame.arrayIndex = scene.currentIndex;
     frame.ownScale = frame.array->scale;
-    frame.scale = frame.ownScale * frame.view.zoom;
+    frame.scale = scene.drawnScale();
     frame.cut = frame.array->cut;
     frame.voxelRevision = frame.array->voxelRevision();
     frame.timePoint = frame.array->timePoint();
+    const Ruler& ruler = frame.view.ruler;
+    if (ruler.stack == frame.array->id() && ruler.ends.size() == 2)
+        frame.rulerLabel = distanceText(*frame.array, ruler.ends[0], ruler.ends[1]);
     frame.timeLabel = frame.array->timeLabels().value(frame.timePoint);
     for (const Channel& channel : frame.array->channels()) {
         frame.channels.push_back(channel.display);

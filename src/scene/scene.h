@@ -68,6 +68,8 @@ struct Scene
     int indexOf(StackId id) const;
     VoxelArray* find(StackId id) const { return at(indexOf(id)); }
     StackId currentId() const { return current() != nullptr ? current()->id() : StackId::None; }
+    /// The scale that the current volume is drawn with; it must be there.
+    AxisScale drawnScale() const { return current()->scale * view.zoom; }
     /// True while the current volume plays its time points.
     bool isPlaying() const { return view.playing != StackId::None && view.playing == currentId(); }
 };
@@ -100,6 +102,8 @@ struct FrameState
     bool recording = false;
     QString timeLabel;
     QString watermark;
+    /// What the ruler measures, once it has both ends.
+    QString rulerLabel;
     Matrix4f rotation = rotationMatrix(0, 0, 0);
     /// The surface that is drawn, or null, and the light that it is drawn in.
     const Segmentation* segmentation = nullptr;

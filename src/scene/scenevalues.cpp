@@ -59,7 +59,7 @@ void setPose(ViewState& view, const Pose& pose)
     view.zoom = pose.zoom;
 }
 
-/// All of a view but its pose and what moves by itself.
+/// All of a view but its pose, the ruler, what moves by itself, and what is there while something is done.
 void setLook(ViewState& view, const ViewState& look)
 {
     const ViewState before = view;
@@ -69,8 +69,24 @@ void setLook(ViewState& view, const ViewState& look)
     view.spinY = before.spinY;
     view.spinZ = before.spinZ;
     view.dragging = before.dragging;
+    view.drawCutBox = before.drawCutBox;
+    view.cutHandles = before.cutHandles;
+    view.ruler = before.ruler;
+    view.isMeasuring = before.isMeasuring;
     view.playing = before.playing;
     view.timeRate = before.timeRate;
+}
+
+void restoreLighting(Scene& scene, const SceneValues& values)
+{
+    if (values.light)
+        scene.light = *values.light;
+    for (const auto& surface : scene.segmentations) {
+        for (const SurfaceValues& before : values.surfaces) {
+            if (before.revision == surface->revision)
+                surface->material = before.material;
+        }
+    }
 }
 
 } // namespace
@@ -79,6 +95,9 @@ SceneValues valuesOf(const Scene& scene)
 {
     SceneValues values;
     values.view = scene.view;
+    values.light = scene.light;
+    for (const auto& surface : scene.segmentations)
+        values.surfaces.push_back({surface->revision, surface->material});
     for (const auto& array : scene.arrays)
         values.stacks.push_back(valuesOf(*array));
     return values;
@@ -86,8 +105,12 @@ SceneValues valuesOf(const Scene& scene)
 
 void restoreValues(Scene& scene, const SceneValues& values, Changes which)
 {
-    if (which & Change::Look)
+    if (which & Change::Look) {
         setLook(scene.view, values.view);
+        restoreLighting(scene, values);
+    }
+    if (which & Change::Ruler)
+        scene.view.ruler = values.view.ruler;
     if (which & Change::Pose)
         setPose(scene.view, poseOf(values.view));
     for (const StackValues& stack : values.stacks) {

@@ -8,6 +8,7 @@
 
 #include "pictures/colorvision.h"
 #include "scene/camera.h"
+#include "scene/pointing/ruler.h"
 #include "volume/voxelarray.h"
 
 namespace tirn {
@@ -31,8 +32,27 @@ struct OrthoBounds
     bool operator==(const OrthoBounds&) const = default;
 };
 
+/// Whether a mode is drawn in perspective, for two eyes.
+bool isStereo(RenderMode mode);
+/// Whether a mode needs a window with a picture for each eye.
+bool needsStereoWindow(RenderMode mode);
+
 /// The bounds that a mode begins with: four views take four times the room.
 OrthoBounds projectionOf(RenderMode mode);
+
+/// What the mouse cuts the volume by in the window: a handle on each face of the cut box.
+struct CutHandles
+{
+    bool shown = false;
+    /// How many drawn slices stay along x, y and z.
+    std::array<int, 3> leastSlices = {1, 1, 1};
+
+    bool operator==(const CutHandles&) const = default;
+};
+
+/// How far the zoom goes either way.
+inline constexpr double kLeastZoom = 1e-3;
+inline constexpr double kMostZoom = 1e3;
 
 /// Everything that decides a picture besides the volume itself.
 struct ViewState
@@ -47,6 +67,8 @@ struct ViewState
     ScaleBarLocation scaleBarLocation = ScaleBarLocation::BottomLeft;
     /// Length of the bar, in projection units.
     double scaleBarSize = 0.3;
+    /// The bar is as much shorter as it takes to stand for a round number of microns.
+    bool roundScaleBar = false;
     QColor boxColor = Qt::blue;
     QColor backgroundColor = Qt::black;
     QColor scaleBarColor = Qt::red;
@@ -71,6 +93,10 @@ struct ViewState
     bool showFrameRate = false;
     /// The outline of the cut box on top of the volume.
     bool drawCutBox = false;
+    CutHandles cutHandles;
+    Ruler ruler;
+    /// Clicks in the picture measure.
+    bool isMeasuring = false;
     bool drawOrientation = false;
     /// The label of the time point, and the file label.
     bool drawChannelTime = false;
@@ -101,6 +127,8 @@ Matrix4f rotationMatrix(double xDegrees, double yDegrees, double zDegrees);
 
 /// Brings an angle into the range from 0 up to 360.
 double wrapDegrees(double angle);
+
+void stopSpin(ViewState& view);
 
 /// One step of the spin: the angles move by rate * -180 / width each. Returns whether they moved.
 bool spin(ViewState& view, int width);

@@ -80,6 +80,11 @@ void writePreferences(const Settings& settings, QSettings& store)
     store.endGroup();
 }
 
+void writeChoices(const Settings& settings, QSettings& store)
+{
+    store.setValue("View/RotationMode", settings.rotationMode == 0 ? "Quaternion" : "Axis");
+}
+
 Settings readSettings(QSettings& store, const TextureSides& card)
 {
     Settings settings;
@@ -110,6 +115,7 @@ Settings readSettings(QSettings& store, const TextureSides& card)
     for (const Switch& each : kSwitches)
         settings.*each.value = store.value(each.key, settings.*each.value).toBool();
     store.endGroup();
+    settings.rotationMode = choice(store.value("View/RotationMode", "Axis").toString(), "Quaternion");
     return settings;
 }
 

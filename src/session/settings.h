@@ -34,6 +34,8 @@ struct Settings
     bool stretchOnOpen = true;
     /// Moving a volume with the mouse goes along the screen, not along the axes of the volume.
     bool moveAlongScreen = false;
+    /// How the numbers of a rotation act: 0 as steps about the screen's axes, 1 as the three angles.
+    int rotationMode = 1;
 
     bool operator==(const Settings&) const = default;
 };
@@ -48,6 +50,9 @@ QStringList choiceTexts(SettingsChoice choice);
 /// Writes what the preferences hold; the directories of stacks and palettes are none of it. An empty folder
 /// of favourites removes its key.
 void writePreferences(const Settings& settings, QSettings& store);
+
+/// Writes what forms remember of what was chosen in them.
+void writeChoices(const Settings& settings, QSettings& store);
 
 /// The longest sides of textures that a card takes.
 struct TextureSides

@@ -11,6 +11,11 @@
 #endif
 #include "ui/preferences/preferencesform.h"
 #include "ui/stacks/managerform.h"
+#include "ui/view/analyzethisform.h"
+#include "ui/view/cutplanesform.h"
+#include "ui/view/lightingform.h"
+#include "ui/view/rendererform.h"
+#include "ui/view/viewform.h"
 
 namespace tirn {
 
@@ -55,7 +60,8 @@ constexpr FormRow kForms[] = {
      .failureName = "Analyze This",
      .kind = FormKind::Dialog,
      .action = "helpVideo_Card_CapabilitiesAction",
-     .contextText = "Video card capabilities"},
+     .contextText = "Video card capabilities",
+     .make = make<AnalyzeThisForm>},
     {.id = FormId::CorrectionMatrix,
      .name = "Matrix",
      .failureName = "Correction Matrix",
@@ -70,7 +76,8 @@ constexpr FormRow kForms[] = {
      .place = 8,
      .menuText = "Cut Planes",
      .contextText = "Cut Planes",
-     .session = "cutplanesform"},
+     .session = "cutplanesform",
+     .make = make<CutPlanesForm>},
     {.id = FormId::ImportStack,
      .name = "Import",
      .failureName = "Import Stack",
@@ -121,7 +128,8 @@ constexpr FormRow kForms[] = {
      .place = 3,
      .menuText = "Renderer",
      .contextText = "Render Options",
-     .session = "rendererform"},
+     .session = "rendererform",
+     .make = make<RendererForm>},
     {.id = FormId::Sadistics,
      .name = "Statistics",
      .failureName = "Statistics",
@@ -155,7 +163,8 @@ constexpr FormRow kForms[] = {
      .place = 7,
      .menuText = "View",
      .contextText = "View",
-     .session = "viewform"},
+     .session = "viewform",
+     .make = make<ViewForm>},
     {.id = FormId::ZScale,
      .name = "ZScale",
      .failureName = "ZScale",
@@ -168,7 +177,8 @@ constexpr FormRow kForms[] = {
      .failureName = "Lighting",
      .action = "windowLightingAction",
      .place = 15,
-     .menuText = "Lighting"},
+     .menuText = "Lighting",
+     .make = make<LightingForm>},
     {.id = FormId::MaskEditor,
      .name = "MaskEdit",
      .failureName = "About",

@@ -75,6 +75,21 @@ public:
     virtual QImage grabWindow() = 0;
 };
 
+/// The window that shows the picture.
+class WindowService
+{
+public:
+    virtual ~WindowService() = default;
+    virtual QSize pictureSize() const = 0;
+    virtual void changeWindowDimensions(int width, int height) = 0;
+    /// Keeps width and height in the ratio that they have now.
+    virtual void toggleWindowAspectRatio(bool on) = 0;
+    /// Whether there is one with a picture for each eye.
+    virtual bool hasStereo() const = 0;
+    /// Tells of each new size while the context lives.
+    virtual void whenResized(QObject* context, std::function<void(int width, int height)> told) = 0;
+};
+
 /// What forms share with the program around them. All of it outlives the forms.
 struct FormServices
 {
@@ -84,6 +99,7 @@ struct FormServices
     PaletteService& palettes;
     JobService& jobs;
     PictureService& pictures;
+    WindowService& window;
     Probes& probes;
     /// Holds the directories that all file dialogs share, and the preferences.
     Settings& settings;

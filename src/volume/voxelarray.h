@@ -259,6 +259,9 @@ public:
     enum BoxList { WholeBox, FrontFace, BackFace, LeftFace, RightFace, BottomFace, TopFace, BoxListCount };
     GLuint boxList(BoxList which) const { return m_boxLists.empty() ? 0 : m_boxLists[which]; }
 
+    /// Shows the whole stack.
+    void resetCut();
+
     AxisScale scale;
     AxisScale baseScale;
     bool preserveScaleRatio = false;
@@ -288,7 +291,6 @@ private:
     void putTexture(EncodeJob& job, TextureSize size, const void* texels);
     bool takeOwnEncoding(ImageFile& image);
     void finishEncoding();
-    void resetCut();
     void letVoxelsGo(ImageFile& image);
     QStringList filesOfTimePoint(int time) const;
     void takeStatistics(int channel);

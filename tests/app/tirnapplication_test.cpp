@@ -14,13 +14,6 @@
 namespace tirn::test {
 namespace {
 
-void writeText(const QString& name, const char* text)
-{
-    QFile file(name);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(text);
-}
-
 class Application : public AppTest
 {
 protected:
@@ -516,54 +509,6 @@ TEST_F(Application, TwoHundredCyclesOfLoadingSpinningAndClosingLeaveNothingBehin
     EXPECT_EQ(liveGlNames().textures, 0);
     EXPECT_LE(liveGlNames().programs, before.programs);
     EXPECT_LE(QDir("/proc/self/task").entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), threads + 1);
-}
-
-TEST_F(Application, ASurfaceIsDrawnInTheVolume)
-{
-    load({picFile("a.pic")});
-    const QImage before = widget().renderThread().grabNextFrame();
-    const QString mesh = path("mesh.stl");
-    writeText(mesh,
-              "solid m\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\n"
-              "endfacet\nendsolid\n");
-    app().loads().loadSegmentation(mesh);
-    EXPECT_EQ(takeBox(), "Segmentation: " + mesh + " loaded.");
-    EXPECT_TRUE(log.contains("Segmentation " + mesh + " loaded."));
-    settle();
-    const QImage small = widget().renderThread().grabNextFrame();
-    EXPECT_NE(small, before);
-    writeText(
-        mesh,
-        "solid m\nfacet normal 0 0 1\nouter loop\nvertex -1 -1 0\nvertex 1 -1 0\nvertex 0 1 0\nendloop\n"
-        "endfacet\nendsolid m\n");
-    app().loads().loadSegmentation(mesh);
-    EXPECT_EQ(takeBox(), "Segmentation: " + mesh + " loaded.");
-    settle();
-    EXPECT_NE(widget().renderThread().grabNextFrame(), small) << "the newest replaces the former";
-    EXPECT_EQ(app().scene().segmentations.size(), 1U);
-    writeText(mesh, "solid m\nnothing of the kind\n");
-    app().loads().loadSegmentation(mesh);
-    EXPECT_EQ(takeBox(), "Load Error: Failed to load " + mesh);
-    EXPECT_EQ(app().scene().segmentations.size(), 1U);
-    EXPECT_NE(app().mainForm().action("segmentationOpenAction"), nullptr);
-    QAction* shown = app().mainForm().action("showSegmentationAction");
-    QAction* close = app().mainForm().action("closeSegmentationAction");
-    const QImage drawn = widget().renderThread().grabNextFrame();
-    ASSERT_TRUE(shown->isEnabled() && shown->isChecked());
-    shown->trigger();
-    EXPECT_EQ(widget().renderThread().grabNextFrame(), before);
-    shown->trigger();
-    EXPECT_EQ(widget().renderThread().grabNextFrame(), drawn);
-    close->trigger();
-    EXPECT_EQ(widget().renderThread().grabNextFrame(), before);
-    EXPECT_FALSE(shown->isEnabled() || close->isEnabled());
-    writeText(mesh,
-              "solid m\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\n"
-              "endfacet\nendsolid\n");
-    app().loads().loadSegmentation(mesh);
-    takeBox();
-    app().closeAll();
-    EXPECT_TRUE(app().scene().segmentations.empty());
 }
 
 TEST_F(Application, TwentyStartsAndQuits)

@@ -1,5 +1,5 @@
-// Pictures of volumes in several blocks, of other depths and time points, resliced, cut and with hidden
-// channels, against an independent software compositor.
+// Pictures of volumes in several blocks, of other depths and time points, resliced and with hidden channels,
+// against an independent software compositor.
 
 #include <gtest/gtest.h>
 
@@ -18,8 +18,6 @@ struct Shown
     std::vector<ColourTable> tables;
     CompositorView view;
     int timePoint = 0;
-    CutBox cut = {};
-    bool isCut = false;
 };
 
 std::vector<ColourTable> tablesFor(int channels)
@@ -63,8 +61,6 @@ Picture drawn(const Shown& shown)
     VoxelArray& array = rig.show(shown.timePoints, spec);
     array.scale = {view.scale[0], view.scale[1], view.scale[2]};
     array.setTimePoint(shown.timePoint);
-    if (shown.isCut)
-        array.cut = shown.cut;
     rig.setTables(shown.tables);
     for (std::size_t c = 0; c < view.hidden.size(); ++c)
         array.channels()[c].display.state = view.hidden[c] ? ChannelState::Hidden : ChannelState::Shown;
@@ -241,115 +237,6 @@ TEST(OtherPictures, ABackgroundShinesThrough)
     const Picture seen = pictureOf(rig.draw());
     expectMatch(predicted(shown), seen, shown.view, 1000);
     EXPECT_EQ(seen.pixel(2, 2), (std::array<int, 3>{40, 80, 120}));
-}
-
-/// Which axis of the volume lies along an axis of the picture, and whether it points the same way.
-struct SeenAxis
-{
-    int axis;
-    int sign;
-};
-
-struct CutView
-{
-    std::array<int, 3> rotation;
-    SeenAxis right;
-    SeenAxis up;
-    int slicing;
-};
-
-constexpr CutView kCutViews[] = {{{0, 0, 0}, {0, 1}, {1, 1}, 2},    {{0, 180, 0}, {0, -1}, {1, 1}, 2},
-                                 {{0, 270, 0}, {2, -1}, {1, 1}, 0}, {{0, 90, 0}, {2, 1}, {1, 1}, 0},
-                                 {{90, 0, 0}, {0, 1}, {2, -1}, 1},  {{270, 0, 0}, {0, 1}, {2, 1}, 1}};
-
-/// The part of an axis in drawing units that a cut box leaves: from the plane of its highest slice to that of
-/// its lowest, with a margin.
-struct KeptRange
-{
-    double low;
-    double high;
-
-    KeptRange(const PlainStack& stack, const CutBox& cut, int axis)
-    {
-        const int size = stack.size(axis);
-        double padded = 1;
-        while (padded < std::max({stack.x, stack.y, stack.z}))
-            padded *= 2;
-        const auto position = [&](int slice) { return (0.996 - 1.992 / (size - 1) * slice) * size / padded; };
-        // Slices along x are counted from the last voxel.
-        const int first = axis == 0 ? size - 1 - cut.xMax : axis == 1 ? cut.yMin : cut.zMin;
-        const int last = axis == 0 ? size - 1 - cut.xMin : axis == 1 ? cut.yMax : cut.zMax;
-        high = first > 0 ? position(first) + 0.004 : 2;
-        low = last < size - 1 ? position(last) - 0.004 : -2;
-    }
-};
-
-PlainStack withoutSlicesOutside(PlainStack stack, const CutBox& cut, int axis)
-{
-    const std::array<std::array<int, 2>, 3> kept = {
-        {{cut.xMin, cut.xMax}, {cut.yMin, cut.yMax}, {cut.zMin, cut.zMax}}};
-    for (int z = 0; z < stack.z; ++z) {
-        for (int y = 0; y < stack.y; ++y) {
-            for (int x = 0; x < stack.x; ++x) {
-                const int at = axis == 0 ? x : axis == 1 ? y : z;
-                const auto& [low, high] = kept[static_cast<std::size_t>(axis)];
-                for (int c = 0; c < stack.channels && (at < low || at > high); ++c)
-                    stack.at(x, y, z, c) = 0;
-            }
-        }
-    }
-    return stack;
-}
-
-/// The prediction of the whole with slices left out along the line of sight, and cut across it.
-Picture predictedCut(const Shown& shown, const CutView& cutView)
-{
-    const PlainStack& stack = shown.timePoints.front();
-    Picture picture =
-        compose(withoutSlicesOutside(stack, shown.cut, cutView.slicing), shown.tables, asDrawn(shown.view));
-    const KeptRange right(stack, shown.cut, cutView.right.axis);
-    const KeptRange up(stack, shown.cut, cutView.up.axis);
-    const auto inside = [&](const KeptRange& range, const SeenAxis& seen, double at) {
-        const double place = at * seen.sign / shown.view.scale[static_cast<std::size_t>(seen.axis)];
-        return place >= range.low && place <= range.high;
-    };
-    for (int row = 0; row < kSize; ++row) {
-        for (int column = 0; column < kSize; ++column) {
-            if (inside(right, cutView.right, (column + 0.5) / kSize * 2 - 1) &&
-                inside(up, cutView.up, 1 - (row + 0.5) / kSize * 2))
-                continue;
-            const auto pixel = static_cast<std::size_t>(row * kSize + column);
-            picture.covered[pixel] = false;
-            std::fill_n(picture.rgb.begin() + static_cast<std::ptrdiff_t>(3 * pixel), 3, std::uint8_t{0});
-        }
-    }
-    return picture;
-}
-
-TEST(CutPictures, AllSixOrientationsShowTheCutBoxOnly)
-{
-    for (const int limit : {1024, 8}) {
-        Shown shown = shownOf(denseStack(27, 30, 21, 2), Target::Slices2D, limit);
-        shown.cut = {4, 17, 6, 25, 3, 12};
-        shown.isCut = true;
-        for (const CutView& cutView : kCutViews) {
-            shown.view.rotation = cutView.rotation;
-            const Picture seen = drawn(shown);
-            expectMatch(predictedCut(shown, cutView), seen, shown.view, kSize * kSize / 6);
-            EXPECT_FALSE(matches(compare(predicted(shown), seen)));
-            Shown other = shown;
-            other.cut = {27 - 1 - 17, 27 - 1 - 4, 30 - 1 - 25, 30 - 1 - 6, 21 - 1 - 12, 21 - 1 - 3};
-            EXPECT_FALSE(matches(compare(predictedCut(other, cutView), seen))) << "mirrored cut box";
-        }
-    }
-}
-
-TEST(CutPictures, OneSliceIsLeft)
-{
-    Shown shown = shownOf(denseStack(16, 16, 16), Target::Slices2D, 1024);
-    shown.cut = {0, 15, 0, 15, 9, 9};
-    shown.isCut = true;
-    expectMatch(predictedCut(shown, kCutViews[0]), drawn(shown), shown.view, kSize * kSize * 9 / 10);
 }
 
 } // namespace

@@ -183,6 +183,21 @@ TEST_P(DrawFrame, TheCutBoxFollowsTheBounds)
     EXPECT_EQ(rig.gl.count("Vertex3f"), 24);
 }
 
+TEST_P(DrawFrame, TheCutBoxIsOutlinedWithOrWithoutTheBoundingBox)
+{
+    showVolume();
+    rig.scene.view.drawCutBox = true;
+    for (const bool showsBox : {false, true}) {
+        rig.scene.view.showBoundingBox = showsBox;
+        EXPECT_EQ(rig.draw({"Vertex3f"}).size(), 24U);
+    }
+    rig.scene.view.renderMode = RenderMode::Anaglyph;
+    for (const bool showsBox : {false, true}) {
+        rig.scene.view.showBoundingBox = showsBox;
+        EXPECT_EQ(rig.draw({"Vertex3f"}).size(), 48U);
+    }
+}
+
 TEST_P(DrawFrame, AnAnaglyphMasksEachEyeAndResetsTheMask)
 {
     showVolume();

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "glsupport/recordedrig.h"
+#include "render/picturemaker.h"
+#include "scene/pointing/cuthandles.h"
 
 namespace tirn {
 namespace {
@@ -342,6 +344,145 @@ TEST_F(DrawnOverlays, TheBoundingBoxIsBlue)
     EXPECT_GT(ink.pixels, 500);
     EXPECT_EQ(ink.blue, 255);
     EXPECT_EQ(ink.red + ink.green, 0);
+}
+
+TEST_F(DrawnOverlays, TheCutBoxHasAHandleOnEachFace)
+{
+    showNothing();
+    rig->scene.view.cutHandles.shown = true;
+    rig->scene.view.cutBoxColor = Qt::green;
+    rig->scene.view.rotX = 30;
+    rig->scene.view.rotY = 40;
+    const QImage picture = rig->draw();
+    const ViewProjection projection(rig->scene.view, {}, {kSide, kSide});
+    const VoxelArray& array = *rig->scene.current();
+    int inFront = 0;
+    for (const CutHandle& handle : cutHandles(projection, array.geometry(), array.cut)) {
+        const QPoint at = handle.seen.at.toPoint();
+        EXPECT_EQ(picture.pixelColor(at).green(), handle.isInFront ? 255 : 127);
+        EXPECT_EQ(inkIn(picture, QRect(at - QPoint(15, 15), QSize(31, 31))).pixels, 49);
+        inFront += handle.isInFront;
+    }
+    EXPECT_EQ(inFront, 3);
+    EXPECT_EQ(inkIn(picture).pixels, 6 * 49);
+    rig->scene.view.renderMode = RenderMode::Stereo;
+    const QImage stereo = rig->draw();
+    rig->scene.view.cutHandles.shown = false;
+    EXPECT_EQ(rig->draw(), stereo) << "there is no volume to cut";
+}
+
+/// A ruler from the left to the right, a quarter of the way up from the middle.
+class DrawnRuler : public DrawnOverlays
+{
+protected:
+    void SetUp() override
+    {
+        DrawnOverlays::SetUp();
+        VoxelArray& array = showNothing();
+        rig->scene.view.scaleBarColor = Qt::green;
+        rig->scene.view.ruler = {array.id(), {{0, 1, 0}, {3, 1, 0}}};
+    }
+    // Voxels are 75 pixels wide: from 37.5 to 262.5, at 112.5 from above.
+    const QRect kLine{39, 110, 223, 5};
+
+    static int greenColumns(const QImage& picture, const QRect& part)
+    {
+        int columns = 0;
+        for (int x = part.left(); x <= part.right(); ++x)
+            columns += inkIn(picture, QRect(x, part.top(), 1, part.height())).green == 255;
+        return columns;
+    }
+};
+
+TEST_F(DrawnRuler, IsALineBetweenTheMiddlesOfTheVoxelsWithItsLength)
+{
+    const QImage picture = rig->draw();
+    EXPECT_EQ(greenColumns(picture, kLine), kLine.width());
+    EXPECT_EQ(inkIn(picture).red + inkIn(picture).blue, 0);
+    // Nothing lies beyond its ends and their marks, and the label over it.
+    EXPECT_EQ(inkIn(picture, QRect(0, 0, 34, kSide)).pixels, 0);
+    EXPECT_EQ(inkIn(picture, QRect(267, 0, 33, kSide)).pixels, 0);
+    EXPECT_EQ(inkIn(picture, QRect(0, 117, kSide, 183)).pixels, 0);
+    EXPECT_GT(inkIn(picture, QRect(155, 85, 110, 23)).pixels, 50);
+    EXPECT_EQ(inkIn(picture, QRect(0, 85, 150, 23)).pixels, 0);
+}
+
+TEST_F(DrawnRuler, MovesWithTheVolume)
+{
+    rig->scene.view.rotZ = 180;
+    rig->scene.view.transX = 0.2;
+    // Turned the line lies as far below the middle, and 30 pixels to the left.
+    const QImage picture = rig->draw();
+    EXPECT_EQ(greenColumns(picture, QRect(9, 185, 223, 5)), 223);
+    EXPECT_EQ(greenColumns(picture, kLine), 0);
+}
+
+TEST_F(DrawnRuler, StandsInPicturesToo)
+{
+    rig->makeCurrent();
+    const QImage picture = PictureMaker(rig->thread()).draw({{kSide, kSide}});
+    EXPECT_EQ(picture, rig->draw().convertToFormat(picture.format()));
+    const QImage large = PictureMaker(rig->thread(), {400}).draw({{3 * kSide, 3 * kSide}, 3});
+    EXPECT_EQ(greenColumns(large, QRect(117, 330, 669, 15)), 669);
+}
+
+TEST_F(DrawnRuler, IsSeenInEveryModeThatShowsTheVolume)
+{
+    rig->scene.view.scaleBarColor = Qt::white;
+    rig->scene.view.renderMode = RenderMode::Anaglyph;
+    const Ink both = inkIn(rig->draw());
+    EXPECT_EQ(both.red, 255);
+    EXPECT_EQ(both.green, 255);
+    EXPECT_GT(both.pixels, 200);
+    rig->scene.view.renderMode = RenderMode::FourViews;
+    rig->scene.view.ortho = projectionOf(RenderMode::FourViews);
+    EXPECT_TRUE(onlyIn(rig->draw(), kLowerRight));
+    rig->scene.view.ruler = {};
+    EXPECT_EQ(inkIn(rig->draw()).pixels, 0);
+}
+
+TEST_F(DrawnRuler, WithOneEndIsAMark)
+{
+    rig->scene.view.ruler.ends.pop_back();
+    const Ink ink = inkIn(rig->draw());
+    EXPECT_EQ(ink.pixels, 25);
+    EXPECT_EQ(inkIn(rig->draw(), QRect(35, 110, 6, 6)).pixels, 25);
+}
+
+TEST_F(DrawnRuler, OfAnotherStackIsNotDrawn)
+{
+    rig->scene.view.ruler.stack = StackId::None;
+    EXPECT_EQ(inkIn(rig->draw()).pixels, 0);
+}
+
+TEST_F(DrawnRuler, LeavesTheVolumeAsItIs)
+{
+    rig->show({denseStack(8, 8, 8)});
+    rig->setTables({test::rampTable(256, {1, 1, 1}, 1)});
+    const QImage without = rig->draw();
+    rig->scene.view.ruler = {rig->scene.currentId(), {{0, 1, 0}, {3, 1, 0}}};
+    rig->draw();
+    rig->scene.view.ruler = {};
+    EXPECT_EQ(rig->draw(), without);
+}
+
+TEST_F(DrawnOverlays, NoPictureHasHandles)
+{
+    showNothing();
+    rig->scene.view.cutHandles.shown = true;
+    rig->makeCurrent();
+    EXPECT_EQ(inkIn(PictureMaker(rig->thread()).draw({{kSide, kSide}})).pixels, 0);
+    EXPECT_GT(inkIn(rig->draw()).pixels, 0);
+}
+
+TEST_F(DrawnOverlays, AFrameThatIsGrabbedHasNoHandlesAndTheWindowHasThemAgain)
+{
+    showNothing();
+    rig->scene.view.cutHandles.shown = true;
+    EXPECT_EQ(inkIn(rig->thread().grabNextFrame()).pixels, 0);
+    rig->surface().waitForFrames(2);
+    rig->thread().stopAndWait();
+    EXPECT_GT(inkIn(rig->surface().image()).pixels, 0);
 }
 
 TEST_F(DrawnOverlays, AnAnaglyphFrameLeavesAllColoursToTheNext)

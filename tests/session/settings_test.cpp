@@ -129,6 +129,17 @@ TEST_F(SettingsStore, PreferencesAreWrittenUnderTheirKeys)
     EXPECT_EQ(readSettings(store, kCard), settings);
 }
 
+TEST_F(SettingsStore, ChoicesOfFormsAreWrittenApartFromThePreferences)
+{
+    EXPECT_EQ(readSettings(store, kCard).rotationMode, 1);
+    Settings settings;
+    settings.rotationMode = 0;
+    writeChoices(settings, store);
+    EXPECT_EQ(store.value("View/RotationMode"), "Quaternion");
+    EXPECT_EQ(store.allKeys().size(), 1);
+    EXPECT_EQ(readSettings(store, kCard).rotationMode, 0);
+}
+
 TEST_F(SettingsStore, AnEmptyFolderOfFavouritesHasNoKey)
 {
     store.setValue("Paths/FavoritePalettesPath", "/palettes");

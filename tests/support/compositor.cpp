@@ -128,15 +128,43 @@ std::optional<Tap> tapAt(double position, const Axis& axis)
     return tapInBlock(inBlocks - block, block, axis.blockSize);
 }
 
+/// Where an axis is cut in space: nothing beyond is drawn.
+struct Bounds
+{
+    double low = -1e9;
+    double high = 1e9;
+};
+
+/// `drawn` slices lie along the axis, the outermost 0.004 of its half length inside of it; what lies up to
+/// 0.004 of space outside of the last one is drawn. A bound that cuts nothing off is none.
+Bounds boundsOf(const std::array<int, 2>& cut, const Axis& axis, int drawn)
+{
+    const double length = axis.half * axis.size / axis.padded;
+    const auto place = [&](int slice) {
+        const double along = (-0.996 + 1.992 * slice / (drawn - 1)) * length;
+        return axis.falling ? -along : along;
+    };
+    Bounds bounds;
+    double& first = axis.falling ? bounds.high : bounds.low;
+    double& last = axis.falling ? bounds.low : bounds.high;
+    if (cut[0] > 0)
+        first = place(cut[0]) + (axis.falling ? 0.004 : -0.004);
+    if (cut[1] < drawn - 1)
+        last = place(cut[1]) + (axis.falling ? -0.004 : 0.004);
+    return bounds;
+}
+
 /// The taps of every pixel along one side of the picture. `flipped` is set for rows, which are counted from
 /// the top.
 std::vector<std::optional<Tap>> tapsAlong(const Facing& faced, const Axes& axes, const CompositorView& view,
-                                          bool flipped)
+                                          const Bounds& bounds, bool flipped)
 {
     std::vector<std::optional<Tap>> taps;
     for (int pixel = 0; pixel < view.size; ++pixel) {
         const double seen = (flipped ? -1 : 1) * ((pixel + 0.5) / view.size * 2 - 1);
-        taps.push_back(tapAt(seen * faced.sign / view.scale[faced.axis], axes[faced.axis]));
+        const double position = seen * faced.sign / view.scale[faced.axis];
+        const bool isCutOff = position < bounds.low || position > bounds.high;
+        taps.push_back(isCutOff ? std::nullopt : tapAt(position, axes[faced.axis]));
     }
     return taps;
 }
@@ -209,6 +237,10 @@ private:
     void blend(std::size_t pixel, const std::array<double, 4>& colour);
     double texel(std::array<int, 3> at, int channel) const;
     const Axis& axis(unsigned number) const { return m_axes[number]; }
+    int slicesAlong(unsigned number) const { return number == 2 ? m_finalDepth : axis(number).size; }
+    /// Whether the cut leaves a slice of the slicing axis, which is numbered as the program does.
+    bool isInside(int slice) const;
+    Bounds bounds(unsigned number) const;
     /// The distance in a plane between neighbours along an axis of the volume.
     int stride(unsigned number) const { return number == m_fast ? 1 : axis(m_fast).padded; }
 
@@ -249,17 +281,32 @@ Picture Compositor::draw()
     for (std::size_t i = 0; i < pixels; ++i)
         m_picture.rgb.insert(m_picture.rgb.end(), m_view.background.begin(), m_view.background.end());
 
-    const int slices = m_slice.axis == 2 ? m_finalDepth : axis(m_slice.axis).size;
+    const int slices = slicesAlong(m_slice.axis);
     // Slice 0 lies on the positive side, so that a viewer there sees it last.
     const bool downward = (m_slice.sign > 0) != m_view.wrongOrder;
     for (int i = 0; i < slices; ++i) {
-        for (int channel = 0; channel < m_stack.channels; ++channel) {
+        const int slice = downward ? slices - 1 - i : i;
+        for (int channel = 0; channel < m_stack.channels && isInside(slice); ++channel) {
             const auto number = static_cast<unsigned>(channel);
             if (m_view.hidden.empty() || !m_view.hidden[number])
-                drawSlice(plane(downward ? slices - 1 - i : i, channel), m_tables[number]);
+                drawSlice(plane(slice, channel), m_tables[number]);
         }
     }
     return m_picture;
+}
+
+bool Compositor::isInside(int slice) const
+{
+    if (!m_view.cut)
+        return true;
+    const auto [first, last] = (*m_view.cut)[m_slice.axis];
+    const int counted = m_slice.axis == 0 ? axis(0).size - 1 - slice : slice;
+    return first <= counted && counted <= last;
+}
+
+Bounds Compositor::bounds(unsigned number) const
+{
+    return m_view.cut ? boundsOf((*m_view.cut)[number], axis(number), slicesAlong(number)) : Bounds{};
 }
 
 Plane Compositor::plane(int slice, int channel) const
@@ -342,8 +389,8 @@ void Compositor::drawSlice(const Plane& plane, const ColourTable& table)
     const double stretch = m_stack.bits > 8 && m_stack.bits <= 12 ? 16 : 1;
     const int columnStride = stride(m_column.axis);
     const int rowStride = stride(m_row.axis);
-    const auto rows = tapsAlong(m_row, m_axes, m_view, true);
-    const auto columns = tapsAlong(m_column, m_axes, m_view, false);
+    const auto rows = tapsAlong(m_row, m_axes, m_view, bounds(m_row.axis), true);
+    const auto columns = tapsAlong(m_column, m_axes, m_view, bounds(m_column.axis), false);
     for (std::size_t pixel = 0; pixel < m_picture.covered.size(); ++pixel) {
         const std::optional<Tap>& row = rows[pixel / static_cast<std::size_t>(m_view.size)];
         const std::optional<Tap>& column = columns[pixel % static_cast<std::size_t>(m_view.size)];

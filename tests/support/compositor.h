@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "support/plainstack.h"
@@ -30,6 +31,8 @@ struct CompositorView
     int blockLimit = 1024;
     /// The number of slices along z that a resliced 3D target is drawn with, or -1.
     int finalZ = -1;
+    /// First and last drawn slice along x, y and z, all between them; nothing for the whole stack.
+    std::optional<std::array<std::array<int, 2>, 3>> cut = {};
     /// One for each channel; an empty list shows all.
     std::vector<bool> hidden = {};
     std::array<std::uint8_t, 3> background = {0, 0, 0};

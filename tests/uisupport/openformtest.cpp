@@ -33,6 +33,7 @@ FormServices OpenFormTest::services()
             .palettes = app().stacks(),
             .jobs = app().jobs(),
             .pictures = app().pictures(),
+            .window = app().windows(),
             .probes = probes,
             .settings = settings,
             .card = card,

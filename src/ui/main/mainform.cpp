@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QMenuBar>
+#include <QStackedWidget>
 #include <QStatusBar>
 #include <unistd.h>
 
@@ -69,13 +70,15 @@ MainForm::MainForm(const QString& name, const MainFormServices& services)
 void MainForm::follow(Changes changes)
 {
     const Scene& scene = m_services.model.scene();
+    const auto check = [this](const char* name, bool on) {
+        const QSignalBlocker blocker(action(name));
+        action(name)->setChecked(on);
+    };
+    if (changes & Change::Ruler)
+        check("rulerAction", scene.view.isMeasuring);
     if (changes & Change::Look) {
         updateBlendingStatus(static_cast<GLint>(scene.view.blendMode));
         updateZCorrectionStatus(scene.view.zCorrection);
-        const auto check = [this](const char* name, bool on) {
-            const QSignalBlocker blocker(action(name));
-            action(name)->setChecked(on);
-        };
         check("stretchToUsedBitsAction", scene.view.autoBitDepth);
         check("showSegmentationAction", drawnSurface(scene.segmentations) != nullptr);
     }
@@ -152,11 +155,20 @@ void MainForm::buildMenus()
 
 void MainForm::buildStatusBar()
 {
-    m_facts = new QLabel(this);
-    m_facts->setObjectName("facts");
-    // A long line gives way to the picture.
-    m_facts->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    statusBar()->addWidget(m_facts, 1);
+    // The facts give way to what is pointed at, and both to notes.
+    m_about = new QStackedWidget(this);
+    const auto about = [this](const char* name) {
+        auto* made = new QLabel(m_about);
+        made->setObjectName(name);
+        // However long, it makes no window wider.
+        made->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        m_about->addWidget(made);
+        return made;
+    };
+    m_facts = about("facts");
+    m_pointed = about("pointed");
+    m_about->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    statusBar()->addWidget(m_about, 1);
     const auto label = [this](const char* name, const QString& text, int width) {
         auto* made = new QLabel(text, this);
         made->setObjectName(name);
@@ -240,6 +252,14 @@ void MainForm::recentStack(int position)
 }
 
 void MainForm::showNote(const QString& text) { statusBar()->showMessage(text, kNoteMilliseconds); }
+
+void MainForm::showPointed(const QString& text)
+{
+    m_pointed->setText(text);
+    // What does not fit can be read all the same.
+    m_pointed->setToolTip(text);
+    m_about->setCurrentWidget(text.isEmpty() ? m_facts : m_pointed);
+}
 
 void MainForm::updateBlendingStatus(GLint mode) { m_blending->setText(mode == GL_MAX ? "max" : "alpha"); }
 

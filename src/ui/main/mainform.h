@@ -13,8 +13,11 @@
 #include "session/recentlists.h"
 #include "session/settings.h"
 #include "threads/probes.h"
+#include "ui/main/unsavedform.h"
 
 class QSettings;
+
+class QStackedWidget;
 
 namespace tirn {
 
@@ -43,6 +46,11 @@ public:
     QAction* action(const QString& name) const;
     /// What is done before the window closes, first of all; false keeps it open.
     void setCloseHandler(std::function<bool()> handler) { m_closeHandler = std::move(handler); }
+    /// Stacks whose voxels are others than those of their files.
+    void setUnsavedStacks(std::function<std::vector<UnsavedThing>()> stacks)
+    {
+        m_unsavedStacks = std::move(stacks);
+    }
     /// Asked before a command of the undo stack is undone or done again; false leaves it.
     void setUndoGate(std::function<bool(const QUndoCommand*)> gate) { m_undoGate = std::move(gate); }
     /// The widget whose window state decides whether anything is drawn.
@@ -52,6 +60,8 @@ public:
     }
     /// Says something in the status bar, for a while.
     void showNote(const QString& text);
+    /// What the mouse is over, in the place of the facts; empty for nothing. Notes stand before it.
+    void showPointed(const QString& text);
     const RecentLists& recent() const { return m_recent; }
     /// Takes the lists of what was opened last from the store.
     void readRecentLists();
@@ -100,19 +110,22 @@ private:
     void recentStack(int position);
     void takeDropped(const DroppedNames& names);
     /// False when the user wants to go on.
-    bool askAboutUnsavedPalettes();
+    std::vector<UnsavedThing> unsavedThings();
     void writeSettings();
 
     MainFormServices m_services;
     RecentLists m_recent;
     ProbeQuestion m_dropped;
+    QStackedWidget* m_about;
     QLabel* m_facts;
+    QLabel* m_pointed;
     QLabel* m_blending;
     QLabel* m_zCorrection;
     QLabel* m_texture;
     QLabel* m_memory;
     std::function<bool()> m_closeHandler;
     std::function<bool(const QUndoCommand*)> m_undoGate;
+    std::function<std::vector<UnsavedThing>()> m_unsavedStacks;
     std::function<void(bool)> m_minimisedHandler;
 };
 
