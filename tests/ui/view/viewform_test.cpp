@@ -449,6 +449,16 @@ TEST_F(View, ColoursAreAskedForWithTheirTitles)
     EXPECT_EQ(find<ColourButton>("btnBackgroundColor").colour(), QColor(Qt::gray));
 }
 
+TEST_F(View, ColourVisionIsChosenAndFollowed)
+{
+    find<QComboBox>("cboColorVision").setCurrentIndex(2);
+    EXPECT_EQ(view().colorVision, ColorVision::Deutan);
+    app().model().undoStack().undo();
+    EXPECT_EQ(find<QComboBox>("cboColorVision").currentText(), "Normal");
+    changeView([](ViewState& state) { state.colorVision = ColorVision::Tritan; });
+    EXPECT_EQ(find<QComboBox>("cboColorVision").currentText(), "Tritan");
+}
+
 TEST_F(View, ScaleChangedStoresTheScale)
 {
     load({picFile("a.pic")});
