@@ -7,6 +7,7 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QColorDialog>
+#include <QComboBox>
 #include <QGroupBox>
 #include <QLabel>
 #include <QSignalSpy>
