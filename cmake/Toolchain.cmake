@@ -42,6 +42,11 @@ function(tirn_layer name)
     endforeach()
     # The entry function belongs to the executable.
     list(FILTER layer_SOURCES EXCLUDE REGEX "/main\\.cpp$")
+    if(NOT TARGET Qwt)
+        foreach(list layer_SOURCES layer_HEADERS)
+            list(FILTER ${list} EXCLUDE REGEX "${tirn_plot_files}")
+        endforeach()
+    endif()
     add_library(${name} STATIC ${layer_SOURCES})
     target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${CMAKE_CURRENT_SOURCE_DIR}
                    FILES ${layer_HEADERS})

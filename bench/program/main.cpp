@@ -3,6 +3,7 @@
 //
 //   tirn_program_bench start [repetitions]      needs a display
 //   tirn_program_bench load [megabytes] [2|3]   2D or 3D textures
+//   tirn_program_bench edit [edits]             strokes in the palette editor
 //
 // Each measurement is a process of its own, so that none finds what an earlier one has left.
 
@@ -20,6 +21,12 @@
 
 #include "app/tirnapplication.h"
 #include "base/stopwatch.h"
+#ifdef TIRN_HAS_PLOTS
+#include <QCheckBox>
+#include <QMouseEvent>
+
+#include "ui/palettes/paletteform.h"
+#endif
 
 namespace tirn::bench {
 namespace {
@@ -205,6 +212,87 @@ int measureLoad(int megabytes, bool is3D)
     return 0;
 }
 
+#ifdef TIRN_HAS_PLOTS
+
+/// From what asks for a frame to the end of its swap.
+double secondsToFrame(TirnApplication& application, const std::function<void()>& ask)
+{
+    GLThread& thread = application.currentWidget()->renderThread();
+    thread.wait();
+    QCoreApplication::processEvents();
+    const int before = thread.framesDrawn();
+    const Stopwatch timer;
+    ask();
+    while (thread.framesDrawn() == before)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 1);
+    return timer.seconds();
+}
+
+double median(std::vector<double>& values)
+{
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+/// Moves of a stroke of the alpha curve, and as many plain frames between them.
+void strokeAndPrint(TirnApplication& application, PaletteForm& form, int edits)
+{
+    PalettePlot& plot = form.page().plot();
+    form.page().editBox(3).click();
+    const auto send = [&](QEvent::Type type, int x, Qt::MouseButton button) {
+        const QPoint at = plot.placeOf({x, 20 + x % 200});
+        QMouseEvent event(type, at, button, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(plot.canvas(), &event);
+    };
+    const int size = form.currentPalette()->size();
+    std::vector<double> plain;
+    std::vector<double> edited;
+    std::vector<double> handled;
+    send(QEvent::MouseButtonPress, size / 4, Qt::LeftButton);
+    for (int i = 0; i < edits; ++i) {
+        const int x = size / 4 + size / 30 * (i % 15);
+        plain.push_back(secondsToFrame(application, [&] { application.currentWidget()->requestFrame(); }));
+        edited.push_back(secondsToFrame(application, [&] {
+            const Stopwatch timer;
+            send(QEvent::MouseMove, x, Qt::NoButton);
+            handled.push_back(timer.seconds());
+        }));
+    }
+    send(QEvent::MouseButtonRelease, size / 4, Qt::LeftButton);
+    const double plainFrame = median(plain) * 1000;
+    const double editedFrame = median(edited) * 1000;
+    std::printf("%2d-bit palette: plain frame %.2f ms, edit to frame %.2f ms, difference %.2f ms, "
+                "of which until the frame was asked for %.2f ms\n",
+                form.currentPalette()->depth(), plainFrame, editedFrame, editedFrame - plainFrame,
+                median(handled) * 1000);
+}
+
+int measureEdits(int edits)
+{
+    const QTemporaryDir folder;
+    const QString stack = writeStack(folder, 128, 128, 32, true);
+    runProgram({"tirn", stack}, [&](TirnApplication& application) {
+        if (application.arrayCount() == 0 || application.currentWidget()->renderThread().framesDrawn() == 0)
+            return false;
+        auto& form = static_cast<PaletteForm&>(*application.forms().create(FormId::Palette, true));
+        QCoreApplication::processEvents();
+        strokeAndPrint(application, form, edits);
+        // Without a stack of 12 bits a deep palette comes from a file or, as here, from a list.
+        PaletteList deep;
+        deep.push_back(std::make_unique<Palette>("deep", 12, application.paletteTables()));
+        application.stacks().addPalettes(std::move(deep));
+        application.model().edit(Change::Channels, [](Scene& scene) {
+            scene.current()->channels().front().display.palette = static_cast<int>(scene.palettes.size()) - 1;
+        });
+        form.changeSelectedPalette(static_cast<int>(application.scene().palettes.size()) - 1);
+        strokeAndPrint(application, form, edits);
+        return true;
+    });
+    return 0;
+}
+
+#endif
+
 } // namespace
 } // namespace tirn::bench
 
@@ -224,6 +312,10 @@ int main(int argc, char** argv)
         return measureStart(QString::fromLocal8Bit(argv[0]), argument(2, 9));
     if (what == "load")
         return measureLoad(argument(2, 512), argument(3, 2) == 3);
-    std::fprintf(stderr, "Usage: %s start [repetitions] | load [megabytes] [2|3]\n", argv[0]);
+#ifdef TIRN_HAS_PLOTS
+    if (what == "edit")
+        return measureEdits(argument(2, 200));
+#endif
+    std::fprintf(stderr, "Usage: %s start [repetitions] | load [megabytes] [2|3] | edit [edits]\n", argv[0]);
     return 2;
 }

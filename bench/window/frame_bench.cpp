@@ -95,11 +95,12 @@ static void bareQuads(benchmark::State& state)
 BENCHMARK(bareQuads)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(20);
 
 /// The median frame of a turn in 36 steps; the worst as a counter.
-static void turn(benchmark::State& state, GLenum blendMode)
+static void turn(benchmark::State& state, GLenum blendMode, Drawing drawing)
 {
     BenchWindow& window = benchWindow();
     window.show(256, 256, 64, static_cast<int>(state.range(0)));
     window.widget().setBlendMode(blendMode);
+    window.scene().settings.drawing = drawing;
     window.turn();
     double worst = 0;
     for (auto _ : state) {
@@ -108,21 +109,21 @@ static void turn(benchmark::State& state, GLenum blendMode)
         worst = std::max(worst, seconds.back());
     }
     state.counters["worst_ms"] = worst * 1000;
+    window.scene().settings.drawing = Drawing::Card;
     window.widget().setBlendMode(GL_FUNC_ADD);
     window.closeAll();
 }
-BENCHMARK_CAPTURE(turn, alpha, GL_FUNC_ADD)
-    ->Arg(1)
-    ->Arg(3)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond)
-    ->Iterations(3);
-BENCHMARK_CAPTURE(turn, maximum, GL_MAX)
-    ->Arg(1)
-    ->Arg(3)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond)
-    ->Iterations(3);
+#define TIRN_TURN(name, blendMode, drawing)                                                                  \
+    BENCHMARK_CAPTURE(turn, name, blendMode, drawing)                                                        \
+        ->Arg(1)                                                                                             \
+        ->Arg(3)                                                                                             \
+        ->UseManualTime()                                                                                    \
+        ->Unit(benchmark::kMillisecond)                                                                      \
+        ->Iterations(3)
+TIRN_TURN(alpha, GL_FUNC_ADD, Drawing::Card);
+TIRN_TURN(alphaOnProcessor, GL_FUNC_ADD, Drawing::Processor);
+TIRN_TURN(maximum, GL_MAX, Drawing::Card);
+TIRN_TURN(maximumOnProcessor, GL_MAX, Drawing::Processor);
 
 /// The first frame after a load: program, render list and picture.
 static void firstFrame(benchmark::State& state)

@@ -58,16 +58,8 @@ struct ProgressEvent : AppEvent<EventId::Progress>
 /// A stack is ready to be shown.
 struct StackLoadedEvent : AppEvent<EventId::StackLoaded>
 {
-    explicit StackLoadedEvent(LoadedStack stack)
-        : array(std::move(stack.array)), filesToLoad(std::move(stack.files)),
-          palettes(std::move(stack.palettes)), raw(stack.raw)
-    {}
-    std::unique_ptr<VoxelArray> array;
-    std::vector<QStringList> filesToLoad;
-    /// To be appended to the program's, since channels of the stack count on them.
-    PaletteList palettes;
-    /// How headerless files were read.
-    std::optional<RawLayout> raw;
+    explicit StackLoadedEvent(LoadedStack loaded) : stack(std::move(loaded)) {}
+    LoadedStack stack;
 };
 
 /// `count` key frames stand in the list now.

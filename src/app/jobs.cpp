@@ -1,5 +1,6 @@
 #include "app/jobs.h"
 
+#include <QEventLoop>
 #include <QFileInfo>
 #include <QStatusBar>
 
@@ -108,6 +109,51 @@ bool Jobs::run(StackId stack, const FilterJobParameters& parameters)
         return true;
     m_filterProgress->finish();
     return false;
+}
+
+std::vector<UnsavedThing> Jobs::unsavedStacks()
+{
+    // What was done and not undone stands below the index.
+    QUndoStack& undo = m_model.undoStack();
+    std::vector<UnsavedThing> things;
+    for (const auto& array : m_model.scene().arrays) {
+        QStringList edits;
+        for (int i = 0; i < undo.index(); ++i) {
+            const auto* command = dynamic_cast<const FilterCommand*>(undo.command(i));
+            if (command != nullptr && command->stack() == array->id())
+                edits.append(command->text());
+        }
+        if (!edits.isEmpty())
+            things.push_back({MainForm::tr("stack %1 (%2)").arg(array->name(), edits.join(", ")),
+                              [this, id = array->id()] { return writeAndWait(id); }});
+    }
+    return things;
+}
+
+/// With its progress in front. False where it was not written.
+bool Jobs::writeAndWait(StackId stack)
+{
+    const VoxelArray* array = m_model.scene().find(stack);
+    if (array == nullptr || !isFree())
+        return false;
+    std::optional<ExportJob> job =
+        askExport(*array, ExportMode::AllChanges, m_settings.stackPath, &m_mainForm);
+    if (!job)
+        return false;
+    QEventLoop loop;
+    bool isWritten = false;
+    const auto run = [job = std::move(*job)](const Progress& progress) {
+        return runExportJob(job, progress);
+    };
+    const auto finished = [&](const JobResult& result) {
+        isWritten = result.outcome == JobOutcome::Done;
+        if (result.outcome == JobOutcome::Failed)
+            waitForMessage(&m_mainForm, QMessageBox::Warning, "Export stack", result.error);
+        loop.quit();
+    };
+    if (runJob("Export stack", "Writing " + array->name(), run, finished))
+        loop.exec();
+    return isWritten;
 }
 
 bool Jobs::mayUndo(const QUndoCommand* command)

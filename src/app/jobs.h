@@ -34,6 +34,8 @@ public:
     void exportStack(ExportMode mode);
     /// Writes it.
     void write(ExportJob job);
+    /// Stacks that were filtered, flipped or inverted and not written since.
+    std::vector<UnsavedThing> unsavedStacks();
     /// False, with a note, where a command of the undo stack has to wait for what is at work.
     bool mayUndo(const QUndoCommand* command);
     /// Ends what is at work: a filter is cancelled, everything else comes to its end.
@@ -54,6 +56,7 @@ private:
     bool canStart();
     bool isFree();
     bool run(StackId stack, const FilterJobParameters& parameters);
+    bool writeAndWait(StackId stack);
     void keepForUndo(std::shared_ptr<AppliedEdit> applied);
     void runAgain(FilterCommand& command) override;
     void takeBack(StackId stack, std::shared_ptr<AppliedEdit> applied) override;

@@ -2,15 +2,25 @@
 
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QInputDialog>
 
 #include "base/log.h"
 #include "formats/names/filefilters.h"
 #include "palettes/palettefile.h"
 #include "scene/fitview.h"
+#include "scene/sceneedits.h"
 #include "ui/messages.h"
 #include "ui/open/stackopenform.h"
+#include "volume/meshfit.h"
 
 namespace tirn {
+
+namespace {
+
+/// More lines than these make a box that is too high for the screen.
+constexpr int kMostGaps = 10;
+
+} // namespace
 
 Loads::Loads(const LoadNeeds& needs, QObject& receiver) : m_needs(needs), m_named(needs.probes)
 {
@@ -75,11 +85,16 @@ void Loads::loadSorted(const QStringList& arguments)
         Q_EMIT m_needs.mainForm.loadSession(line.session);
         return;
     }
+    QStringList missing;
     for (const QString& name : line.missing)
-        showMessage(&m_needs.mainForm, QMessageBox::Warning, "File does not exist", "Cannot find " + name);
+        missing.append("Cannot find " + name);
+    if (!missing.isEmpty())
+        showMessage(&m_needs.mainForm, QMessageBox::Warning, "File does not exist", missing.join('\n'));
     for (const QString& name : line.unknown) {
         logDebug("I have no idea what this is! %s", qPrintable(name));
-        m_needs.mainForm.showNote("I have no idea what this is! " + name);
+        const QStringList reasons = m_named.known({name}).notes;
+        m_needs.mainForm.showNote("I have no idea what this is! " + name +
+                                  (reasons.isEmpty() ? QString() : ": " + reasons.join(", ")));
     }
     // Two arguments were once all that there could be: a stack and a palette.
     if (arguments.size() == 3 && line.palettes.size() == 1 && line.stacks.isEmpty() && line.missing.isEmpty())
@@ -168,6 +183,8 @@ void Loads::loadSegmentation(const QString& fileName)
         showMessage(&m_needs.mainForm, QMessageBox::Warning, "Load Error", "Failed to load " + fileName);
         return;
     }
+    if (!fitSegmentation(*mesh))
+        return;
     logDebug("Segmentation %s loaded.", qPrintable(fileName));
     m_needs.model.editLists(Change::Look, [&](Scene& scene) {
         // One surface is drawn: the newest.
@@ -185,13 +202,12 @@ SceneModel::Edit Loads::firstLook(const ImageAttributes& stack)
     const bool stretches =
         m_needs.settings.stretchOnOpen && stack.hasWords() && stack.realBitDepth() < stack.bitDepth;
     if (stretches)
-        m_needs.mainForm.showNote(MainForm::tr("Stretched to the %1 of %2 bits that are used. \"Edit > "
-                                               "Stretch to used bits\" shows the whole range.")
+        m_needs.mainForm.showNote(MainForm::tr("Stretched: %1 of %2 bits used (Edit menu)")
                                       .arg(stack.realBitDepth())
                                       .arg(stack.bitDepth));
     return [=](Scene& scene) {
         if (isFirst)
-            freshView(scene);
+            resetView(scene);
         if (fits)
             fitView(scene);
         if (stretches)
@@ -199,17 +215,47 @@ SceneModel::Edit Loads::firstLook(const ImageAttributes& stack)
     };
 }
 
+/// Asks how a surface lies in the current volume; false when the user leaves it. Without a volume its
+/// coordinates are drawing units.
+bool Loads::fitSegmentation(Segmentation& mesh)
+{
+    const VoxelArray* array = m_needs.model.scene().current();
+    if (array == nullptr)
+        return true;
+    const std::optional<std::array<double, 3>> voxelSize = drawnVoxelSize(array->stack(), array->sliceStep);
+    QStringList fits = {"volume", "voxels"};
+    if (voxelSize)
+        fits.append("microns");
+    bool chosen = false;
+    const QString fit = QInputDialog::getItem(&m_needs.mainForm, "Load Segmentation",
+                                              "Fit the surface to the stack's", fits, 0, false, &chosen);
+    if (!chosen)
+        return false;
+    constexpr MeshFit kFits[] = {MeshFit::Volume, MeshFit::Voxels, MeshFit::Microns};
+    fitMesh(mesh, kFits[fits.indexOf(fit)], array->geometry(),
+            voxelSize.value_or(std::array<double, 3>{1, 1, 1}));
+    return true;
+}
+
 void Loads::handle(StackLoadedEvent& event)
 {
     logDebug("Made it to stack Loaded!!!");
+    LoadedStack& stack = event.stack;
     RecentStack recent;
-    recent.channels = event.array->channelCount();
-    recent.timePoints = event.array->timePointCount();
-    recent.files = std::move(event.filesToLoad);
-    recent.raw = event.raw;
-    const SceneModel::Edit look = firstLook(event.array->stack());
-    m_needs.stacks.add(std::move(event.array), std::move(event.palettes), look);
+    recent.channels = stack.array->channelCount();
+    recent.timePoints = stack.array->timePointCount();
+    recent.files = std::move(stack.files);
+    recent.raw = stack.raw;
+    // Nobody has to save what nobody made.
+    for (const auto& palette : stack.palettes)
+        palette->setModified(false);
+    const SceneModel::Edit look = firstLook(stack.array->stack());
+    m_needs.stacks.add(std::move(stack.array), std::move(stack.palettes), look);
     m_needs.mainForm.addRecentStack(recent);
+    if (!stack.gaps.isEmpty())
+        showMessage(&m_needs.mainForm, QMessageBox::Warning, "File load error",
+                    MainForm::tr("Some of the stack is missing, and shown as black.\n") +
+                        stack.gaps.mid(0, kMostGaps).join('\n'));
 }
 
 void Loads::handle(const ProgressEvent& event)

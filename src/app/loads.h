@@ -40,10 +40,9 @@ public:
 
     bool startLoad(LoadDescription load) override;
     void chooseStack() override;
+    void loadPalettes(const QStringList& names) override;
     /// Sorts the arguments once it is known which files are stacks.
     void loadFromCommandLine(const QStringList& arguments);
-    /// Appends the palettes of files; a box tells of those that cannot be read.
-    void loadPalettes(const QStringList& names);
     /// Loads headerless files as they were loaded before.
     void loadRecentRaw(const RecentStack& stack);
     /// Asks for the file of a surface.
@@ -61,6 +60,7 @@ public:
 private:
     VolumeOptions volumeOptions() const;
     PaletteList readPalettes(const QStringList& names);
+    bool fitSegmentation(Segmentation& mesh);
     void loadSorted(const QStringList& arguments);
     void loadNamed(const CommandLine& line);
     SceneModel::Edit firstLook(const ImageAttributes& stack);

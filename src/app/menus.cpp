@@ -3,6 +3,7 @@
 #include <QMenu>
 
 #include "scene/fitview.h"
+#include "scene/sceneedits.h"
 
 namespace tirn {
 
@@ -32,6 +33,21 @@ constexpr ExportAction kExportActions[] = {
     {"fileSaveCoreAction", ExportMode::Core},
     {"fileSaveZAction", ExportMode::ZCorrected},
     {"fileSaveAllAction", ExportMode::AllChanges},
+};
+
+/// Actions that a form brings along, by the name that they have there.
+struct FormAction
+{
+    const char* action;
+    FormId form;
+    const char* there;
+};
+
+constexpr FormAction kFormActions[] = {
+    {"paletteOpenAction", FormId::Palette, "palLoadAction"},
+    {"paletteNewAction", FormId::Palette, "palNew8Action"},
+    {"paletteSaveAction", FormId::Palette, "palSaveAction"},
+    {"closePaletteAction", FormId::Palette, "palCloseAction"},
 };
 
 struct SideAction
@@ -180,7 +196,7 @@ void connectActions(const MenuTargets& targets)
     };
     onView("fitViewAction", fitView);
     onView("resetViewAction", [settings = &targets.settings](Scene& scene) {
-        freshView(scene);
+        resetView(scene);
         if (settings->fitOnOpen)
             fitView(scene);
     });
@@ -194,6 +210,12 @@ void connectActions(const MenuTargets& targets)
     }
     for (const ExportAction& each : kExportActions)
         on(each.action, [jobs = &targets.jobs, each] { jobs->exportStack(each.mode); });
+    for (const FormAction& each : kFormActions)
+        on(each.action, [forms = &targets.forms, each] {
+            const ToolForm* there = forms->form(each.form);
+            if (const ToolForm* form = there != nullptr ? there : forms->create(each.form, false))
+                form->findChild<QAction*>(each.there)->trigger();
+        });
     connectForms(targets);
 }
 

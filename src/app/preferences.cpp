@@ -14,6 +14,7 @@ void Preferences::use(const Settings& settings)
     m_settings = settings;
     m_model.edit(Change::Settings | Change::Look, [&](Scene& scene) {
         scene.settings.flashRate = settings.flashRate;
+        scene.settings.drawing = static_cast<Drawing>(settings.drawing);
         scene.settings.texLimit2D = settings.texLimit2D;
         scene.settings.texLimit3D = settings.texLimit3D;
         scene.settings.moveAlongScreen = settings.moveAlongScreen;
@@ -23,10 +24,11 @@ void Preferences::use(const Settings& settings)
 
 QString Preferences::keep(const Settings& chosen)
 {
-    // The directories moved on while the form was open.
+    // These moved on while the form was open.
     Settings settings = chosen;
     settings.stackPath = m_settings.stackPath;
     settings.palettePath = m_settings.palettePath;
+    settings.rotationMode = m_settings.rotationMode;
     use(settings);
     writePreferences(chosen, *m_store);
     m_store->sync();

@@ -2,6 +2,7 @@
 
 #include "base/log.h"
 #include "base/stopwatch.h"
+#include "scene/paletteedits.h"
 #include "scene/sceneedits.h"
 
 namespace tirn {
@@ -27,6 +28,16 @@ void StackList::addPalettes(PaletteList palettes)
         for (auto& palette : palettes)
             scene.palettes.push_back(std::move(palette));
     });
+}
+
+void StackList::closePalette(int index)
+{
+    if (userOfPalette(m_model.scene(), index))
+        return;
+    m_model.editLists(Change::Palettes | Change::Channels,
+                      [index](Scene& scene) { removePalette(scene, index); });
+    // What could be taken back names palettes by their old places.
+    m_model.undoStack().clear();
 }
 
 void StackList::add(std::unique_ptr<VoxelArray> array, PaletteList palettes, const SceneModel::Edit& look)

@@ -2,13 +2,12 @@
 
 #include <memory>
 
-#include "palettes/palettelist.h"
 #include "ui/formservices.h"
 
 namespace tirn {
 
 /// The list of loaded volumes and its palettes: how they come, become current and go.
-class StackList : public QObject, public StackService
+class StackList : public QObject, public StackService, public PaletteService
 {
     Q_OBJECT
 
@@ -22,7 +21,6 @@ public:
     /// Files a loaded volume with the palettes that came with it, makes it current and shows it: `look` is
     /// how.
     void add(std::unique_ptr<VoxelArray> array, PaletteList palettes, const SceneModel::Edit& look = {});
-    void addPalettes(PaletteList palettes);
     /// False when there is none of this index; with no volumes at all whether the index is -1.
     bool setCurrent(int index);
     /// -1 means the current one.
@@ -32,6 +30,9 @@ public:
 
     bool makeCurrent(StackId id) override { return setCurrent(m_model.scene().indexOf(id)); }
     void closeStack(StackId id) override;
+    PaletteTables* tables() override { return m_tables; }
+    void addPalettes(PaletteList palettes) override;
+    void closePalette(int index) override;
 
 Q_SIGNALS:
     void currentArrayChanged();

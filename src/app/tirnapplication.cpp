@@ -4,7 +4,6 @@
 
 #include <QScreen>
 
-#include "app/inputcolours.h"
 #include "app/menus.h"
 #include "base/log.h"
 #include "ui/formplaces.h"
@@ -27,18 +26,8 @@ TirnApplication::TirnApplication(int& argc, char** argv)
 {
     setOrganizationName("Tirn");
     setApplicationName("Tirn2");
-    colourInputs();
     connect(&m_stacks, &StackList::currentArrayChanged, this, &TirnApplication::currentArrayChanged);
     connect(&m_stacks, &StackList::stackClosed, this, &TirnApplication::stackClosed);
-}
-
-bool TirnApplication::event(QEvent* event)
-{
-    const bool handled = QApplication::event(event);
-    if (event->type() == QEvent::ApplicationPaletteChange)
-        // The toolkit forgets colours of classes after it has told of the change.
-        QMetaObject::invokeMethod(this, &colourInputs, Qt::QueuedConnection);
-    return handled;
 }
 
 TirnApplication::~TirnApplication()
@@ -49,8 +38,7 @@ TirnApplication::~TirnApplication()
         m_stage->stopDrawing();
     // Events still on their way may hold a volume, which must go while the card is there.
     removePostedEvents(this);
-    m_ruler.reset();
-    m_readout.reset();
+    m_pointing.reset();
     m_jobs.reset();
     m_forms.reset();
     m_mainForm.reset();
@@ -82,7 +70,8 @@ bool TirnApplication::initializeGl()
     m_mainForm->adjustSize();
     m_mainForm->move(firstWindowPosition(primaryScreen()->size(), currentWidget()->minimumWidth()));
     m_mainForm->show();
-    currentWidget()->setMinimumSize(kLeastWidgetSide, kLeastWidgetSide);
+    for (TirnWidget* widget : windows().widgets())
+        widget->setMinimumSize(kLeastWidgetSide, kLeastWidgetSide);
     currentWidget()->setFocus();
     currentWidget()->requestFrame();
     createForms();
@@ -98,40 +87,30 @@ void TirnApplication::createServices()
         LoadNeeds{m_model, m_stacks, *m_mainForm, settings, m_probes, *m_stage, form}, *this);
     m_jobs = std::make_unique<Jobs>(m_model, *m_mainForm, settings, *m_stage, *this);
     m_pictures = std::make_unique<Pictures>(m_model, *m_stage, settings);
-    m_readout = std::make_unique<VoxelReadout>(
-        m_model, [this] { return m_jobs->isBusy(); },
-        [this](const QString& text) { m_mainForm->showPointed(text); });
-    m_ruler = std::make_unique<RulerTool>(m_model, *m_readout,
-                                          [this](const QString& text) { m_mainForm->showNote(text); });
     const auto keep = [this](const Settings& chosen) {
         const QString error = m_preferences.keep(chosen);
         if (!error.isEmpty())
             showMessage(m_mainForm.get(), QMessageBox::Warning, "Preferences", error);
     };
-    m_forms = std::make_unique<FormTable>(*m_mainForm,
-                                          FormServices{m_model, *m_loads, m_stacks, *m_jobs, *m_pictures,
-                                                       m_probes, settings, card(), keep, form});
+    m_forms = std::make_unique<FormTable>(
+        *m_mainForm,
+        FormServices{m_model, *m_loads, m_stacks, m_stacks, *m_jobs, *m_pictures, windows(), m_probes,
+                     settings, card(), keep, form, [this](const QString& page) { help(page); }});
 }
 
 void TirnApplication::connectWidgets()
 {
-    TirnWidget* widget = currentWidget();
     MainForm* form = m_mainForm.get();
     connect(form, &MainForm::loadRecentPalette, m_loads.get(), &Loads::loadPalettes);
     connect(form, &MainForm::loadRecentRaw, m_loads.get(), &Loads::loadRecentRaw);
     connect(form, &MainForm::savePalette, this,
             [this](Palette* palette) { savePalette(*palette, m_preferences.settings(), m_mainForm.get()); });
     connect(form, &MainForm::loadSession, this, &TirnApplication::loadSession);
-    connect(widget, &TirnWidget::scaleChanged, this, &TirnApplication::scaleChanged);
-    connect(widget, &TirnWidget::arrayRequested, &m_stacks, &StackList::setCurrent);
-    connect(widget, &TirnWidget::helpRequested, this, qOverload<const QString&>(&TirnApplication::help));
-    connect(widget, &TirnWidget::quitRequested, form, &MainForm::close);
-    connectPointing(*widget);
-    connect(form->action("rulerAction"), &QAction::toggled, m_ruler.get(), &RulerTool::setOn);
     form->setCloseHandler([this] {
         m_stage->stopDrawing();
         return m_jobs->mayClose();
     });
+    form->setUnsavedStacks([this] { return m_jobs->unsavedStacks(); });
     form->setUndoGate([this](const QUndoCommand* command) { return m_jobs->mayUndo(command); });
     form->setMinimisedHandler([this](bool minimised) {
         if (minimised)
@@ -139,31 +118,20 @@ void TirnApplication::connectWidgets()
         else
             currentWidget()->requestFrame();
     });
-    const MenuTargets targets{*form,
-                              m_model,
-                              m_stacks,
-                              *m_loads,
-                              *m_jobs,
-                              *m_pictures,
-                              *m_forms,
-                              m_preferences.settings(),
-                              [this](const QString& page) { help(page); }};
+    m_pointing = std::make_unique<PointingTools>(m_model, *form, [this] { return m_jobs->isBusy(); });
+    const Settings& settings = m_preferences.settings();
+    const MenuTargets targets{*form,    m_model,  m_stacks,
+                              *m_loads, *m_jobs,  *m_pictures,
+                              *m_forms, settings, [this](const QString& page) { help(page); }};
     connectActions(targets);
-    fillContextMenu(widget->contextMenu(), targets);
-}
-
-/// What the mouse does in the picture besides turning it.
-void TirnApplication::connectPointing(TirnWidget& widget)
-{
-    const auto connectPlace = [&widget](auto signal, auto* receiver, auto slot) {
-        connect(&widget, signal, receiver, [&widget, receiver, slot](QPointF pixel) {
-            (receiver->*slot)(pixel, widget.surface().size());
-        });
-    };
-    connectPlace(&TirnWidget::hovered, m_readout.get(), &VoxelReadout::follow);
-    connectPlace(&TirnWidget::clicked, m_ruler.get(), &RulerTool::click);
-    connect(&widget, &TirnWidget::hoverEnded, m_readout.get(), &VoxelReadout::clear);
-    connect(&widget, &TirnWidget::measuringEnded, m_ruler.get(), [this] { m_ruler->setOn(false); });
+    for (TirnWidget* widget : windows().widgets()) {
+        connect(widget, &TirnWidget::scaleChanged, this, &TirnApplication::scaleChanged);
+        connect(widget, &TirnWidget::arrayRequested, &m_stacks, &StackList::setCurrent);
+        connect(widget, &TirnWidget::helpRequested, this, qOverload<const QString&>(&TirnApplication::help));
+        connect(widget, &TirnWidget::quitRequested, form, &MainForm::close);
+        m_pointing->follow(*widget);
+        fillContextMenu(widget->contextMenu(), targets);
+    }
 }
 
 void TirnApplication::createForms()
@@ -180,6 +148,8 @@ void TirnApplication::createForms()
 void TirnApplication::start()
 {
     m_preferences.read({card().maxTexture2D, card().maxTexture3D});
+    // A bar of round length is what users expect of a window.
+    m_model.edit(Change::Look, [](Scene& scene) { scene.view.roundScaleBar = true; });
     if (m_preferences.settings().blending == 1)
         currentWidget()->setBlendMode(GL_MAX);
     PaletteList favorites;

@@ -7,9 +7,9 @@
 #include "app/jobs.h"
 #include "app/loads.h"
 #include "app/pictures.h"
+#include "app/pointing.h"
 #include "app/preferences.h"
 #include "app/rendereventposter.h"
-#include "app/rulertool.h"
 #include "app/stacklist.h"
 #include "app/windowstage.h"
 #include "threads/probes.h"
@@ -46,6 +46,7 @@ public:
     Loads& loads() { return *m_loads; }
     Jobs& jobs() { return *m_jobs; }
     Pictures& pictures() { return *m_pictures; }
+    RenderWindows& windows() { return m_stage->windows(); }
     const GlCapabilities& card() const { return m_stage->card(); }
     const Settings& preferences() { return m_preferences.settings(); }
     Probes& probes() { return m_probes; }
@@ -77,14 +78,12 @@ Q_SIGNALS:
     void stackClosed();
 
 protected:
-    bool event(QEvent* event) override;
     void customEvent(QEvent* event) override;
 
 private:
     void createServices();
     void createForms();
     void connectWidgets();
-    void connectPointing(TirnWidget& widget);
     void start();
     /// Ends what is at work on volumes.
     void finishJobs();
@@ -100,8 +99,7 @@ private:
     std::unique_ptr<Loads> m_loads;
     std::unique_ptr<Jobs> m_jobs;
     std::unique_ptr<Pictures> m_pictures;
-    std::unique_ptr<VoxelReadout> m_readout;
-    std::unique_ptr<RulerTool> m_ruler;
+    std::unique_ptr<PointingTools> m_pointing;
     std::unique_ptr<FormTable> m_forms;
 };
 

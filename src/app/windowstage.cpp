@@ -49,22 +49,19 @@ QStackedWidget* WindowStage::createWidgets(RenderEvents& events, QWidget* parent
 {
     const WidgetServices services{m_card, m_model, *m_shaders, m_renderLock, events, *m_hidden};
     auto stack = std::make_unique<QStackedWidget>(parent);
-    m_regularWidget = new TirnWidget("regular", services, false, stack.get());
-    if (!m_regularWidget->surface().isValid())
+    auto* regular = new TirnWidget("regular", services, false, stack.get());
+    if (!regular->surface().isValid())
         return nullptr;
     TirnWidget* stereo = nullptr;
     if (m_glInfo->hasStereo())
         stereo = makeStereoWidget(services, stack.get());
     else
         logDebug("Stereo not supported");
-    logDebug(m_regularWidget->surface().isSharing() ? "yay sharing working" : "Boo no sharing");
+    logDebug(regular->surface().isSharing() ? "yay sharing working" : "Boo no sharing");
     logDebug("Paletted textures %s", m_card.hasPalettedTexture ? "supported" : "not supported");
     logDebug("ARB non power of 2 textures %s", m_glInfo->hasNonPowerOfTwo() ? "supported" : "not supported");
-    stack->addWidget(m_regularWidget);
-    if (stereo != nullptr)
-        stack->addWidget(stereo);
-    m_stereoWidget = stereo != nullptr ? stereo : m_regularWidget.data();
-    m_currentWidget = m_regularWidget;
+    m_windows = std::make_unique<RenderWindows>(m_model, *stack, *regular,
+                                                stereo != nullptr ? *stereo : *regular, m_currentWidget);
     m_currentWidget->setMinimumSize(kFirstWindowSide, kFirstWindowSide);
     m_paletteTables = std::make_unique<GlPaletteTables>(threadKind(), m_hidden.get());
     m_curveTextures = std::make_unique<GlCurveTextures>(m_hidden.get());

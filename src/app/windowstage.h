@@ -5,6 +5,7 @@
 #include <QPointer>
 #include <QStackedWidget>
 
+#include "app/renderwindows.h"
 #include "gl/gltables.h"
 #include "render/tirnwidget.h"
 
@@ -25,6 +26,7 @@ public:
     QStackedWidget* createWidgets(RenderEvents& events, QWidget* parent);
     /// The widget in use, null while there is none.
     const QPointer<TirnWidget>& currentWidget() const { return m_currentWidget; }
+    RenderWindows& windows() { return *m_windows; }
     /// Ends drawing for as long as somebody changes what is there to draw.
     void stopDrawing();
     void makeCurrent() { m_hidden->makeCurrent(); }
@@ -49,10 +51,8 @@ private:
     std::unique_ptr<Shaders> m_shaders;
     std::unique_ptr<GlPaletteTables> m_paletteTables;
     std::unique_ptr<GlCurveTextures> m_curveTextures;
-    /// The stereo widget is the regular one where there is no stereo.
-    QPointer<TirnWidget> m_regularWidget;
-    QPointer<TirnWidget> m_stereoWidget;
     QPointer<TirnWidget> m_currentWidget;
+    std::unique_ptr<RenderWindows> m_windows;
 };
 
 } // namespace tirn

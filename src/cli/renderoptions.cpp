@@ -226,6 +226,11 @@ QColor colorOption(const QString& option, const QString& text)
 void addRenderOptions(QCommandLineParser& parser)
 {
     parser.addOption({"size", "Width and height in pixels (default 512x512).", "WxH"});
+    parser.addOption(
+        {"draw",
+         "Who draws the volume: the graphics card, the processor, or the processor where there is "
+         "no card (default auto).",
+         "auto|gpu|cpu"});
     parser.addOption({"target", "Slices in 2D textures, or 3D ones (default 2d).", "2d|3d"});
     parser.addOption({"blend", "Alpha blending or the maximum (default alpha).", "alpha|max"});
     parser.addOption({"rotate", "Angles about the axes in degrees (default 0,0,0).", "X,Y,Z"});
@@ -269,6 +274,8 @@ RenderOptions renderOptions(const QCommandLineParser& parser, bool maySeeThrough
     ViewState& view = options.view;
     if (parser.isSet("size"))
         options.size = sizeOption("size", parser.value("size"));
+    options.drawing = wordOption<Drawing>(
+        parser, "draw", {{"auto", Drawing::Automatic}, {"gpu", Drawing::Card}, {"cpu", Drawing::Processor}});
     options.target = wordOption<GLenum>(parser, "target", {{"2d", GL_TEXTURE_2D}, {"3d", GL_TEXTURE_3D}});
     view.blendMode = wordOption<GLenum>(parser, "blend", {{"alpha", GL_FUNC_ADD}, {"max", GL_MAX}});
     if (parser.isSet("rotate")) {
@@ -326,6 +333,7 @@ std::unique_ptr<OffscreenStage> makeStage(const std::vector<QStringList>& timePo
     std::unique_ptr<OffscreenStage> stage = OffscreenStage::withoutDisplay(error);
     if (stage == nullptr)
         throw FileError(timePoints.front().first(), "cannot be drawn: " + error);
+    stage->scene.settings.drawing = options.drawing;
     stage->scene.view = options.view;
     stage->scene.view.autoBitDepth = options.stretch;
     stage->scene.view.drawFileLabel = !options.watermark.isEmpty();

@@ -17,6 +17,7 @@ namespace tirn {
 struct RenderOptions
 {
     QSize size = {512, 512};
+    Drawing drawing = Drawing::Automatic;
     GLenum target = GL_TEXTURE_2D;
     /// View and overlays; scale and cut box belong to the volume.
     ViewState view;

@@ -88,6 +88,12 @@ QString GlInfo::rendererName()
     return QString::fromLatin1(name != nullptr ? name : "unknown");
 }
 
+/// Part of every driver since OpenGL 1.4, which need not name it any more.
+bool GlInfo::hasMaximumBlending()
+{
+    return hasExtension("GL_EXT_blend_minmax") || firstMissing("GL_VERSION_1_4").isEmpty();
+}
+
 GlCapabilities GlInfo::readCapabilities()
 {
     GlCapabilities card;
@@ -105,6 +111,7 @@ GlCapabilities GlInfo::readCapabilities()
     card.maxTexture3D = maxTexture3D();
     logDebug("Max 3D Texture size: %d", card.maxTexture3D);
     card.renderer = rendererName();
+    card.hasMaximumBlending = hasMaximumBlending();
     logDebug(hasNonPowerOfTwo() ? "ARB_texture_non_power_of_two supported"
                                 : "ARB_texture_non_power_of_two NOT supported");
     return card;

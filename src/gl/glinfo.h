@@ -28,6 +28,8 @@ struct GlCapabilities
     int maxTexture3D = 0;
     /// The driver's name for the card.
     QString renderer;
+    /// Whether the brightest of what lies behind each other can be shown.
+    bool hasMaximumBlending = false;
 
     /// True when palettes can be edited in real time.
     bool canEditPalettes() const { return hasPalettedTexture || (hasFragmentProgram && hasMultitexture); }
@@ -54,6 +56,7 @@ public:
     bool hasAtiFragmentShader() { return hasExtension("GL_ATI_fragment_shader"); }
     /// Off-screen buffers stand on frame buffer objects.
     bool hasPBuffer();
+    bool hasMaximumBlending();
     /// The driver's name for the card.
     QString rendererName();
     /// The window system's quad-buffer stereo.

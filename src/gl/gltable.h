@@ -62,6 +62,7 @@ namespace tirn {
     X(void, GenRenderbuffers, (GLsizei count, GLuint* buffers), (count, buffers))                                      \
     X(void, GenTextures, (GLsizei count, GLuint* textures), (count, textures))                                         \
     X(void, GetBooleanv, (GLenum name, GLboolean* values), (name, values))                                             \
+    X(void, GetDoublev, (GLenum name, GLdouble* values), (name, values))                                               \
     X(GLenum, GetError, (), ())                                                                                        \
     X(void, GetIntegerv, (GLenum name, GLint* values), (name, values))                                                 \
     X(void, GetProgramivARB, (GLenum target, GLenum name, GLint* values), (target, name, values))                      \

@@ -53,6 +53,7 @@ Palette::Palette(const QString& name, int depth, PaletteTables* tables) : m_name
     resize(depth);
     fillIdentity();
     upload();
+    m_kept = values();
 }
 
 Palette::Palette(const std::vector<PaletteEntry>& entries, int components, const QString& name,
@@ -76,6 +77,7 @@ Palette::Palette(const std::vector<PaletteEntry>& entries, int components, const
         fillIdentity();
     }
     upload();
+    m_kept = values();
 }
 
 Palette::Palette(const QColor& color, int depth, PaletteTables* tables) : m_tables(tables)
@@ -84,6 +86,7 @@ Palette::Palette(const QColor& color, int depth, PaletteTables* tables) : m_tabl
     resize(depth);
     ramp(color);
     upload();
+    m_kept = values();
 }
 
 Palette::Palette(const Palette& other)
@@ -115,6 +118,13 @@ void Palette::takeUntitledName()
 {
     m_name = QStringLiteral("Untitled %1").arg(untitledPalettes++);
     m_modified = true;
+}
+
+void Palette::setModified(bool modified)
+{
+    m_modified = modified;
+    if (!modified)
+        m_kept = values();
 }
 
 QString Palette::fullPath() const { return QDir(m_path).absoluteFilePath(m_name); }
@@ -201,7 +211,7 @@ void Palette::setValues(const PaletteValues& values)
 
 void Palette::pushUndo()
 {
-    m_undo.push_back(values());
+    m_undo.push_back({values(), m_spread});
     m_redo.clear();
 }
 
@@ -209,19 +219,35 @@ void Palette::undo() { restore(m_undo, m_redo); }
 
 void Palette::redo() { restore(m_redo, m_undo); }
 
-void Palette::restore(std::vector<PaletteValues>& from, std::vector<PaletteValues>& to)
+void Palette::restore(std::vector<HistoryEntry>& from, std::vector<HistoryEntry>& to)
 {
     if (from.empty())
         return;
-    to.push_back(values());
-    const PaletteValues restored = std::move(from.back());
+    to.push_back({values(), m_spread});
+    const HistoryEntry restored = std::move(from.back());
     from.pop_back();
-    m_arrays[Red] = restored.red;
-    m_arrays[Green] = restored.green;
-    m_arrays[Blue] = restored.blue;
-    m_arrays[Alpha] = restored.alpha;
+    m_arrays[Red] = restored.values.red;
+    m_arrays[Green] = restored.values.green;
+    m_arrays[Blue] = restored.values.blue;
+    m_arrays[Alpha] = restored.values.alpha;
+    m_spread = restored.spread;
+    m_overflow.fill({});
     updateAllHsv();
     upload();
+}
+
+PaletteLevels Palette::levels() const { return isSpread() ? m_spread.levels : wholeRange(size()); }
+
+void Palette::setLevels(const PaletteLevels& levels)
+{
+    const std::shared_ptr<const PaletteValues> base =
+        isSpread() ? m_spread.base : std::make_shared<const PaletteValues>(values());
+    m_arrays[Red] = spread(base->red, levels);
+    m_arrays[Green] = spread(base->green, levels);
+    m_arrays[Blue] = spread(base->blue, levels);
+    m_arrays[Alpha] = spread(base->alpha, levels);
+    m_spread = {levels, base, std::make_shared<const PaletteValues>(values())};
+    updateAllHsv();
 }
 
 void Palette::fillIdentity()
@@ -357,8 +383,9 @@ std::array<int, 4> Palette::fileValues(int index) const
 
 void Palette::upload()
 {
+    m_drawnBytes = std::make_shared<const std::vector<std::uint8_t>>(rgbaBytes());
     if (m_tables != nullptr)
-        m_glHandle = m_tables->upload(m_glHandle, rgbaBytes());
+        m_glHandle = m_tables->upload(m_glHandle, *m_drawnBytes);
 }
 
 } // namespace tirn

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include <QColor>
@@ -10,6 +11,7 @@
 
 #include "image/statistics/stackstats.h"
 #include "palettes/paletteentry.h"
+#include "palettes/palettelevels.h"
 #include "palettes/palettetables.h"
 #include "palettes/palettevalues.h"
 
@@ -80,7 +82,10 @@ public:
     /// The number of entries.
     int size() const { return static_cast<int>(m_arrays[Red].size()); }
     bool modified() const { return m_modified; }
-    void setModified(bool modified) { m_modified = modified; }
+    /// What it looks like when it is said not to be modified is what it is compared with from then on.
+    void setModified(bool modified);
+    /// Its colours are others than those that it was loaded, saved or made for a stack with.
+    bool isUnsaved() const { return !(values() == m_kept); }
     /// The display list or 1D texture of the table, 0 until first uploaded.
     unsigned glHandle() const { return m_glHandle; }
 
@@ -140,9 +145,17 @@ public:
     /// the mode, kind 2 all below twice the mode, any other kind nothing.
     void equalize(int kind, const StackStats& stats);
 
+    /// Spreads the colours and opacities that the palette had before its levels were first set between black
+    /// and white, whatever the flags. Any other edit since then makes the table of now the one that is
+    /// spread.
+    void setLevels(const PaletteLevels& levels);
+    /// What was set, as long as the table is still that; otherwise the whole range.
+    PaletteLevels levels() const;
+
     /// Remembers red, green, blue and alpha, and forgets what was undone.
     void pushUndo();
-    /// Does nothing without something to undo.
+    /// Does nothing without something to undo. What shifts have pushed beyond the ends is forgotten, since it
+    /// belongs to the table that goes; so does `redo`.
     void undo();
     void redo();
     bool hasUndo() const { return !m_undo.empty(); }
@@ -152,8 +165,11 @@ public:
     std::vector<std::uint8_t> rgbaBytes() const;
     /// Red, green, blue and alpha at `index` as whole numbers in 0..255, the way files hold them.
     std::array<int, 4> fileValues(int index) const;
-    /// Puts the table on the card. Throws the GL error code as an int.
+    /// Makes the table the one that is drawn with, and puts it on the card. Throws the GL error code as an
+    /// int.
     void upload();
+    /// What `rgbaBytes` gave at the last upload; null before the first one.
+    const std::shared_ptr<const std::vector<std::uint8_t>>& drawnBytes() const { return m_drawnBytes; }
 
 private:
     enum Component { Red, Green, Blue, Alpha, Hue, Saturation, Value, ComponentCount };
@@ -163,6 +179,18 @@ private:
     {
         std::vector<double> left;
         std::vector<double> right;
+    };
+    /// The levels, the table that they spread, and what they made of it.
+    struct SpreadTable
+    {
+        PaletteLevels levels;
+        std::shared_ptr<const PaletteValues> base;
+        std::shared_ptr<const PaletteValues> result;
+    };
+    struct HistoryEntry
+    {
+        PaletteValues values;
+        SpreadTable spread;
     };
 
     void resize(int depth);
@@ -184,21 +212,25 @@ private:
     void fillRgb(const std::function<double(int)>& valueAt);
     void fillHsv(const std::function<double(int)>& valueAt);
     void fill(const Components& flagged, const std::function<double(int)>& valueAt);
-    void restore(std::vector<PaletteValues>& from, std::vector<PaletteValues>& to);
+    void restore(std::vector<HistoryEntry>& from, std::vector<HistoryEntry>& to);
+    bool isSpread() const { return m_spread.result != nullptr && *m_spread.result == values(); }
 
     QString m_name;
     QString m_path;
     int m_depth = 0;
     bool m_modified = false;
+    PaletteValues m_kept;
     unsigned m_glHandle = 0;
     PaletteEditFlags m_editFlags;
     PaletteCurve m_rgbCurve;
     PaletteCurve m_hsvCurve;
     std::array<std::vector<double>, ComponentCount> m_arrays;
     std::array<Overflow, ComponentCount> m_overflow;
-    std::vector<PaletteValues> m_undo;
-    std::vector<PaletteValues> m_redo;
+    SpreadTable m_spread;
+    std::vector<HistoryEntry> m_undo;
+    std::vector<HistoryEntry> m_redo;
     PaletteTables* m_tables;
+    std::shared_ptr<const std::vector<std::uint8_t>> m_drawnBytes;
 };
 
 } // namespace tirn

@@ -25,6 +25,8 @@ constexpr int metaMorphSize = 1024;
 constexpr int metaMorphHeader = 128;
 constexpr int byteEntries = 256;
 constexpr qint64 textLimit = 0x100000;
+/// For what has no limit of its own: no palette is as long, and some devices have no end.
+constexpr qint64 amiraLimit = qint64{64} << 20;
 /// Longer lines are comments: no number needs them.
 constexpr qint64 longestLine = 0x10000;
 
@@ -34,7 +36,7 @@ struct TextFormat
     const QRegularExpression& pattern;
     PaletteEntry (*entryOf)(const Match& match);
     std::vector<std::size_t> counts;
-    /// Characters of line text after which reading stops, 0 for no limit.
+    /// Characters of line text after which reading stops.
     qint64 limit;
     void (*reportMatches)(int matches);
 };
@@ -77,7 +79,7 @@ TextFormat amiraFormat()
     static const QRegularExpression pattern(
         R"(^\s*-?(\d++\.?+\d*+(?:e-\d++)?+)\s+-?(\d++\.?+\d*+(?:e-\d++)?+)\s+)"
         R"(-?(\d++\.?+\d*+(?:e-\d++)?+)\s+-?(\d++\.?+\d*+(?:e-\d++)?+)\s*$)");
-    return {pattern, amiraEntry, {256}, 0, reportOther};
+    return {pattern, amiraEntry, {256}, amiraLimit, reportOther};
 }
 
 /// A line without its end, cut where it is longer than any entry, and the characters that it took.
@@ -87,11 +89,11 @@ struct Line
     qint64 length;
 };
 
-Line readLine(QFile& file)
+Line readLine(QFile& file, qint64 limit)
 {
     QByteArray bytes = file.readLine(longestLine + 1);
     qint64 length = bytes.size();
-    for (QByteArray rest = bytes; !rest.endsWith('\n') && !file.atEnd();) {
+    for (QByteArray rest = bytes; !rest.endsWith('\n') && !file.atEnd() && length < limit;) {
         rest = file.readLine(longestLine);
         length += rest.size();
     }
@@ -107,8 +109,8 @@ std::optional<std::vector<PaletteEntry>> readText(QFile& file, const TextFormat&
 {
     std::vector<PaletteEntry> entries;
     qint64 consumed = 0;
-    while (!file.atEnd() && (format.limit == 0 || consumed < format.limit)) {
-        const Line line = readLine(file);
+    while (!file.atEnd() && consumed < format.limit) {
+        const Line line = readLine(file, format.limit);
         const bool tooLong = line.length > longestLine;
         consumed += tooLong ? line.length : line.text.size();
         const Match match = tooLong ? Match() : format.pattern.match(line.text);

@@ -122,8 +122,7 @@ GLThread::Next GLThread::nextStep(Outcome outcome)
         }
     }
     if (wait == 0) {
-        // Any driver but NVIDIA's would otherwise be kept too busy to serve others.
-        if (m_host.kind == RenderThreadKind::FragmentProgram)
+        if (restsBetweenFrames())
             QThread::msleep(10);
         return Next::Draw;
     }
@@ -148,6 +147,9 @@ GLThread::Next GLThread::sleepUntilChange(int milliseconds)
     m_host.renderLock.lock();
     return next;
 }
+
+/// Any driver but NVIDIA's would otherwise be kept too busy to serve others.
+bool GLThread::restsBetweenFrames() const { return m_host.kind == RenderThreadKind::FragmentProgram; }
 
 /// 0 while spinning, -1 when nothing will change by itself.
 int GLThread::millisecondsToNextChange()
@@ -206,6 +208,7 @@ bool GLThread::drawPicture(const PicturePart& part)
     if (!beginScene(frame, part.whole))
         return false;
     drawFrame(frame, part.whole);
+    showAsSeen(frame, part.part.size());
     finishFrame();
     return true;
 }
@@ -227,6 +230,7 @@ GLThread::Outcome GLThread::drawScene(QSize size)
     tellOfRotation(frame.view);
     record(frame);
     drawFrame(frame, size);
+    showAsSeen(frame, size);
     finishFrame();
     return Outcome::Drawn;
 }
@@ -244,7 +248,7 @@ bool GLThread::beginScene(const FrameState& frame, QSize size)
     if (drawMessageOnly(frame, size))
         return false;
     if (frame.array == nullptr) {
-        m_lists.clear();
+        clearLists();
         drawNoStack(frame, size);
         return false;
     }

@@ -105,7 +105,7 @@ public:
                                       const SliceWalk& walk);
     RenderListCache& lists() { return m_lists; }
     /// Deletes all display lists; with a context of their share group current.
-    void clearLists();
+    virtual void clearLists();
 
 protected:
     enum class Outcome { Drawn, NothingToDraw };
@@ -122,13 +122,17 @@ protected:
     virtual void unbindChannelTables();
     virtual void bindSlice(GLenum target, GLuint texture);
     virtual void finishFrame();
+    /// Whether the driver is to rest between frames that follow each other.
+    virtual bool restsBetweenFrames() const;
     virtual void drawNoStack(const FrameState& frame, QSize size);
     virtual void drawFullscreenStereo(const FrameState& frame, QSize size);
     virtual void drawFlatView(const FrameState& frame, Orientation orientation, GLuint list);
+    /// Whether the volume of a frame is drawn without display lists; what that needs is made.
+    virtual bool prepareWithoutLists(const FrameState& /*frame*/) { return false; }
+    virtual void drawVolume(const FrameState& frame, Orientation orientation, GLuint list);
     /// The whole of a frame when there is nothing but a message to show; false where volumes can be drawn.
     virtual bool drawMessageOnly(const FrameState& frame, QSize size);
 
-    void drawVolume(const FrameState& frame, Orientation orientation, GLuint list);
     void drawBoundingBox(const FrameState& frame);
     void drawBoxFront(const FrameState& frame);
     void drawCutBox(const FrameState& frame);
@@ -168,6 +172,8 @@ private:
 
     void drawFrames();
     bool survives(const std::function<void()>& frame);
+    /// Shows the finished picture as people with another colour vision see it.
+    void showAsSeen(const FrameState& frame, QSize size);
     Outcome renderFrame();
     Outcome drawScene(QSize size);
     /// Background, blend equation and a cleared buffer; false when no volume can be drawn, whose message then
@@ -224,15 +230,5 @@ PartViewport partViewport(const SquareViewport& square, const PicturePart& part)
 
 /// The frame rate as text; a time of 0 has a text of its own.
 QString frameRateText(double seconds);
-
-/// Length and label of the scale bar, in microns; an unknown voxel size or a scale of 0 gives "unknown".
-/// `maxPow` is the longest padded side, which spans the picture.
-struct ScaleBarLabel
-{
-    double length = 0;
-    QString text;
-    bool known = false;
-};
-ScaleBarLabel scaleBarLabel(double barSize, int maxPow, double voxelSizeX, double scaleX);
 
 } // namespace tirn

@@ -168,11 +168,11 @@ void GLThread::setupProjection(const FrameState& frame, QSize size)
     gl().Viewport(viewport.pixels.x(), viewport.pixels.y(), viewport.pixels.width(),
                   viewport.pixels.height());
     gl().MatrixMode(GL_PROJECTION);
-    if (frame.view.renderMode == RenderMode::Normal || frame.view.renderMode == RenderMode::FourViews) {
+    if (!isStereo(frame.view.renderMode)) {
         setOrtho(widenedBounds(frame.view, frame.scale));
         return;
     }
-    const std::array<double, 16> perspective = perspectiveMatrix(60, 1, 0.1, 10000);
+    const std::array<double, 16> perspective = perspectiveMatrix(kStereoAngle, 1, kStereoNear, kStereoFar);
     if (viewport.whole) {
         gl().LoadMatrixd(perspective.data());
     } else {
@@ -209,7 +209,8 @@ void GLThread::drawFrame(const FrameState& frame, QSize size)
     const auto builder = [&](Orientation orientation, const SliceWalk& walk) {
         return buildRenderList(frame, orientation, walk);
     };
-    m_lists.rebuild(frame, forceRebuild.exchange(false), builder);
+    if (!prepareWithoutLists(frame))
+        m_lists.rebuild(frame, forceRebuild.exchange(false), builder);
     if (frame.array != nullptr)
         m_textureTarget = frame.array->textureTarget();
     setupProjection(frame, size);

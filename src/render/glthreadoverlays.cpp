@@ -6,6 +6,7 @@
 #include "gl/glstate.h"
 #include "render/glthread.h"
 #include "scene/pointing/cuthandles.h"
+#include "scene/scalebar.h"
 
 namespace tirn {
 
@@ -51,15 +52,6 @@ void boxEdges(const Vector3& low, const Vector3& high)
 QString frameRateText(double seconds)
 {
     return seconds > 0 ? QString::asprintf("%-6.1ffps", 1 / seconds) : QString("Ludicrous speed GO!");
-}
-
-ScaleBarLabel scaleBarLabel(double barSize, int maxPow, double voxelSizeX, double scaleX)
-{
-    if (!(voxelSizeX > 0) || scaleX == 0)
-        return {0, "unknown", false};
-    const double length = maxPow * (barSize / 2) * voxelSizeX / scaleX;
-    const bool whole = length - std::floor(length) < 0.1;
-    return {length, QString::asprintf(whole ? "%.0f" : "%.1f", length) + QStringLiteral(" \u00b5m"), true};
 }
 
 void GLThread::drawTextInWindow(const TextLine& line, int x, int y, QSize size)
@@ -116,6 +108,32 @@ void GLThread::drawOverlays(const FrameState& frame, QSize size)
     enableTexturing();
 }
 
+void GLThread::showAsSeen(const FrameState& frame, QSize size)
+{
+    const ColorVision vision = frame.view.colorVision;
+    // The two buffers of a stereo window cannot be read as one.
+    const bool isPair = frame.view.renderMode == RenderMode::FullscreenStereo;
+    if (vision == ColorVision::Normal || isPair || size.isEmpty())
+        return;
+    // Whoever reads tiles has set how long their rows are.
+    GLint rowLength = 0;
+    gl().GetIntegerv(GL_PACK_ROW_LENGTH, &rowLength);
+    gl().PixelStorei(GL_PACK_ROW_LENGTH, 0);
+    std::vector<std::uint8_t> pixels(std::size_t{4} * static_cast<std::size_t>(size.width()) *
+                                     static_cast<std::size_t>(size.height()));
+    gl().ReadPixels(0, 0, size.width(), size.height(), GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    gl().PixelStorei(GL_PACK_ROW_LENGTH, rowLength);
+    seeAs(vision, pixels, m_part.transparent);
+    disableTexturing();
+    for (const GLenum each : {GL_BLEND, GL_ALPHA_TEST, GL_DEPTH_TEST})
+        gl().Disable(each);
+    gl().WindowPos2i(0, 0);
+    gl().DrawPixels(size.width(), size.height(), GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    for (const GLenum each : {GL_BLEND, GL_ALPHA_TEST, GL_DEPTH_TEST})
+        gl().Enable(each);
+    enableTexturing();
+}
+
 void GLThread::drawFrameRate(QSize size)
 {
     gl().Finish();
@@ -158,17 +176,17 @@ void GLThread::drawScaleBar(const FrameState& frame, QSize size)
                        view.scaleBarLocation == ScaleBarLocation::BottomRight;
     const bool top = view.scaleBarLocation == ScaleBarLocation::TopLeft ||
                      view.scaleBarLocation == ScaleBarLocation::TopRight;
-    double x = right ? 0.9 - view.scaleBarSize : -0.8;
+    const ScaleBar bar =
+        scaleBarOf(view, frame.array->geometry().maxPow(), frame.array->stack().dimX, frame.scale.x);
+    double x = right ? 0.9 - bar.size : -0.8;
     double y = top ? 0.9 : -0.8;
     if (fourViews) {
         x *= 2;
         y *= 2;
     }
     const int points = fourViews ? 6 : 12;
-    const ScaleBarLabel label = scaleBarLabel(view.scaleBarSize, frame.array->geometry().maxPow(),
-                                              frame.array->stack().dimX, frame.scale.x);
-    if (!label.known) {
-        drawTextAt({label.text, points, true, view.scaleBarColor}, frame, x, y, size);
+    if (!bar.label.known) {
+        drawTextAt({bar.label.text, points, true, view.scaleBarColor}, frame, x, y, size);
         return;
     }
     setColor(view.scaleBarColor);
@@ -178,11 +196,11 @@ void GLThread::drawScaleBar(const FrameState& frame, QSize size)
         const PrimitiveScope strip(GL_LINE_STRIP);
         vertex(x, y + 0.02, z);
         vertex(x, y, z);
-        vertex(x + view.scaleBarSize, y, z);
-        vertex(x + view.scaleBarSize, y + 0.02, z);
+        vertex(x + bar.size, y, z);
+        vertex(x + bar.size, y + 0.02, z);
     }
     gl().LineWidth(1);
-    drawTextAt({label.text, points, true, view.scaleBarColor}, frame, x + 0.03, y + 0.01, size);
+    drawTextAt({bar.label.text, points, true, view.scaleBarColor}, frame, x + 0.03, y + 0.01, size);
 }
 
 void GLThread::drawMark(const Vector3& at, double half, const QColor& color, QSize size)

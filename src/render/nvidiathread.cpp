@@ -105,6 +105,28 @@ void NvidiaThread::drawFlatView(const FrameState& frame, Orientation orientation
     drawVolume(frame, orientation, list);
 }
 
+bool NvidiaThread::prepareWithoutLists(const FrameState& frame)
+{
+    return m_processor.prepare(frame, m_host.scene);
+}
+
+void NvidiaThread::drawVolume(const FrameState& frame, Orientation orientation, GLuint list)
+{
+    if (!m_processor.isDrawing()) {
+        GLThread::drawVolume(frame, orientation, list);
+        return;
+    }
+    disableTexturing();
+    m_processor.draw(frame, orientation, m_part.part.size(), m_part.transparent);
+    enableTexturing();
+}
+
+void NvidiaThread::clearLists()
+{
+    m_processor.clear();
+    GLThread::clearLists();
+}
+
 void LostCauseThread::initializeGL()
 {
     GLThread::initializeGL();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "render/glthread.h"
+#include "render/processor/processordrawing.h"
 
 namespace tirn {
 
@@ -13,6 +14,8 @@ public:
 
     ListNames buildRenderList(const FrameState& frame, Orientation orientation,
                               const SliceWalk& walk) override;
+    void clearLists() override;
+    const ProcessorDrawing& processor() const { return m_processor; }
 
 protected:
     void enableColourPath() override;
@@ -23,12 +26,21 @@ protected:
     void bindChannelTables(const FrameState& frame, std::size_t channel, int zBlock) override;
     void unbindChannelTables() override;
     void finishFrame() override {}
+    /// There is no driver to spare where the processor draws.
+    bool restsBetweenFrames() const override
+    {
+        return !m_processor.isDrawing() && GLThread::restsBetweenFrames();
+    }
     void drawNoStack(const FrameState& frame, QSize size) override;
     void drawFullscreenStereo(const FrameState& frame, QSize size) override;
     void drawFlatView(const FrameState& frame, Orientation orientation, GLuint list) override;
+    bool prepareWithoutLists(const FrameState& frame) override;
+    void drawVolume(const FrameState& frame, Orientation orientation, GLuint list) override;
 
 private:
     void drawShaderError(const FrameState& frame);
+
+    ProcessorDrawing m_processor;
 };
 
 /// Shows that the card cannot draw volumes.

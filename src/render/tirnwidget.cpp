@@ -10,6 +10,7 @@
 
 #include "base/log.h"
 #include "gl/gltable.h"
+#include "gl/nativebackground.h"
 #include "render/renderthreads.h"
 #include "scene/keyframeview.h"
 #include "scene/sceneedits.h"
@@ -61,8 +62,9 @@ TirnWidget::~TirnWidget()
 
 void TirnWidget::requestFrame()
 {
-    // A window that is not on the screen gets its frame when it is exposed.
-    if (m_surface.isReady())
+    // A window that is not on the screen gets its frame when it is exposed; that it was hidden is known
+    // later.
+    if (isVisible() && m_surface.isReady())
         m_renderThread->requestFrame();
 }
 
@@ -261,6 +263,7 @@ bool TirnWidget::event(QEvent* event)
 void TirnWidget::showEvent(QShowEvent* event)
 {
     m_surface.updateSize();
+    setNativeBackground(*this, Qt::black);
     QWidget::showEvent(event);
 }
 

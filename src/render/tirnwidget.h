@@ -134,9 +134,9 @@ private:
     QMenu m_contextMenu;
     CutHandleTool m_cutHandles;
     QPoint m_lastMouse;
-    QPoint m_pressedAt;
     /// When the mouse moved the volume last, on the clock of the window system, in milliseconds.
     unsigned long m_lastMotion = 0;
+    QPoint m_pressedAt;
     bool m_preserveWindowRatio = false;
     float m_windowRatioWidth = 0;
     float m_windowRatioHeight = 0;

@@ -9,6 +9,7 @@
 
 #include "base/log.h"
 #include "render/tirnwidget.h"
+#include "scene/eyeroom.h"
 #include "scene/sceneedits.h"
 
 namespace tirn {
@@ -19,10 +20,10 @@ constexpr double kWheelFactor = 1.05;
 constexpr double kKeyScaleStep = 0.01;
 /// Slower than this many pixels a frame, a released volume stays where it is.
 constexpr double kThrowThreshold = 2;
-/// A hand does not hold still: moved by up to so many pixels it is still a click.
-constexpr int kClickReach = 3;
 /// Milliseconds after the last motion for which a released volume still counts as thrown.
 constexpr unsigned long kThrowDelay = 100;
+/// A hand does not hold still: moved by up to so many pixels it is still a click.
+constexpr int kClickReach = 3;
 
 enum class CharacterAction {
     None,
@@ -234,10 +235,12 @@ void TirnWidget::wheelEvent(QWheelEvent* event)
 {
     if (!acceptsInput())
         return;
-    const double factor = std::pow(kWheelFactor, event->angleDelta().y() / 120.0);
-    m_model.edit(Change::Scale, [factor](Scene& scene) {
+    const double asked = std::pow(kWheelFactor, event->angleDelta().y() / 120.0);
+    m_model.edit(Change::Scale, [asked](Scene& scene) {
         VoxelArray& array = *scene.current();
-        setScale(array, {array.scale.x * factor, array.scale.y * factor, array.scale.z * factor});
+        const double most = std::max(1.0, growthBeforeEyes(scene.view, scene.drawnScale(), array.geometry()));
+        const double factor = std::min(asked, most);
+        setScale(array, array.scale * factor);
     });
     emitScale();
     event->accept();

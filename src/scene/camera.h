@@ -50,6 +50,11 @@ EyeSetup eyeSetup(const Camera& camera);
 
 /// The matrix, column by column, that looks from `eye` at `focus` with `up` upward.
 std::array<double, 16> lookAtMatrix(const Vector3& eye, const Vector3& focus, const Vector3& up);
+/// The perspective of stereo views: degrees from bottom to top, and where the eye sees first and last.
+inline constexpr double kStereoAngle = 60;
+inline constexpr double kStereoNear = 0.1;
+inline constexpr double kStereoFar = 10000;
+
 /// The matrix, column by column, of a perspective; `fovy` in degrees.
 std::array<double, 16> perspectiveMatrix(double fovy, double aspect, double zNear, double zFar);
 

@@ -79,17 +79,6 @@ void fitView(Scene& scene)
         view.zoom = fittedZoom(view, array->scale, array->geometry());
 }
 
-void freshView(Scene& scene)
-{
-    ViewState& view = scene.view;
-    view.rotX = view.rotY = view.rotZ = 0;
-    view.transX = view.transY = view.transZ = 0;
-    view.spinX = view.spinY = view.spinZ = 0;
-    view.zoom = 1;
-    if (VoxelArray* array = scene.current())
-        array->scale = array->baseScale;
-}
-
 void lookAt(ViewState& view, ViewSide side)
 {
     struct Angles

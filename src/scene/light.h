@@ -17,6 +17,8 @@ struct Light
     std::array<float, 4> position = {0, 1, 3, 0};
     float attenuation = 0.4F;
 
+    bool operator==(const Light&) const = default;
+
     /// Hands the light to the card, under the number behind that of the last light that was made. Of the four
     /// vectors only the position arrives, since all are sent as one.
     void apply() const;

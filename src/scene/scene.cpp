@@ -14,6 +14,12 @@ unsigned paletteHandle(const Scene& scene, int palette)
     return index < scene.palettes.size() ? scene.palettes[index]->glHandle() : 0;
 }
 
+std::shared_ptr<const std::vector<std::uint8_t>> paletteBytes(const Scene& scene, int palette)
+{
+    const auto index = static_cast<std::size_t>(std::max(0, palette));
+    return index < scene.palettes.size() ? scene.palettes[index]->drawnBytes() : nullptr;
+}
+
 std::vector<unsigned> curveHandles(const ZCurve& curve, const StackGeometry& geometry)
 {
     std::vector<unsigned> handles;
@@ -37,6 +43,7 @@ FrameState takeFrameState(const Scene& scene)
     const std::scoped_lock lock(scene.mutex);
     frame.view = scene.view;
     frame.rotation = rotationMatrix(scene.view.rotX, scene.view.rotY, scene.view.rotZ);
+    frame.drawing = scene.settings.drawing;
     frame.batchMode = scene.batchMode;
     frame.recording = scene.recording;
     frame.watermark = scene.watermark;
@@ -47,7 +54,7 @@ FrameState takeFrameState(const Scene& scene)
         return frame;
     frame.arrayIndex = scene.currentIndex;
     frame.ownScale = frame.array->scale;
-    frame.scale = frame.ownScale * frame.view.zoom;
+    frame.scale = scene.drawnScale();
     frame.cut = frame.array->cut;
     frame.voxelRevision = frame.array->voxelRevision();
     frame.timePoint = frame.array->timePoint();
@@ -60,6 +67,11 @@ FrameState takeFrameState(const Scene& scene)
         frame.paletteHandles.push_back(paletteHandle(scene, channel.display.palette));
         if (frame.view.zCorrection)
             frame.curveHandles.push_back(curveHandles(channel.zCurve, frame.array->geometry()));
+        if (frame.drawing == Drawing::Card)
+            continue;
+        frame.paletteBytes.push_back(paletteBytes(scene, channel.display.palette));
+        if (frame.view.zCorrection)
+            frame.curves.push_back(curveTexels(*channel.zCurve.curve()));
     }
     return frame;
 }

@@ -14,9 +14,17 @@
 
 namespace tirn {
 
+/// Who draws volumes, where the card has fragment programs. The numbers are those of the settings.
+enum class Drawing {
+    Automatic = 0, ///< the processor where the driver is software, the card otherwise
+    Card = 1,
+    Processor = 2,
+};
+
 /// What the settings prescribe for drawing.
 struct RenderSettings
 {
+    Drawing drawing = Drawing::Card;
     /// Milliseconds between changes of flashing channels.
     int flashRate = 300;
     int texLimit2D = 1024;
@@ -60,6 +68,8 @@ struct Scene
     int indexOf(StackId id) const;
     VoxelArray* find(StackId id) const { return at(indexOf(id)); }
     StackId currentId() const { return current() != nullptr ? current()->id() : StackId::None; }
+    /// The scale that the current volume is drawn with; it must be there.
+    AxisScale drawnScale() const { return current()->scale * view.zoom; }
     /// True while the current volume plays its time points.
     bool isPlaying() const { return view.playing != StackId::None && view.playing == currentId(); }
 };
@@ -83,6 +93,11 @@ struct FrameState
     std::vector<unsigned> paletteHandles;
     /// With depth correction: what each channel's curve is bound by, for each block along z.
     std::vector<std::vector<unsigned>> curveHandles;
+    /// What the processor draws with: each channel's table, null for a channel without a palette, and with
+    /// depth correction its curve.
+    Drawing drawing = Drawing::Card;
+    std::vector<std::shared_ptr<const std::vector<std::uint8_t>>> paletteBytes;
+    std::vector<std::vector<float>> curves;
     bool batchMode = false;
     bool recording = false;
     QString timeLabel;

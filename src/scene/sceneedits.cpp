@@ -52,6 +52,12 @@ void setAxisScale(VoxelArray& array, int axis, double value)
     setScale(array, scale);
 }
 
+void setRenderMode(ViewState& view, RenderMode mode)
+{
+    view.renderMode = mode;
+    view.ortho = projectionOf(mode);
+}
+
 void setCurrentStack(Scene& scene, int index)
 {
     scene.currentIndex = index;
@@ -64,9 +70,10 @@ void resetView(Scene& scene)
     ViewState& view = scene.view;
     view.rotX = view.rotY = view.rotZ = 0;
     view.transX = view.transY = view.transZ = 0;
+    view.spinX = view.spinY = view.spinZ = 0;
     view.zoom = 1;
     if (VoxelArray* array = scene.current())
-        array->scale = {};
+        array->scale = array->baseScale;
 }
 
 } // namespace tirn

@@ -18,10 +18,13 @@ void setAxisScale(VoxelArray& array, int axis, double value);
 /// Gives each axis its scale, within what a volume can have.
 void setScale(VoxelArray& array, const AxisScale& scale);
 
+/// Takes a mode with its own projection, whichever mode was left.
+void setRenderMode(ViewState& view, RenderMode mode);
+
 /// Makes a volume current; what played stops.
 void setCurrentStack(Scene& scene, int index);
 
-/// Rotation, translation and zoom as at the start, and every scale of the current volume 1.
+/// Rotation, translation and zoom as at the start, and the current volume's scale as loading gave it.
 void resetView(Scene& scene);
 
 } // namespace tirn

@@ -77,12 +77,27 @@ void setLook(ViewState& view, const ViewState& look)
     view.timeRate = before.timeRate;
 }
 
+void restoreLighting(Scene& scene, const SceneValues& values)
+{
+    if (values.light)
+        scene.light = *values.light;
+    for (const auto& surface : scene.segmentations) {
+        for (const SurfaceValues& before : values.surfaces) {
+            if (before.revision == surface->revision)
+                surface->material = before.material;
+        }
+    }
+}
+
 } // namespace
 
 SceneValues valuesOf(const Scene& scene)
 {
     SceneValues values;
     values.view = scene.view;
+    values.light = scene.light;
+    for (const auto& surface : scene.segmentations)
+        values.surfaces.push_back({surface->revision, surface->material});
     for (const auto& array : scene.arrays)
         values.stacks.push_back(valuesOf(*array));
     return values;
@@ -90,8 +105,10 @@ SceneValues valuesOf(const Scene& scene)
 
 void restoreValues(Scene& scene, const SceneValues& values, Changes which)
 {
-    if (which & Change::Look)
+    if (which & Change::Look) {
         setLook(scene.view, values.view);
+        restoreLighting(scene, values);
+    }
     if (which & Change::Ruler)
         scene.view.ruler = values.view.ruler;
     if (which & Change::Pose)

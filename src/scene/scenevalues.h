@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "scene/changes.h"
@@ -22,10 +23,22 @@ struct StackValues
     bool operator==(const StackValues&) const = default;
 };
 
+/// How a surface takes the light; the revision tells which surface it is.
+struct SurfaceValues
+{
+    std::uint64_t revision = 0;
+    Material material;
+
+    bool operator==(const SurfaceValues&) const = default;
+};
+
 /// The plain values of a scene that can be put back.
 struct SceneValues
 {
     ViewState view;
+    /// Never made of nothing, since the lights that were made are counted.
+    std::optional<Light> light;
+    std::vector<SurfaceValues> surfaces;
     std::vector<StackValues> stacks;
 
     bool operator==(const SceneValues&) const = default;

@@ -4,55 +4,23 @@
 #include <cmath>
 #include <numbers>
 
+#include "scene/rotation.h"
+
 namespace tirn {
-
-namespace {
-
-/// Sine and cosine that are exact at the quarter turns.
-struct Turn
-{
-    double sine;
-    double cosine;
-
-    explicit Turn(double degrees)
-    {
-        const double quarter = degrees / 90;
-        if (quarter == std::floor(quarter) && std::abs(quarter) < 1e6) {
-            static constexpr double sines[] = {0, 1, 0, -1};
-            const auto turn = static_cast<unsigned>((static_cast<long>(quarter) % 4 + 4) % 4);
-            sine = sines[turn];
-            cosine = sines[(turn + 1) % 4];
-            return;
-        }
-        sine = std::sin(degrees * std::numbers::pi / 180);
-        cosine = std::cos(degrees * std::numbers::pi / 180);
-    }
-};
-
-} // namespace
 
 Matrix4f rotationMatrix(double xDegrees, double yDegrees, double zDegrees)
 {
-    const Turn x(xDegrees);
-    const Turn y(yDegrees);
-    const Turn z(zDegrees);
-    const auto f = [](double value) { return static_cast<float>(value); };
-    return {f(y.cosine * z.cosine),
-            f(x.cosine * z.sine + x.sine * y.sine * z.cosine),
-            f(x.sine * z.sine - x.cosine * y.sine * z.cosine),
-            0,
-            f(-y.cosine * z.sine),
-            f(x.cosine * z.cosine - x.sine * y.sine * z.sine),
-            f(x.sine * z.cosine + x.cosine * y.sine * z.sine),
-            0,
-            f(y.sine),
-            f(-x.sine * y.cosine),
-            f(x.cosine * y.cosine),
-            0,
-            0,
-            0,
-            0,
-            1};
+    Matrix4f matrix;
+    std::ranges::transform(exactRotation({xDegrees, yDegrees, zDegrees}), matrix.begin(),
+                           [](double value) { return static_cast<float>(value); });
+    return matrix;
+}
+
+bool isStereo(RenderMode mode) { return mode == RenderMode::Anaglyph || needsStereoWindow(mode); }
+
+bool needsStereoWindow(RenderMode mode)
+{
+    return mode == RenderMode::FullscreenStereo || mode == RenderMode::Stereo;
 }
 
 OrthoBounds projectionOf(RenderMode mode)

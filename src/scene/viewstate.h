@@ -6,6 +6,7 @@
 #include <QColor>
 #include <qopengl.h>
 
+#include "pictures/colorvision.h"
 #include "scene/camera.h"
 #include "scene/pointing/ruler.h"
 #include "volume/voxelarray.h"
@@ -31,6 +32,11 @@ struct OrthoBounds
     bool operator==(const OrthoBounds&) const = default;
 };
 
+/// Whether a mode is drawn in perspective, for two eyes.
+bool isStereo(RenderMode mode);
+/// Whether a mode needs a window with a picture for each eye.
+bool needsStereoWindow(RenderMode mode);
+
 /// The bounds that a mode begins with: four views take four times the room.
 OrthoBounds projectionOf(RenderMode mode);
 
@@ -43,6 +49,10 @@ struct CutHandles
 
     bool operator==(const CutHandles&) const = default;
 };
+
+/// How far the zoom goes either way.
+inline constexpr double kLeastZoom = 1e-3;
+inline constexpr double kMostZoom = 1e3;
 
 /// Everything that decides a picture besides the volume itself.
 struct ViewState
@@ -57,6 +67,8 @@ struct ViewState
     ScaleBarLocation scaleBarLocation = ScaleBarLocation::BottomLeft;
     /// Length of the bar, in projection units.
     double scaleBarSize = 0.3;
+    /// The bar is as much shorter as it takes to stand for a round number of microns.
+    bool roundScaleBar = false;
     QColor boxColor = Qt::blue;
     QColor backgroundColor = Qt::black;
     QColor scaleBarColor = Qt::red;
@@ -95,6 +107,8 @@ struct ViewState
     bool zCorrection = false;
     /// Stretch 12 and 16 bit data by the bits that they really have.
     bool autoBitDepth = false;
+    /// A preview of the picture as others see it.
+    ColorVision colorVision = ColorVision::Normal;
     /// A fragment program that was typed; empty for the one that the volume asks for.
     std::string programText;
     /// The volume that advances its time point by itself, `timeRate` time points a second, while it is

@@ -50,6 +50,8 @@ QStringList choiceTexts(SettingsChoice choice)
         return {"2D Texmaps", "3D Texmaps"};
     case SettingsChoice::UsePBuffers:
         return {"Yes", "No"};
+    case SettingsChoice::Drawing:
+        return {"Automatic", "Graphics card", "Processor"};
     }
     return {};
 }
@@ -70,11 +72,17 @@ void writePreferences(const Settings& settings, QSettings& store)
     store.setValue("Default4DEncode", text(SettingsChoice::Encode, settings.defaultTimeSeriesEncode));
     store.setValue("FlashRate", settings.flashRate);
     store.setValue("UsePBuffers", text(SettingsChoice::UsePBuffers, settings.usePBuffers ? 0 : 1));
+    store.setValue("Drawing", text(SettingsChoice::Drawing, settings.drawing));
     store.setValue("2DTexDimLimit", settings.texLimit2D);
     store.setValue("3DTexDimLimit", settings.texLimit3D);
     for (const Switch& each : kSwitches)
         store.setValue(each.key, settings.*each.value);
     store.endGroup();
+}
+
+void writeChoices(const Settings& settings, QSettings& store)
+{
+    store.setValue("View/RotationMode", settings.rotationMode == 0 ? "Quaternion" : "Axis");
 }
 
 Settings readSettings(QSettings& store, const TextureSides& card)
@@ -97,6 +105,8 @@ Settings readSettings(QSettings& store, const TextureSides& card)
     const QVariant buffers =
         store.contains("UsePBuffers") ? store.value("UsePBuffers") : store.value("usePBuffers", "Yes");
     settings.usePBuffers = buffers.toString() == "Yes";
+    settings.drawing = static_cast<int>(std::max<qsizetype>(
+        0, choiceTexts(SettingsChoice::Drawing).indexOf(store.value("Drawing").toString())));
     const int limit2D = positive(store.value("2DTexDimLimit"), settings.texLimit2D);
     const int limit3D = positive(store.value("3DTexDimLimit"), settings.texLimit3D);
     settings.texLimit2D = usableTextureLimit(limit2D, card.in2D);
@@ -105,6 +115,7 @@ Settings readSettings(QSettings& store, const TextureSides& card)
     for (const Switch& each : kSwitches)
         settings.*each.value = store.value(each.key, settings.*each.value).toBool();
     store.endGroup();
+    settings.rotationMode = choice(store.value("View/RotationMode", "Axis").toString(), "Quaternion");
     return settings;
 }
 

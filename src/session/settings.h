@@ -24,6 +24,8 @@ struct Settings
     /// Milliseconds between changes of flashing channels.
     int flashRate = 300;
     bool usePBuffers = true;
+    /// Who draws volumes: 0 the processor where the driver is software, 1 the graphics card, 2 the processor.
+    int drawing = 0;
     /// Longest side of a texture piece.
     int texLimit2D = 1024;
     int texLimit3D = 512;
@@ -32,6 +34,8 @@ struct Settings
     bool stretchOnOpen = true;
     /// Moving a volume with the mouse goes along the screen, not along the axes of the volume.
     bool moveAlongScreen = false;
+    /// How the numbers of a rotation act: 0 as steps about the screen's axes, 1 as the three angles.
+    int rotationMode = 1;
 
     bool operator==(const Settings&) const = default;
 };
@@ -40,12 +44,15 @@ struct Settings
 constexpr int kNoTextureBlocking = 100000;
 
 /// The settings that stand as texts in a store and in lists; their numbers are positions in the lists.
-enum class SettingsChoice { PaletteGeneration, Blending, Encode, UsePBuffers };
+enum class SettingsChoice { PaletteGeneration, Blending, Encode, UsePBuffers, Drawing };
 QStringList choiceTexts(SettingsChoice choice);
 
 /// Writes what the preferences hold; the directories of stacks and palettes are none of it. An empty folder
 /// of favourites removes its key.
 void writePreferences(const Settings& settings, QSettings& store);
+
+/// Writes what forms remember of what was chosen in them.
+void writeChoices(const Settings& settings, QSettings& store);
 
 /// The longest sides of textures that a card takes.
 struct TextureSides

@@ -24,6 +24,8 @@ struct LoadedStack
     PaletteList palettes;
     /// How headerless files were read.
     std::optional<RawLayout> raw;
+    /// What the files did not hold, although they could be read.
+    QStringList gaps;
 };
 
 /// What a load reports, on the thread that loads.

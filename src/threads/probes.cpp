@@ -19,7 +19,11 @@ constexpr int kMostKept = 10000;
 ImageAttributes readStackHeader(const QStringList& names)
 {
     try {
-        return ImageFile(names).attributes();
+        const ImageFile image(names);
+        ImageAttributes attributes = image.attributes();
+        if (attributes.type == ImageType::Unknown && image.hasReader())
+            attributes.notes = image.errorList();
+        return attributes;
     } catch (const std::exception&) {
         return {};
     }

@@ -17,7 +17,7 @@ namespace tirn {
 
 class ProbeQuestion;
 
-/// What the header of a stack says; type `Unknown` for none.
+/// What the header of a stack says; type `Unknown` for none, with notes that say why.
 ImageAttributes readStackHeader(const QStringList& names);
 
 /// What files say of the stacks in them, read away from the interface thread.

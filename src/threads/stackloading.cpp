@@ -507,6 +507,10 @@ void StackLoading::finish(LoadedStack& loaded)
     // The volume is complete before another context draws it.
     gl().Finish();
     logDebug("bitdepth is %d", m_array->bitsPerSample());
+    for (const auto& image : m_array->images()) {
+        for (const QString& text : image->errorList())
+            loaded.gaps.append(image->fileName() + ": " + text);
+    }
     loaded.array = std::move(m_array);
     loaded.files = std::move(m_description.filesToLoad);
     if (m_description.raw)

@@ -6,9 +6,16 @@
 #include "ui/open/importstackform.h"
 #include "ui/open/sequencetiffform.h"
 #include "ui/open/stackopenform.h"
+#ifdef TIRN_HAS_PLOTS
+#include "ui/palettes/paletteform.h"
+#endif
 #include "ui/preferences/preferencesform.h"
 #include "ui/stacks/managerform.h"
+#include "ui/view/analyzethisform.h"
 #include "ui/view/cutplanesform.h"
+#include "ui/view/lightingform.h"
+#include "ui/view/rendererform.h"
+#include "ui/view/viewform.h"
 
 namespace tirn {
 
@@ -20,6 +27,12 @@ ToolForm* make(const FormServices& services, QWidget* parent)
     return new Form(services, parent);
 }
 
+#ifdef TIRN_HAS_PLOTS
+constexpr auto makePaletteForm = make<PaletteForm>;
+#else
+constexpr ToolForm* (*makePaletteForm)(const FormServices&, QWidget*) = nullptr;
+#endif
+
 // Several names are those of another form, and stay as they are.
 constexpr FormRow kForms[] = {
     {.id = FormId::Palette,
@@ -29,7 +42,8 @@ constexpr FormRow kForms[] = {
      .place = 2,
      .menuText = "Palette Editor",
      .contextText = "Palettes",
-     .session = "paletteform"},
+     .session = "paletteform",
+     .make = makePaletteForm},
     {.id = FormId::Stack,
      .name = "StackOpen",
      .failureName = "Stack Open",
@@ -46,7 +60,8 @@ constexpr FormRow kForms[] = {
      .failureName = "Analyze This",
      .kind = FormKind::Dialog,
      .action = "helpVideo_Card_CapabilitiesAction",
-     .contextText = "Video card capabilities"},
+     .contextText = "Video card capabilities",
+     .make = make<AnalyzeThisForm>},
     {.id = FormId::CorrectionMatrix,
      .name = "Matrix",
      .failureName = "Correction Matrix",
@@ -113,7 +128,8 @@ constexpr FormRow kForms[] = {
      .place = 3,
      .menuText = "Renderer",
      .contextText = "Render Options",
-     .session = "rendererform"},
+     .session = "rendererform",
+     .make = make<RendererForm>},
     {.id = FormId::Sadistics,
      .name = "Statistics",
      .failureName = "Statistics",
@@ -147,7 +163,8 @@ constexpr FormRow kForms[] = {
      .place = 7,
      .menuText = "View",
      .contextText = "View",
-     .session = "viewform"},
+     .session = "viewform",
+     .make = make<ViewForm>},
     {.id = FormId::ZScale,
      .name = "ZScale",
      .failureName = "ZScale",
@@ -160,7 +177,8 @@ constexpr FormRow kForms[] = {
      .failureName = "Lighting",
      .action = "windowLightingAction",
      .place = 15,
-     .menuText = "Lighting"},
+     .menuText = "Lighting",
+     .make = make<LightingForm>},
     {.id = FormId::MaskEditor,
      .name = "MaskEdit",
      .failureName = "About",

@@ -93,4 +93,12 @@ void fitMesh(Segmentation& mesh, MeshFit fit, const StackGeometry& geometry,
     mesh.facetsChanged();
 }
 
+std::optional<std::array<double, 3>> drawnVoxelSize(const ImageAttributes& stack, int layerStep)
+{
+    // Written so that a size that is no number counts as unknown.
+    if (!(stack.dimX > 0) || !(stack.dimY > 0) || !(stack.dimZ > 0))
+        return std::nullopt;
+    return std::array{double{stack.dimX}, double{stack.dimY}, stack.dimZ * std::max(1, layerStep)};
+}
+
 } // namespace tirn

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <array>
+#include <optional>
 
+#include "image/imageattributes.h"
 #include "mesh/segmentation.h"
 #include "volume/stackgeometry.h"
 
@@ -23,5 +25,9 @@ enum class MeshFit {
 /// it, and it must be known then.
 void fitMesh(Segmentation& mesh, MeshFit fit, const StackGeometry& geometry,
              const std::array<double, 3>& voxelSize = {1, 1, 1});
+
+/// The size in microns of the voxels that are drawn, every `layerStep`-th layer of a stack; nothing when a
+/// side is unknown.
+std::optional<std::array<double, 3>> drawnVoxelSize(const ImageAttributes& stack, int layerStep);
 
 } // namespace tirn

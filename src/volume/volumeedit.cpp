@@ -113,6 +113,7 @@ private:
 
 JobResult EditRun::run()
 {
+    const VoxelWork work(m_array, m_images);
     exclusively([this] { m_array.setTransforms(m_transforms ^ m_edit.toggles); });
     JobResult result = changeAll();
     if (result.outcome == JobOutcome::Done)
@@ -226,6 +227,7 @@ void EditRun::keep()
 
 JobResult EditRun::takeBack(const TextureGate& gate)
 {
+    const VoxelWork work(m_array, m_images);
     m_services.gate = gate;
     for (const Touched& touched : m_touched) {
         if (touched.fromFile)

@@ -192,6 +192,39 @@ ChannelImage VoxelArray::imageOf(int channel, int timePoint) const
     return {m_images[static_cast<std::size_t>(number)].get(), alone ? 0 : channel, static_cast<int>(number)};
 }
 
+std::int64_t VoxelArray::imageRevision(int i) const
+{
+    const std::scoped_lock lock(m_voxelMutex);
+    const auto index = static_cast<std::size_t>(i);
+    return index < m_imageRevisions.size() ? m_imageRevisions[index] : 0;
+}
+
+bool VoxelArray::readVoxels(int i, const std::function<void(const ImageFile& image)>& read) const
+{
+    const std::scoped_lock lock(m_voxelMutex);
+    if (i < 0 || i >= std::ssize(m_images) || std::count(m_imagesInWork.begin(), m_imagesInWork.end(), i) > 0)
+        return false;
+    const ImageFile& image = *m_images[static_cast<std::size_t>(i)];
+    if (!image.isLoaded())
+        return false;
+    read(image);
+    return true;
+}
+
+VoxelWork::VoxelWork(VoxelArray& array, std::vector<int> images) : m_array(array), m_images(std::move(images))
+{
+    const std::scoped_lock lock(m_array.m_voxelMutex);
+    m_array.m_imagesInWork.insert(m_array.m_imagesInWork.end(), m_images.begin(), m_images.end());
+}
+
+VoxelWork::~VoxelWork()
+{
+    const std::scoped_lock lock(m_array.m_voxelMutex);
+    for (const int image : m_images)
+        m_array.m_imagesInWork.erase(
+            std::find(m_array.m_imagesInWork.begin(), m_array.m_imagesInWork.end(), image));
+}
+
 void VoxelArray::copyStatistics()
 {
     if (m_images.empty() || m_channels.empty())

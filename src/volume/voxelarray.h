@@ -5,6 +5,7 @@
 #include <cmath>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 #include <QDateTime>
@@ -121,6 +122,22 @@ struct EncodeTimes
     double upload = 0;
 };
 
+class VoxelArray;
+
+/// Keeps the voxels of some images from being read for drawing while it lives: its owner changes them.
+class VoxelWork
+{
+public:
+    VoxelWork(VoxelArray& array, std::vector<int> images);
+    ~VoxelWork();
+    VoxelWork(const VoxelWork&) = delete;
+    VoxelWork& operator=(const VoxelWork&) = delete;
+
+private:
+    VoxelArray& m_array;
+    std::vector<int> m_images;
+};
+
 /// One loaded volume as the renderer sees it: what the stack is, one Channel for each colour, one ImageFile
 /// for each file, and the textures and quads made from them.
 ///
@@ -199,6 +216,11 @@ public:
     int encodedImages() const { return m_encodedImages; }
     /// Grows whenever voxels, and with them their textures, become others.
     std::int64_t voxelRevision() const { return m_voxelRevision; }
+    /// Grows whenever the voxels of image i become others.
+    std::int64_t imageRevision(int i) const;
+    /// Runs `read` with image i while nobody changes its voxels; any thread. False, and nothing was done,
+    /// while it has none in memory or a VoxelWork holds it.
+    bool readVoxels(int i, const std::function<void(const ImageFile& image)>& read) const;
     /// Goes on with the first images alone, one a time point, as if they had been all there were to encode.
     void keepImages(int count);
     const EncodeTimes& encodeTimes() const { return m_encodeTimes; }
@@ -251,6 +273,7 @@ public:
     int subsample = 1;
 
 private:
+    friend class VoxelWork;
     struct EncodeJob;
 
     bool prepareEncode(GLenum target, const char* badStack);
@@ -292,6 +315,10 @@ private:
     int m_timePoints = 0;
     int m_encodedImages = 0;
     std::int64_t m_voxelRevision = 0;
+    /// Guards the two below, and the voxels while they are read for drawing.
+    mutable std::mutex m_voxelMutex;
+    std::vector<std::int64_t> m_imageRevisions;
+    std::vector<int> m_imagesInWork;
     GLenum m_textureTarget = GL_TEXTURE_2D;
     EncodeTimes m_encodeTimes;
 };

@@ -495,6 +495,9 @@ bool VoxelArray::reencode(int i, const Progress& progress, const TextureGate& ga
     if (encoding == Encoding::UnknownDepth)
         logWarning("Error: I do not know how to reencode %d bits.", m_stack.bitDepth);
     letVoxelsGo(image);
+    const std::scoped_lock lock(m_voxelMutex);
+    m_imageRevisions.resize(m_images.size());
+    ++m_imageRevisions[static_cast<std::size_t>(i)];
     return encoding != Encoding::Stopped;
 }
 

@@ -75,7 +75,7 @@ TEST_F(FirstLook, ShowsDataOfFewBitsBright)
     load({name});
     EXPECT_TRUE(view().autoBitDepth);
     EXPECT_TRUE(app().mainForm().action("stretchToUsedBitsAction")->isChecked());
-    EXPECT_TRUE(note().startsWith("Stretched to the 12 of 16 bits that are used.")) << note().toStdString();
+    EXPECT_TRUE(note() == "Stretched: 12 of 16 bits used (Edit menu)") << note().toStdString();
     EXPECT_FALSE(drawn().isEmpty());
     app().mainForm().action("stretchToUsedBitsAction")->trigger();
     EXPECT_FALSE(view().autoBitDepth);

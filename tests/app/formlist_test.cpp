@@ -5,6 +5,10 @@
 #include <set>
 
 #include <QAbstractButton>
+#include <QAbstractSlider>
+#include <QAbstractSpinBox>
+#include <QCheckBox>
+#include <QComboBox>
 #include <QDockWidget>
 #include <QFileDialog>
 #include <QLabel>
@@ -158,17 +162,47 @@ TEST_P(EveryForm, ItsSessionElementGoesThereAndBack)
     hide();
 }
 
-TEST_P(EveryForm, MayBeUsedWhileTheVolumeSpins)
+/// Changes every number, choice and switch of a form once.
+void useAll(const QWidget& form)
+{
+    for (QWidget* each : form.findChildren<QWidget*>()) {
+        if (!each->isEnabled() || !each->isVisible())
+            continue;
+        if (auto* number = qobject_cast<QAbstractSpinBox*>(each))
+            number->stepUp();
+        else if (auto* list = qobject_cast<QComboBox*>(each))
+            list->setCurrentIndex((list->currentIndex() + 1) % std::max(1, list->count()));
+        else if (auto* box = qobject_cast<QCheckBox*>(each))
+            box->toggle();
+        else if (auto* slider = qobject_cast<QAbstractSlider*>(each))
+            slider->setValue(slider->value() + 1);
+        QCoreApplication::processEvents();
+    }
+}
+
+TEST_P(EveryForm, IsUsedWhileTheVolumeSpinsAndTheLastChangeIsDrawn)
 {
     loadStacks(1);
     app().model().edit(Change::Pose, [](Scene& scene) { scene.view.spinY = 3; });
     // Motion along y turns about x.
     const double before = app().model().view().rotX;
-    show();
+    ToolForm& form = show();
     EXPECT_TRUE(QTest::qWaitFor([&] { return app().model().view().rotX != before; }));
+    if (row().kind == FormKind::Tool)
+        useAll(form);
     hide();
     EXPECT_TRUE(app().model().view().isSpinning());
-    widget().stopAndWait();
+    // The last change comes while a frame is under way.
+    changeView([](ViewState& state) {
+        state.renderMode = RenderMode::Normal;
+        state.spinX = state.spinY = state.spinZ = 0;
+        state.backgroundColor = QColor(10, 200, 30);
+    });
+    const auto corner = [this] {
+        settle();
+        return widget().screen()->grabWindow(widget().winId(), 2, 2, 1, 1).toImage().pixelColor(0, 0);
+    };
+    EXPECT_TRUE(QTest::qWaitFor([&] { return corner() == QColor(10, 200, 30); }));
 }
 
 /// Texts that do not fit into their widgets.

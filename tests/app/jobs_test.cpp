@@ -10,6 +10,7 @@
 
 #include "glsupport/glrecorder.h"
 #include "image/filters/extremafilters.h"
+#include "support/picturecompare.h"
 #include "ui/edits/jobprogressform.h"
 #include "uisupport/apptest.h"
 #include "uisupport/modalanswers.h"
@@ -26,6 +27,13 @@ protected:
         app().jobs().filterThread().wait();
         app().jobs().saveThread().wait();
         settle();
+    }
+    void drawOn(Drawing drawing)
+    {
+        app().model().edit(Change::Settings | Change::Look,
+                           [drawing](Scene& scene) { scene.settings.drawing = drawing; });
+        settle();
+        widget().renderThread().wait();
     }
     QByteArray voxels()
     {
@@ -73,6 +81,7 @@ TEST_F(Jobs, AFlipGoesThroughTheThread)
 TEST_F(Jobs, AJobBuildsTheListOfWhatIsShownOnce)
 {
     load({picFile("a.pic")});
+    drawOn(Drawing::Card);
     GlRecorder gl(GlRecorder::Mode::Forward);
     trigger("invertAction");
     finishJob();
@@ -80,6 +89,19 @@ TEST_F(Jobs, AJobBuildsTheListOfWhatIsShownOnce)
     app().model().redraw();
     settle();
     EXPECT_EQ(gl.count("NewList"), 1);
+}
+
+TEST_F(Jobs, AJobIsSeenWhoeverDraws)
+{
+    load({picFile("a.pic")});
+    drawOn(Drawing::Processor);
+    const QImage before = widget().renderThread().grabNextFrame();
+    trigger("invertAction");
+    finishJob();
+    const QImage processor = widget().renderThread().grabNextFrame();
+    EXPECT_GT(largestDifference(processor, before), 50);
+    drawOn(Drawing::Card);
+    EXPECT_LE(largestDifference(processor, widget().renderThread().grabNextFrame()), 8);
 }
 
 TEST_F(Jobs, AFilterAsksForItsParametersFirst)

@@ -8,17 +8,11 @@
 #include <QTest>
 #include <QTimer>
 
+#include "support/tifffile.h"
 #include "uisupport/apptest.h"
 
 namespace tirn::test {
 namespace {
-
-void writeText(const QString& name, const char* text)
-{
-    QFile file(name);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(text);
-}
 
 class Application : public AppTest
 {
@@ -43,19 +37,13 @@ TEST_F(Application, StartsWithAWindowOf512PixelsThatMayShrink)
     EXPECT_EQ(label("tex"), QString("none"));
 }
 
-TEST_F(Application, InputFieldsTakeTheColourOfTheirWindowWhateverTheTheme)
+TEST_F(Application, InputFieldsLookAlike)
 {
-    const QPalette before = QApplication::palette();
-    QPalette dark = before;
-    dark.setColor(QPalette::Window, QColor(40, 42, 44));
-    dark.setColor(QPalette::Base, QColor(20, 20, 20));
-    QApplication::setPalette(dark);
-    settle();
-    EXPECT_EQ(QApplication::palette("QSpinBox").color(QPalette::Base), QColor(40, 42, 44));
-    EXPECT_EQ(QApplication::palette("QComboBox").color(QPalette::Base), QColor(40, 42, 44));
-    QApplication::setPalette(before);
-    settle();
-    EXPECT_EQ(QApplication::palette("QSpinBox").color(QPalette::Base), before.color(QPalette::Window));
+    for (const char* field : {"QSpinBox", "QComboBox", "tirn::FileChooser"}) {
+        EXPECT_EQ(QApplication::palette(field).color(QPalette::Base),
+                  QApplication::palette("QLineEdit").color(QPalette::Base))
+            << field << " would look disabled beside a line edit";
+    }
 }
 
 TEST_F(Application, TheSoftwareDriverIsTheSecondFragmentProgramKind)
@@ -140,6 +128,25 @@ TEST_F(Application, MissingPalettesAreMadeGrey)
     ASSERT_EQ(app().scene().palettes.size(), 2U);
     EXPECT_EQ(app().palette(1)->red()[200], 200);
     EXPECT_EQ(app().palette(2), nullptr);
+}
+
+TEST_F(Application, AllFilesThatAreGoneStandInOneBox)
+{
+    load({path("a.pic"), path("b.pic")});
+    EXPECT_EQ(takeBox(),
+              "File does not exist: Cannot find " + path("a.pic") + "\nCannot find " + path("b.pic"));
+    EXPECT_EQ(takeBox(), "");
+}
+
+TEST_F(Application, AStackWithGapsIsShownAndToldOf)
+{
+    TiffFile tiff{std::vector<TiffPage>(3, TiffPage{.x = 16, .y = 12})};
+    // Two bytes are all that a strip holds.
+    tiff.pages[1].fields = {{279, 4, {2}, {}}};
+    load({tiff.save(path("a.tif"))});
+    EXPECT_EQ(app().arrayCount(), 1);
+    EXPECT_EQ(takeBox(), "File load error: Some of the stack is missing, and shown as black.\n"
+                         "a.tif: file ends early: 2 of 3 layers");
 }
 
 TEST_F(Application, TheScaleFollowsTheVoxelSizes)
@@ -502,54 +509,6 @@ TEST_F(Application, TwoHundredCyclesOfLoadingSpinningAndClosingLeaveNothingBehin
     EXPECT_EQ(liveGlNames().textures, 0);
     EXPECT_LE(liveGlNames().programs, before.programs);
     EXPECT_LE(QDir("/proc/self/task").entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), threads + 1);
-}
-
-TEST_F(Application, ASurfaceIsDrawnInTheVolume)
-{
-    load({picFile("a.pic")});
-    const QImage before = widget().renderThread().grabNextFrame();
-    const QString mesh = path("mesh.stl");
-    writeText(mesh,
-              "solid m\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\n"
-              "endfacet\nendsolid\n");
-    app().loads().loadSegmentation(mesh);
-    EXPECT_EQ(takeBox(), "Segmentation: " + mesh + " loaded.");
-    EXPECT_TRUE(log.contains("Segmentation " + mesh + " loaded."));
-    settle();
-    const QImage small = widget().renderThread().grabNextFrame();
-    EXPECT_NE(small, before);
-    writeText(
-        mesh,
-        "solid m\nfacet normal 0 0 1\nouter loop\nvertex -1 -1 0\nvertex 1 -1 0\nvertex 0 1 0\nendloop\n"
-        "endfacet\nendsolid m\n");
-    app().loads().loadSegmentation(mesh);
-    EXPECT_EQ(takeBox(), "Segmentation: " + mesh + " loaded.");
-    settle();
-    EXPECT_NE(widget().renderThread().grabNextFrame(), small) << "the newest replaces the former";
-    EXPECT_EQ(app().scene().segmentations.size(), 1U);
-    writeText(mesh, "solid m\nnothing of the kind\n");
-    app().loads().loadSegmentation(mesh);
-    EXPECT_EQ(takeBox(), "Load Error: Failed to load " + mesh);
-    EXPECT_EQ(app().scene().segmentations.size(), 1U);
-    EXPECT_NE(app().mainForm().action("segmentationOpenAction"), nullptr);
-    QAction* shown = app().mainForm().action("showSegmentationAction");
-    QAction* close = app().mainForm().action("closeSegmentationAction");
-    const QImage drawn = widget().renderThread().grabNextFrame();
-    ASSERT_TRUE(shown->isEnabled() && shown->isChecked());
-    shown->trigger();
-    EXPECT_EQ(widget().renderThread().grabNextFrame(), before);
-    shown->trigger();
-    EXPECT_EQ(widget().renderThread().grabNextFrame(), drawn);
-    close->trigger();
-    EXPECT_EQ(widget().renderThread().grabNextFrame(), before);
-    EXPECT_FALSE(shown->isEnabled() || close->isEnabled());
-    writeText(mesh,
-              "solid m\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\n"
-              "endfacet\nendsolid\n");
-    app().loads().loadSegmentation(mesh);
-    takeBox();
-    app().closeAll();
-    EXPECT_TRUE(app().scene().segmentations.empty());
 }
 
 TEST_F(Application, TwentyStartsAndQuits)

@@ -31,6 +31,18 @@ TEST_F(MovieTool, AnOrientationThatIsAskedForIsWhereARotationBegins)
     EXPECT_EQ(frame("turn0001.png"), rendered(kSmall + QStringList{"--rotate", "100,20,30", in}));
 }
 
+TEST_F(MovieTool, FramesAreDrawnByWhoIsAskedTo)
+{
+    for (const char* who : {"gpu", "cpu"}) {
+        const QStringList options = QStringList{"--draw", who, "--rotate", "20,30,0", "--size", "128x128"};
+        make(QStringList{"--axis", "Y", "--frames", "4"} + options +
+             QStringList{pic(), path(QString(who) + ".png")});
+        EXPECT_EQ(frame(qPrintable(QString(who) + "0000.png")), rendered(options + QStringList{pic()}))
+            << who;
+    }
+    EXPECT_NE(frame("gpu0000.png"), frame("cpu0000.png"));
+}
+
 TEST_F(MovieTool, AnAviHasItsFramesSizeAndRate)
 {
     make(QStringList{"--frames", "6", "--turns", "2", "--rate", "25", pic(), path("turn.avi")} + kSmall);

@@ -59,6 +59,25 @@ TEST_F(RenderTool, DrawsAStackWithoutADisplayAndWritesNothingElse)
         QDir(m_home.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).isEmpty());
 }
 
+// Slanted, so that the two round differently in some pixel, and differ visibly in none.
+TEST_F(RenderTool, TheProcessorAndTheCardDrawAlike)
+{
+    const QStringList view = {"--rotate", "20,30,0", "--size", "128x128", pic()};
+    const QImage card = picture(QStringList{"--draw", "gpu"} + view, "gpu.png");
+    const QImage processor = picture(QStringList{"--draw", "cpu"} + view, "cpu.png");
+    double sum = 0;
+    for (int y = 0; y < 128; ++y) {
+        for (int x = 0; x < 128; ++x)
+            sum += std::abs(qRed(card.pixel(x, y)) - qRed(processor.pixel(x, y)));
+    }
+    EXPECT_LT(sum / (128 * 128), 0.5);
+    EXPECT_GT(at(processor, 0.4, 0.5).red(), 100);
+    EXPECT_NE(card, processor);
+    // There is no card here.
+    EXPECT_EQ(picture(view, "auto.png"), processor);
+    expectUsageError({"--draw", "pencil"}, "--draw: 'pencil' is none of auto, gpu, cpu");
+}
+
 TEST_F(RenderTool, ThePaletteAndItsColourAreThoseOfTheChannel)
 {
     const QStringList both = {pic("a.pic"), pic("b.pic", false)};

@@ -96,9 +96,23 @@ std::unique_ptr<VoxelArray> makeVolume(const std::vector<PlainStack>& timePoints
     return array;
 }
 
+Drawing& testedDrawing()
+{
+    static Drawing drawing = Drawing::Card;
+    return drawing;
+}
+
+CompositorView asDrawn(CompositorView view)
+{
+    if (testedDrawing() == Drawing::Processor)
+        view.blockLimit = 1024;
+    return view;
+}
+
 RenderRig::RenderRig(QSize size, RenderThreadKind kind)
     : m_hidden(std::make_unique<HiddenContext>()), m_kind(kind)
 {
+    scene.settings.drawing = testedDrawing();
     m_hidden->makeCurrent();
     m_shaders = std::make_unique<Shaders>();
     m_paletteTables = std::make_unique<GlPaletteTables>(kind, m_hidden.get());

@@ -76,6 +76,11 @@ struct VolumeSpec
 };
 std::unique_ptr<VoxelArray> makeVolume(const std::vector<PlainStack>& timePoints, const VolumeSpec& spec);
 
+/// Who draws the volumes of the rigs that are made from now on.
+Drawing& testedDrawing();
+/// What they must show of a view: blocks, of which a card's textures have seams, are none to the processor.
+CompositorView asDrawn(CompositorView view);
+
 /// A scene with a render thread on an off-screen surface.
 class RenderRig
 {

@@ -73,7 +73,8 @@ Picture drawn(const Shown& shown)
 
 Picture predicted(const Shown& shown)
 {
-    return compose(shown.timePoints[static_cast<std::size_t>(shown.timePoint)], shown.tables, shown.view);
+    return compose(shown.timePoints[static_cast<std::size_t>(shown.timePoint)], shown.tables,
+                   asDrawn(shown.view));
 }
 
 void expectMatch(const Picture& prediction, const Picture& seen, const CompositorView& view, int leastCovered)
@@ -98,7 +99,7 @@ void expectAllViews(Shown shown, int leastCovered = kSize * kSize * 9 / 10)
             if (shown.view.blending == Blending::Maximum && axis == slicingAxisOf(shown.view))
                 continue;
             const PlainStack& stack = shown.timePoints[static_cast<std::size_t>(shown.timePoint)];
-            const Picture wrong = compose(mirrored(stack, axis), shown.tables, shown.view);
+            const Picture wrong = compose(mirrored(stack, axis), shown.tables, asDrawn(shown.view));
             EXPECT_FALSE(matches(compare(wrong, seen))) << "mirrored axis " << axis;
         }
     }
@@ -183,7 +184,8 @@ TEST(OtherPictures, EachTimePointShowsItsOwnStack)
             const Picture seen = drawn(shown);
             for (int other = 0; other < 3; ++other) {
                 const PlainStack& stack = shown.timePoints[static_cast<std::size_t>(other)];
-                EXPECT_EQ(matches(compare(compose(stack, shown.tables, shown.view), seen)), other == t)
+                EXPECT_EQ(matches(compare(compose(stack, shown.tables, asDrawn(shown.view)), seen)),
+                          other == t)
                     << "time point " << t << " as " << other;
             }
         }

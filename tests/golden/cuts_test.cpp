@@ -63,7 +63,7 @@ protected:
     ::testing::AssertionResult isSeenAs(const Cut& cut, const Picture& seen)
     {
         view.cut = cut;
-        const PictureDifference difference = compare(compose(stack, tables, view), seen);
+        const PictureDifference difference = compare(compose(stack, tables, asDrawn(view)), seen);
         const bool isSame = matches(difference) && difference.worstOutside <= 8;
         return (isSame ? ::testing::AssertionSuccess() : ::testing::AssertionFailure())
                << "mean " << difference.mean << " percentile " << difference.percentile999 << " outside "

@@ -143,10 +143,11 @@ TEST(DepthCurves, AreDrawnLikeAStackThatWasMultiplied)
         const CompositorView view = curveView(stack, rotation, 1024);
         const Picture seen = drawnWithCurve(stack, curve, view);
         const PictureDifference difference =
-            compare(compose(multipliedBy(curve, stack), kCurveTables, view), seen);
+            compare(compose(multipliedBy(curve, stack), kCurveTables, asDrawn(view)), seen);
         EXPECT_TRUE(matches(difference)) << rotation[0] << " " << rotation[1] << ": " << difference.mean
                                          << " " << difference.percentile999;
-        EXPECT_FALSE(matches(compare(compose(stack, kCurveTables, view), seen))) << "the curve shows";
+        EXPECT_FALSE(matches(compare(compose(stack, kCurveTables, asDrawn(view)), seen)))
+            << "the curve shows";
     }
 }
 
@@ -164,10 +165,11 @@ TEST(DepthCurves, RunOnThroughAllBlocksAlongZ)
             const CompositorView view = curveView(stack, rotation, limit);
             const Picture seen = drawnWithCurve(stack, curve, view);
             const PictureDifference difference =
-                compare(compose(multipliedBy(curve, stack), kCurveTables, view), seen);
+                compare(compose(multipliedBy(curve, stack), kCurveTables, asDrawn(view)), seen);
             EXPECT_TRUE(matches(difference)) << limit << ": " << rotation[0] << " " << rotation[1] << ": "
                                              << difference.mean << " " << difference.percentile999;
-            EXPECT_FALSE(matches(compare(compose(multipliedBy(begunAnew, stack), kCurveTables, view), seen)));
+            EXPECT_FALSE(
+                matches(compare(compose(multipliedBy(begunAnew, stack), kCurveTables, asDrawn(view)), seen)));
         }
     }
 }
@@ -178,7 +180,7 @@ TEST(DepthCurves, MultiplyByFourAtMost)
     const CompositorView view = curveView(stack, {0, 0, 0}, 1024);
     const Picture seen = drawnWithCurve(stack, std::vector<double>(16, 5.0), view);
     const auto times = [&](double factor) {
-        return compose(multipliedBy(std::vector<double>(16, factor), stack), kCurveTables, view);
+        return compose(multipliedBy(std::vector<double>(16, factor), stack), kCurveTables, asDrawn(view));
     };
     EXPECT_TRUE(matches(compare(times(4), seen)));
     EXPECT_FALSE(matches(compare(times(5), seen)));

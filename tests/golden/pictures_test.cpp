@@ -5,6 +5,7 @@
 
 #include "glsupport/renderrig.h"
 #include "render/picturemaker.h"
+#include "scene/scalebar.h"
 #include "support/picturecompare.h"
 
 namespace tirn::test {
@@ -58,6 +59,8 @@ struct RulerCase
     int axis;
     std::array<int, 3> size;
     std::array<double, 3> voxel;
+    /// The largest round length in microns that a bar of 0.4 units, 12.8 voxels, has room for.
+    double roundLength;
 };
 
 class ScaleBars : public ::testing::TestWithParam<RulerCase>
@@ -84,19 +87,37 @@ protected:
             line.push_back(qGreen(down ? picture.pixel(kSide / 2, i) : picture.pixel(i, kSide / 2)));
         return line;
     }
-    /// The columns of the longest red run.
-    static int barPixels(const QImage& picture)
+    static bool isBar(const QImage& picture, int x, int y)
     {
-        int longest = 0;
-        for (int y = 0; y < kSide; ++y) {
-            int run = 0;
-            for (int x = 0; x < kSide; ++x) {
-                const QRgb pixel = picture.pixel(x, y);
-                run = qRed(pixel) > 200 && qGreen(pixel) < 40 ? run + 1 : 0;
-                longest = std::max(longest, run);
-            }
-        }
-        return longest;
+        const QRgb pixel = picture.pixel(x, y);
+        return qRed(pixel) > 200 && qGreen(pixel) < 40;
+    }
+    /// How far the middles of the bar's two ticks are apart, measured where they stand above its lowest row.
+    static double barPixels(const QImage& picture)
+    {
+        int lowest = kSide - 1;
+        const auto reaches = [&](int y) {
+            int count = 0;
+            for (int x = 0; x < kSide; ++x)
+                count += isBar(picture, x, y);
+            return count;
+        };
+        while (lowest > 0 && reaches(lowest) < kSide / 20)
+            --lowest;
+        const int row = lowest - 6;
+        int left = 0;
+        int right = kSide - 1;
+        while (left < kSide && !isBar(picture, left, row))
+            ++left;
+        while (right > 0 && !isBar(picture, right, row))
+            --right;
+        int leftEnd = left;
+        int rightBegin = right;
+        while (isBar(picture, leftEnd + 1, row))
+            ++leftEnd;
+        while (isBar(picture, rightBegin - 1, row))
+            --rightBegin;
+        return (rightBegin + right - left - leftEnd) / 2.0;
     }
 };
 
@@ -132,14 +153,21 @@ TEST_P(ScaleBars, AreAsLongAsTheySay)
     const double microns = (high - low) * ruler.voxel[axis];
     const ScaleBarLabel label = scaleBarLabel(0.4, array.geometry().maxPow(), ruler.voxel[0], array.scale.x);
     ASSERT_TRUE(label.known);
-    EXPECT_NEAR(label.length / barPixels(picture), microns / pixels, 0.03 * microns / pixels);
+    // To a pixel: that many pixels are as many microns as the label says.
+    EXPECT_NEAR(label.length * pixels / microns, barPixels(picture), 1);
+    rig.scene.view.roundScaleBar = true;
+    const QImage round = PictureMaker(rig.thread()).draw({{kSide, kSide}});
+    const double length = ruler.roundLength;
+    EXPECT_NEAR(length * pixels / microns, barPixels(round), 1);
+    EXPECT_EQ(scaleBarOf(rig.scene.view, array.geometry().maxPow(), ruler.voxel[0], array.scale.x).label.text,
+              lengthText(length));
 }
 
 INSTANTIATE_TEST_SUITE_P(Axes, ScaleBars,
-                         ::testing::Values(RulerCase{"XIsWidest", 0, {64, 32, 16}, {0.5, 0.5, 0.5}},
-                                           RulerCase{"YIsWidest", 1, {16, 64, 32}, {0.25, 0.25, 0.5}},
-                                           RulerCase{"ZIsWidest", 2, {16, 32, 64}, {0.1, 0.1, 0.1}},
-                                           RulerCase{"FlatVoxels", 1, {64, 64, 8}, {0.2, 0.4, 1.0}}),
+                         ::testing::Values(RulerCase{"XIsWidest", 0, {64, 32, 16}, {0.5, 0.5, 0.5}, 5},
+                                           RulerCase{"YIsWidest", 1, {16, 64, 32}, {0.25, 0.25, 0.5}, 5},
+                                           RulerCase{"ZIsWidest", 2, {16, 32, 64}, {0.1, 0.1, 0.1}, 1},
+                                           RulerCase{"FlatVoxels", 1, {64, 64, 8}, {0.2, 0.4, 1.0}, 10}),
                          [](const auto& tested) { return std::string(tested.param.name); });
 
 } // namespace

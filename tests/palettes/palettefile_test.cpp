@@ -389,5 +389,19 @@ TEST_F(PaletteFileTest, ATextTableOfFourColumnsReadsAsAMap)
     EXPECT_EQ(entryAt(file, 255).red, 255);
 }
 
+TEST(PaletteFile, AnEndlessFileIsNoPalette)
+{
+    QTemporaryDir directory;
+    EXPECT_FALSE(PaletteFile("/dev/zero").read());
+    // A file with a hole of 80 GB takes no room on the disk.
+    for (const char* name : {"large.col", "large.map", "large.lut"}) {
+        QFile large(directory.filePath(name));
+        ASSERT_TRUE(large.open(QIODevice::WriteOnly));
+        large.write("# AmiraMesh 3D ASCII\n");
+        ASSERT_TRUE(large.resize(qint64{80} << 30));
+        EXPECT_FALSE(PaletteFile(large.fileName()).read()) << name;
+    }
+}
+
 } // namespace
 } // namespace tirn

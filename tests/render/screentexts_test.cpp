@@ -165,16 +165,5 @@ TEST(FrameRateText, IsThatOfOneFrameASecond)
     EXPECT_EQ(frameRateText(0), "Ludicrous speed GO!");
 }
 
-TEST(ScaleBarText, HasADecimalUnlessTheLengthIsNearlyWhole)
-{
-    const QString unit = QString(" ") + QChar(0xb5) + "m";
-    EXPECT_EQ(scaleBarLabel(0.5, 4, 10, 1).text, "10" + unit);
-    EXPECT_EQ(scaleBarLabel(0.5, 4, 10, 2).text, "5" + unit);
-    EXPECT_EQ(scaleBarLabel(0.5, 4, 1.3, 1).text, "1.3" + unit);
-    EXPECT_EQ(scaleBarLabel(0.5, 4, 2.05, 1).text, "2" + unit);
-    EXPECT_EQ(scaleBarLabel(0.5, 4, 10, 0).text, "unknown");
-    EXPECT_EQ(scaleBarLabel(0.5, 4, -1, 1).text, "unknown");
-}
-
 } // namespace
 } // namespace tirn::test

@@ -97,7 +97,7 @@ TEST(FitView, PutsTheVolumeInTheMiddle)
     EXPECT_NEAR(scene.view.zoom, 0.9, 1e-6);
 }
 
-TEST(FreshView, IsThatOfTheStart)
+TEST(ResetView, IsThatOfTheStart)
 {
     Scene scene;
     scene.arrays.push_back(std::make_unique<VoxelArray>(8, 8, 8, VolumeOptions()));
@@ -108,7 +108,7 @@ TEST(FreshView, IsThatOfTheStart)
     scene.view.transY = 1;
     scene.view.zoom = 4;
     scene.view.spinX = 9;
-    freshView(scene);
+    resetView(scene);
     EXPECT_EQ(scene.view, ViewState());
     EXPECT_EQ(scene.current()->scale, (AxisScale{1, 1, 3}));
 }

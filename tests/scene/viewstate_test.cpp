@@ -176,22 +176,5 @@ TEST(FrameRate, IsTheReciprocalOfTheTime)
     EXPECT_EQ(frameRateText(0), "Ludicrous speed GO!");
 }
 
-TEST(ScaleBar, ShowsItsLengthInUnitsOfTheStack)
-{
-    EXPECT_EQ(scaleBarLabel(0.3, 256, 0.1, 1).text, QStringLiteral("3.8 \u00b5m"));
-    EXPECT_EQ(scaleBarLabel(0.5, 256, 0.25, 2).text, QStringLiteral("8 \u00b5m"));
-    // Half a tenth off the whole number is as good as whole.
-    EXPECT_EQ(scaleBarLabel(2, 1, 7.05, 1).text, QStringLiteral("7 \u00b5m"));
-    EXPECT_EQ(scaleBarLabel(2, 1, 7.125, 1).text, QStringLiteral("7.1 \u00b5m"));
-    EXPECT_EQ(scaleBarLabel(2, 1, 7.96875, 1).text, QStringLiteral("8.0 \u00b5m"));
-}
-
-TEST(ScaleBar, IsUnknownWithoutAVoxelSizeOrAScale)
-{
-    EXPECT_EQ(scaleBarLabel(0.3, 256, -1, 1).text, "unknown");
-    EXPECT_EQ(scaleBarLabel(0.3, 256, 0.1, 0).text, "unknown");
-    EXPECT_FALSE(scaleBarLabel(0.3, 256, 0.1, 0).known);
-}
-
 } // namespace
 } // namespace tirn

@@ -26,6 +26,7 @@ TEST_F(SettingsStore, AnEmptyOneGivesTheDefaults)
     EXPECT_EQ(settings.defaultEncode, 0);
     EXPECT_EQ(settings.blending, 0);
     EXPECT_TRUE(settings.usePBuffers);
+    EXPECT_EQ(settings.drawing, 0);
 }
 
 TEST_F(SettingsStore, TextsBecomeNumbers)
@@ -36,6 +37,7 @@ TEST_F(SettingsStore, TextsBecomeNumbers)
     store.setValue("Paths/Default4DEncode", "whatever");
     store.setValue("Paths/UsePBuffers", "No");
     store.setValue("Paths/FlashRate", 120);
+    store.setValue("Paths/Drawing", "Graphics card");
     const Settings settings = readSettings(store, kCard);
     EXPECT_EQ(settings.paletteGeneration, 0);
     EXPECT_EQ(settings.blending, 1);
@@ -43,15 +45,18 @@ TEST_F(SettingsStore, TextsBecomeNumbers)
     EXPECT_EQ(settings.defaultTimeSeriesEncode, 1);
     EXPECT_FALSE(settings.usePBuffers);
     EXPECT_EQ(settings.flashRate, 120);
+    EXPECT_EQ(settings.drawing, 1);
 }
 
 TEST_F(SettingsStore, ForeignValuesFallBack)
 {
     store.setValue("Paths/DefaultBlending", "Sparkle");
+    store.setValue("Paths/Drawing", "Pencil");
     store.setValue("Paths/2DTexDimLimit", "many");
     store.setValue("Paths/3DTexDimLimit", -4);
     const Settings settings = readSettings(store, kCard);
     EXPECT_EQ(settings.blending, -1);
+    EXPECT_EQ(settings.drawing, 0);
     EXPECT_EQ(settings.texLimit2D, 1024);
     EXPECT_EQ(settings.texLimit3D, 512);
 }
@@ -99,6 +104,7 @@ TEST_F(SettingsStore, PreferencesAreWrittenUnderTheirKeys)
     settings.defaultEncode = 1;
     settings.flashRate = 250;
     settings.usePBuffers = false;
+    settings.drawing = 2;
     settings.texLimit2D = 256;
     settings.texLimit3D = kNoTextureBlocking;
     settings.fitOnOpen = false;
@@ -111,6 +117,7 @@ TEST_F(SettingsStore, PreferencesAreWrittenUnderTheirKeys)
                                                                     {"Default4DEncode", "2D Texmaps"},
                                                                     {"FlashRate", 250},
                                                                     {"UsePBuffers", "No"},
+                                                                    {"Drawing", "Processor"},
                                                                     {"2DTexDimLimit", 256},
                                                                     {"3DTexDimLimit", 100000},
                                                                     {"FitOnOpen", false},
@@ -118,8 +125,19 @@ TEST_F(SettingsStore, PreferencesAreWrittenUnderTheirKeys)
                                                                     {"MoveAlongScreen", false}};
     for (const auto& [key, value] : expected)
         EXPECT_EQ(store.value(QString("Paths/") + key), value) << key;
-    EXPECT_EQ(store.allKeys().size(), 13);
+    EXPECT_EQ(store.allKeys().size(), 14);
     EXPECT_EQ(readSettings(store, kCard), settings);
+}
+
+TEST_F(SettingsStore, ChoicesOfFormsAreWrittenApartFromThePreferences)
+{
+    EXPECT_EQ(readSettings(store, kCard).rotationMode, 1);
+    Settings settings;
+    settings.rotationMode = 0;
+    writeChoices(settings, store);
+    EXPECT_EQ(store.value("View/RotationMode"), "Quaternion");
+    EXPECT_EQ(store.allKeys().size(), 1);
+    EXPECT_EQ(readSettings(store, kCard).rotationMode, 0);
 }
 
 TEST_F(SettingsStore, AnEmptyFolderOfFavouritesHasNoKey)

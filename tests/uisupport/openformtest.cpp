@@ -27,8 +27,19 @@ OpenFormTest::OpenFormTest() { card.hasTexture3D = true; }
 
 FormServices OpenFormTest::services()
 {
-    return {app().model(), *this,    app().stacks(), app().jobs(), app().pictures(),
-            probes,        settings, card,           {},           {}};
+    return {.model = app().model(),
+            .loads = *this,
+            .stacks = app().stacks(),
+            .palettes = app().stacks(),
+            .jobs = app().jobs(),
+            .pictures = app().pictures(),
+            .window = app().windows(),
+            .probes = probes,
+            .settings = settings,
+            .card = card,
+            .storePreferences = {},
+            .form = {},
+            .help = {}};
 }
 
 void OpenFormTest::waitForProbes()

@@ -34,6 +34,7 @@ protected:
     FormServices services();
     bool startLoad(LoadDescription load) override;
     void chooseStack() override {}
+    void loadPalettes(const QStringList& /*names*/) override {}
     /// The box on the screen, which is then closed; without a title when there is none.
     SeenBox seenBox();
     /// Answers the next question with the button of this text, or closes it where there is none; the question

@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include <gtest/gtest.h>
 
 #include "volume/meshfit.h"
@@ -69,6 +71,20 @@ TEST(MeshFit, MicronsCountFromTheOuterCorner)
     expectVertex(mesh.facets[0].vertices[1], {1, -0.5, -0.25});
     // The middle of the first voxel.
     expectVertex(mesh.facets[0].vertices[2], {-0.875, 0.375, 0.125});
+}
+
+TEST(DrawnVoxelSize, HasTheStepBetweenLayersAndNeedsAllSides)
+{
+    ImageAttributes stack;
+    stack.dimX = 0.5;
+    stack.dimY = 0.25;
+    stack.dimZ = 1.5;
+    EXPECT_EQ(drawnVoxelSize(stack, 1), (std::array{0.5, 0.25, 1.5}));
+    EXPECT_EQ(drawnVoxelSize(stack, 3), (std::array{0.5, 0.25, 4.5}));
+    stack.dimY = 0;
+    EXPECT_EQ(drawnVoxelSize(stack, 1), std::nullopt);
+    stack.dimY = std::nan("");
+    EXPECT_EQ(drawnVoxelSize(stack, 1), std::nullopt);
 }
 
 } // namespace

@@ -10,7 +10,7 @@ std::optional<CutDrag> CutHandleTool::dragAt(QPointF place, QSize size, double p
         const VoxelArray* array = scene.current();
         if (!scene.view.cutHandles.shown || array == nullptr || !showsVolume(scene.view.renderMode))
             return std::nullopt;
-        const ViewProjection projection(scene.view, array->scale * scene.view.zoom, size);
+        const ViewProjection projection(scene.view, scene.drawnScale(), size);
         const auto face =
             handleAt(cutHandles(projection, array->geometry(), array->cut), place, kHandleReach * pixelRatio);
         if (!face)

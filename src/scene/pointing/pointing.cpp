@@ -79,7 +79,7 @@ std::optional<PointedVoxel> pointAt(const Scene& scene, QPointF pixel, QSize siz
     const VoxelArray* array = scene.current();
     if (array == nullptr || scene.batchMode || !array->isComplete())
         return std::nullopt;
-    const auto projection = projectionAt(scene.view, array->scale * scene.view.zoom, size, pixel);
+    const auto projection = projectionAt(scene.view, scene.drawnScale(), size, pixel);
     if (!projection)
         return std::nullopt;
     SeenVolume volume{array->geometry(), array->textureTarget() == GL_TEXTURE_3D, projection->orientation(),

@@ -32,6 +32,16 @@ constexpr ActionRow ofStack(const char* menu, const char* name, const char* text
     return {menu, name, text, shortcut, toolTip, kPlain, true, ActionRow::Needs::Stack};
 }
 
+/// An action of the palette editor; nothing where it was left out.
+constexpr ActionRow ofEditor(const char* menu, const char* name, const char* text)
+{
+#ifdef TIRN_HAS_PLOTS
+    return {menu, name, text};
+#else
+    return later(menu, name, text);
+#endif
+}
+
 /// An action on the surface that is drawn over it.
 constexpr ActionRow ofSurface(const char* menu, const char* name, const char* text,
                               ActionRow::Kind kind = ActionRow::Kind::Plain)
@@ -41,8 +51,8 @@ constexpr ActionRow ofSurface(const char* menu, const char* name, const char* te
 
 constexpr ActionRow kBeforeFilters[] = {
     {"&File/Load", "stackOpenAction", "Stack..."},
-    later("&File/Load", "paletteOpenAction", "Palette..."),
-    later("&File/Load", "paletteNewAction", "New Palette"),
+    ofEditor("&File/Load", "paletteOpenAction", "Palette..."),
+    ofEditor("&File/Load", "paletteNewAction", "New Palette"),
     {"&File/Load", "importStackAction", "Raw Stack..."},
     later("&File/Load", "sessionOpenAction", "Session..."),
     {"&File/Load", "sequenceTiffAction", "Sequence Tiff..."},
@@ -52,9 +62,9 @@ constexpr ActionRow kBeforeFilters[] = {
     {"&File/Load", "recentStacksMenu", "Recent Stacks", "", "", kList},
     {"&File/Load", "recentPalettesMenu", "Recent Palettes", "", "", kList},
     later("&File/Save", "sessionSaveAction", "Save Session..."),
-    later("&File/Save", "paletteSaveAction", "Save Palette..."),
+    ofEditor("&File/Save", "paletteSaveAction", "Save Palette..."),
     ofStack("&File/Close", "closeStackAction", "Stack"),
-    later("&File/Close", "closePaletteAction", "Palette"),
+    ofEditor("&File/Close", "closePaletteAction", "Palette"),
     ofSurface("&File/Close", "closeSegmentationAction", "Segmentation"),
     {"&File/Close", "closeAllAction", "All"},
     ofStack("&File/Export", "fileSaveCoreAction", "Export Core...", "Ctrl+S",

@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "base/log.h"
+#include "gl/nativebackground.h"
 #include "image/stackfacts.h"
 #include "ui/main/mainactions.h"
 #include "ui/messages.h"
@@ -84,9 +85,10 @@ void MainForm::follow(Changes changes)
     if (changes & (Change::Stacks | Change::Voxels | Change::Scale)) {
         const VoxelArray* array = scene.current();
         setWindowTitle(array != nullptr ? array->name() + " - Tirn" : QString("Tirn"));
-        m_facts->setText(array != nullptr
-                             ? stackFacts(array->stack(), array->channelCount(), array->timePointCount())
-                             : QString());
+        m_facts->setText(array == nullptr
+                             ? QString()
+                             : stackFacts(array->stack(), array->channelCount(), array->timePointCount()));
+        m_facts->setToolTip(m_facts->text());
         updateTextureStatus();
         updateMemoryStatus();
     }
@@ -153,18 +155,20 @@ void MainForm::buildMenus()
 
 void MainForm::buildStatusBar()
 {
-    m_facts = new QLabel(this);
-    m_facts->setObjectName("facts");
-    m_pointed = new QLabel(this);
-    m_pointed->setObjectName("pointed");
-    m_line = new QStackedWidget(this);
-    // A long line gives way to the picture.
-    m_line->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    for (QLabel* each : {m_facts, m_pointed}) {
-        each->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-        m_line->addWidget(each);
-    }
-    statusBar()->addWidget(m_line, 1);
+    // The facts give way to what is pointed at, and both to notes.
+    m_about = new QStackedWidget(this);
+    const auto about = [this](const char* name) {
+        auto* made = new QLabel(m_about);
+        made->setObjectName(name);
+        // However long, it makes no window wider.
+        made->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        m_about->addWidget(made);
+        return made;
+    };
+    m_facts = about("facts");
+    m_pointed = about("pointed");
+    m_about->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    statusBar()->addWidget(m_about, 1);
     const auto label = [this](const char* name, const QString& text, int width) {
         auto* made = new QLabel(text, this);
         made->setObjectName(name);
@@ -252,9 +256,9 @@ void MainForm::showNote(const QString& text) { statusBar()->showMessage(text, kN
 void MainForm::showPointed(const QString& text)
 {
     m_pointed->setText(text);
-    m_line->setCurrentWidget(text.isEmpty() ? m_facts : m_pointed);
     // What does not fit can be read all the same.
     m_pointed->setToolTip(text);
+    m_about->setCurrentWidget(text.isEmpty() ? m_facts : m_pointed);
 }
 
 void MainForm::updateBlendingStatus(GLint mode) { m_blending->setText(mode == GL_MAX ? "max" : "alpha"); }
@@ -277,6 +281,12 @@ void MainForm::checkForUpdates()
     // No network is asked: the text is the whole answer.
     showMessage(this, QMessageBox::Information, tr("Checking for new version"),
                 tr("This build is older than 4AM, of course you need to update."));
+}
+
+void MainForm::showEvent(QShowEvent* event)
+{
+    QMainWindow::showEvent(event);
+    setNativeBackground(*this, palette().color(QPalette::Window));
 }
 
 void MainForm::changeEvent(QEvent* event)

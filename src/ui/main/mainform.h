@@ -13,8 +13,10 @@
 #include "session/recentlists.h"
 #include "session/settings.h"
 #include "threads/probes.h"
+#include "ui/main/unsavedform.h"
 
 class QSettings;
+
 class QStackedWidget;
 
 namespace tirn {
@@ -44,6 +46,11 @@ public:
     QAction* action(const QString& name) const;
     /// What is done before the window closes, first of all; false keeps it open.
     void setCloseHandler(std::function<bool()> handler) { m_closeHandler = std::move(handler); }
+    /// Stacks whose voxels are others than those of their files.
+    void setUnsavedStacks(std::function<std::vector<UnsavedThing>()> stacks)
+    {
+        m_unsavedStacks = std::move(stacks);
+    }
     /// Asked before a command of the undo stack is undone or done again; false leaves it.
     void setUndoGate(std::function<bool(const QUndoCommand*)> gate) { m_undoGate = std::move(gate); }
     /// The widget whose window state decides whether anything is drawn.
@@ -87,6 +94,7 @@ Q_SIGNALS:
     void closing();
 
 protected:
+    void showEvent(QShowEvent* event) override;
     void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -102,22 +110,22 @@ private:
     void recentStack(int position);
     void takeDropped(const DroppedNames& names);
     /// False when the user wants to go on.
-    bool askAboutUnsavedPalettes();
+    std::vector<UnsavedThing> unsavedThings();
     void writeSettings();
 
     MainFormServices m_services;
     RecentLists m_recent;
     ProbeQuestion m_dropped;
+    QStackedWidget* m_about;
     QLabel* m_facts;
-    /// In the place of the facts while the mouse is over something.
     QLabel* m_pointed;
-    QStackedWidget* m_line;
     QLabel* m_blending;
     QLabel* m_zCorrection;
     QLabel* m_texture;
     QLabel* m_memory;
     std::function<bool()> m_closeHandler;
     std::function<bool(const QUndoCommand*)> m_undoGate;
+    std::function<std::vector<UnsavedThing>()> m_unsavedStacks;
     std::function<void(bool)> m_minimisedHandler;
 };
 

@@ -11,7 +11,6 @@
 #include "base/log.h"
 #include "session/droppedfiles.h"
 #include "ui/main/mainform.h"
-#include "ui/messages.h"
 
 namespace tirn {
 
@@ -25,13 +24,6 @@ QStringList localFiles(const QMimeData* data)
             names.append(url.toLocalFile());
     }
     return names;
-}
-
-Answer askToSave(const QString& name, QWidget* parent)
-{
-    return askWithCancel(parent, MainForm::tr("Unsaved Palettes"),
-                         MainForm::tr("Do you want to save the changes to ") + name + "?",
-                         MainForm::tr("Yes"), MainForm::tr("No"));
 }
 
 } // namespace
@@ -83,22 +75,24 @@ void MainForm::loadSequenceTiff()
         Q_EMIT loadTiffs(name, 0);
 }
 
-bool MainForm::askAboutUnsavedPalettes()
+std::vector<UnsavedThing> MainForm::unsavedThings()
 {
-    for (const auto& palette : m_services.model.scene().palettes) {
-        if (palette->hasFile())
-            continue;
-        const Answer answer = askToSave(palette->name(), this);
-        if (answer == Answer::Cancel)
-            return false;
-        if (answer == Answer::No)
-            continue;
-        Q_EMIT savePalette(palette.get());
-        // Saving may have failed, or its dialog been left: nothing is lost then.
-        if (!palette->hasFile())
-            return false;
+    std::vector<UnsavedThing> things;
+    for (const auto& each : m_services.model.scene().palettes) {
+        Palette* palette = each.get();
+        const auto save = [this, palette] {
+            Q_EMIT savePalette(palette);
+            // Saving may have failed, or its dialog been left.
+            return !palette->isUnsaved();
+        };
+        if (palette->isUnsaved())
+            things.push_back({tr("palette %1").arg(palette->name()), save});
     }
-    return true;
+    if (m_unsavedStacks) {
+        for (UnsavedThing& stack : m_unsavedStacks())
+            things.push_back(std::move(stack));
+    }
+    return things;
 }
 
 void MainForm::writeSettings()
@@ -111,6 +105,7 @@ void MainForm::writeSettings()
     if (!settings.palettePath.isEmpty())
         store.setValue("PalettePath", settings.palettePath);
     store.endGroup();
+    writeChoices(settings, store);
     m_recent.write(store);
     store.sync();
     if (store.status() != QSettings::NoError)
@@ -120,7 +115,7 @@ void MainForm::writeSettings()
 void MainForm::closeEvent(QCloseEvent* event)
 {
     const bool mayClose = !m_closeHandler || m_closeHandler();
-    if (!mayClose || !askAboutUnsavedPalettes()) {
+    if (!mayClose || !askAndSave(unsavedThings(), this)) {
         event->ignore();
         return;
     }

@@ -46,6 +46,15 @@ QLabel* wildcardHint(QWidget* page)
     return hint;
 }
 
+/// Why a file is no stack, on lines of their own.
+QString reasons(const ImageAttributes& unknown)
+{
+    QString lines;
+    for (const QString& reason : unknown.notes)
+        lines += "\n" + reason;
+    return lines;
+}
+
 } // namespace
 
 StackOpenForm::StackOpenForm(const FormServices& services, QWidget* parent)
@@ -348,7 +357,8 @@ void StackOpenForm::setupKnown(const QString& file)
     };
     if (attributes.type == ImageType::Unknown) {
         warn(tr("Unknown file type"), tr(" does not appear to be any image file format recognized by Tirn. "
-                                         "You may want to try Import Raw Stack."));
+                                         "You may want to try Import Raw Stack.") +
+                                          reasons(attributes));
         return;
     }
     switch (imageFormat(attributes.type).page) {

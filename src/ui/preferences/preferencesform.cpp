@@ -65,6 +65,7 @@ PreferencesForm::PreferencesForm(const FormServices& services, QWidget* parent)
     m_encode = combo("cboEncode", choiceTexts(SettingsChoice::Encode));
     m_timeSeriesEncode = combo("cbo4DEncode", choiceTexts(SettingsChoice::Encode));
     m_usePBuffers = combo("cboUsePBuffers", choiceTexts(SettingsChoice::UsePBuffers));
+    m_drawing = combo("cboDrawing", choiceTexts(SettingsChoice::Drawing));
     m_limit2D = combo("cbo2DLimit", {});
     m_limit3D = combo("cbo3DLimit", {});
     m_paletteSize->setObjectName("lblPaletteSize");
@@ -90,6 +91,7 @@ PreferencesForm::PreferencesForm(const FormServices& services, QWidget* parent)
     for (QCheckBox* box : m_switches)
         rows->addRow(box);
     rows->addRow(tr("Use PBuffers"), m_usePBuffers);
+    rows->addRow(tr("Drawing"), m_drawing);
     rows->addRow(tr("2D Texture Dimension Limit"), m_limit2D);
     rows->addRow(tr("3D Texture Dimension Limit"), m_limit3D);
     for (QLabel* label : {m_paletteSize, m_largest2D, m_largest3D})
@@ -127,6 +129,7 @@ void PreferencesForm::refresh(Changes /*changes*/)
     m_usePBuffers->setCurrentIndex(m_settings.usePBuffers ? 0 : 1);
     for (std::size_t i = 0; i < m_switches.size(); ++i)
         m_switches[i]->setChecked(m_settings.*kSwitches[i].value);
+    m_drawing->setCurrentIndex(m_settings.drawing);
     m_limit2D->clear();
     m_limit2D->addItems(textureLimits(card.maxTexture2D));
     showLimit(*m_limit2D, m_settings.texLimit2D, card.maxTexture2D);
@@ -155,6 +158,7 @@ Settings PreferencesForm::settings() const
     settings.usePBuffers = m_usePBuffers->currentIndex() == 0;
     for (std::size_t i = 0; i < m_switches.size(); ++i)
         settings.*kSwitches[i].value = m_switches[i]->isChecked();
+    settings.drawing = m_drawing->currentIndex();
     settings.texLimit2D = m_limit2D->currentText().toInt();
     settings.texLimit3D = m_limit3D->currentIndex() == m_limit3D->count() - 1
                               ? kNoTextureBlocking

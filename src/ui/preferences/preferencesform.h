@@ -45,6 +45,7 @@ private:
     QSpinBox* m_flashRate;
     std::vector<QCheckBox*> m_switches;
     QComboBox* m_usePBuffers;
+    QComboBox* m_drawing;
     QComboBox* m_limit2D;
     QComboBox* m_limit3D;
     QLabel* m_paletteSize;

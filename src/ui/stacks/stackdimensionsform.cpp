@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 
 #include "ui/widgets/floatspinbox.h"
+#include "ui/widgets/titleroom.h"
 
 namespace tirn {
 
@@ -23,6 +24,7 @@ StackDimensionsForm::StackDimensionsForm(QWidget* parent)
 {
     setObjectName("Dimensions");
     setWindowTitle(tr("Voxel Dimensions"));
+    makeRoomForTitle(*this);
     auto* rows = new QFormLayout;
     rows->addRow(tr("&X"), m_x);
     rows->addRow(tr("&Y"), m_y);

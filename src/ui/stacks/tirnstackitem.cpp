@@ -17,14 +17,16 @@
 #include <QVBoxLayout>
 
 #include "base/log.h"
+#include "scene/paletteedits.h"
 #include "ui/stacks/managertexts.h"
+#include "ui/widgets/inkedicon.h"
 
 namespace tirn {
 
 namespace {
 
-/// The last one is shown while a channel swaps its palettes.
-enum Column { PaletteColumn, StateColumn, SecondPaletteColumn, ColumnCount };
+/// The second palette is shown while a channel swaps its palettes.
+enum Column { PaletteColumn, StateColumn, SecondPaletteColumn, LevelsColumn, ColumnCount };
 
 const QStringList& stateItems()
 {
@@ -114,7 +116,7 @@ void TirnStackItem::buildChannels()
     for (int row = 0; row < array().channelCount(); ++row) {
         const QString name = QString::asprintf("Channel %d", row + 1);
         m_channels->setVerticalHeaderItem(row, new QTableWidgetItem(name));
-        for (int column = 0; column < ColumnCount; ++column) {
+        for (int column = 0; column < LevelsColumn; ++column) {
             auto* box = new QComboBox(m_channels);
             box->setToolTip(column == SecondPaletteColumn ? tr("%1 toggles to this palette.").arg(name)
                                                           : name);
@@ -124,12 +126,31 @@ void TirnStackItem::buildChannels()
         }
         const QSignalBlocker blocker(combo(row, StateColumn));
         combo(row, StateColumn)->addItems(stateItems());
+        m_channels->setCellWidget(row, LevelsColumn, levelsButton(row));
     }
     m_channels->resizeRowsToContents();
-    m_channels->resizeColumnToContents(StateColumn);
+    for (const int column : {StateColumn, LevelsColumn})
+        m_channels->resizeColumnToContents(column);
     const int rows = std::min(4, std::max(1, array().channelCount()));
     m_channels->setMinimumHeight(rows * m_channels->rowHeight(0) + 2 * m_channels->frameWidth());
-    m_channels->setMinimumWidth(m_channels->columnWidth(StateColumn) + fontMetrics().averageCharWidth() * 24);
+    m_channels->setMinimumWidth(m_channels->columnWidth(StateColumn) + m_channels->columnWidth(LevelsColumn) +
+                                fontMetrics().averageCharWidth() * 24);
+}
+
+QWidget* TirnStackItem::levelsButton(int channel)
+{
+    auto* button = new QToolButton(m_channels);
+    button->setObjectName(QString("btnAutoLevels%1").arg(channel));
+    button->setText(tr("Auto"));
+    button->setToolTip(
+        tr("Spread the palette of channel %1 over its voxels, but for 0.35 % at each end.").arg(channel + 1));
+    button->setFocusPolicy(Qt::StrongFocus);
+    connect(button, &QToolButton::clicked, this, [this, channel] {
+        m_services.model.edit(Change::Colours, [&](Scene& scene) {
+            spreadOverVoxels(scene, *scene.find(m_id), static_cast<std::size_t>(channel));
+        });
+    });
+    return button;
 }
 
 QToolButton* TirnStackItem::playerButton(const char* name, int icon, const char* toolTip,
@@ -137,7 +158,8 @@ QToolButton* TirnStackItem::playerButton(const char* name, int icon, const char*
 {
     auto* button = new QToolButton(m_time);
     button->setObjectName(name);
-    button->setIcon(style()->standardIcon(static_cast<QStyle::StandardPixmap>(icon)));
+    const QIcon shape = style()->standardIcon(static_cast<QStyle::StandardPixmap>(icon));
+    button->setIcon(inkedIcon(shape, palette()));
     button->setToolTip(tr(toolTip));
     button->setAccessibleName(tr(toolTip));
     button->setFocusPolicy(Qt::StrongFocus);

@@ -62,6 +62,8 @@ private:
     QLabel* label(const char* name);
     void buildChannels();
     void buildPlayer();
+    /// Sets the levels of the palette that a channel shows.
+    QWidget* levelsButton(int channel);
     QToolButton* playerButton(const char* name, int icon, const char* toolTip, void (TirnStackItem::*slot)());
     QComboBox* combo(int row, int column) const;
     void showTimePoint(int timePoint);

@@ -23,6 +23,7 @@
 
 #include "base/log.h"
 #include "ui/widgets/floatspinbox.h"
+#include "ui/widgets/titleroom.h"
 
 namespace tirn {
 
@@ -238,6 +239,7 @@ bool Attributes::dialog(const QString& caption, QWidget* parent)
     QDialog dialog(parent);
     dialog.setObjectName("attributes");
     dialog.setWindowTitle(caption);
+    makeRoomForTitle(dialog);
     auto* rows = new QFormLayout;
     rows->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     addRows(dialog, *rows);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include <QDoubleValidator>
 #include <QLineEdit>
@@ -23,9 +24,12 @@ int boundedInteger(double value) { return static_cast<int>(std::clamp(value, -kM
 
 FloatSpinBox::FloatSpinBox(QWidget* parent) : QSpinBox(parent)
 {
-    connect(this, qOverload<int>(&QSpinBox::valueChanged), this,
-            [this] { Q_EMIT doubleValueChanged(doubleValue()); });
-    connect(lineEdit(), &QLineEdit::textEdited, this, &FloatSpinBox::forgetGiven);
+    connect(this, qOverload<int>(&QSpinBox::valueChanged), this, [this] {
+        m_isBeingTyped = false;
+        Q_EMIT doubleValueChanged(doubleValue());
+    });
+    connect(lineEdit(), &QLineEdit::textEdited, this, &FloatSpinBox::textEdited);
+    connect(this, &QSpinBox::editingFinished, this, &FloatSpinBox::textCounts);
 }
 
 double FloatSpinBox::doubleValue() const { return numberAt(value()); }
@@ -93,6 +97,19 @@ void FloatSpinBox::setDoubleValue(double number)
         lineEdit()->setText(prefix() + textFromValue(integer) + suffix());
     if (doubleValue() != before)
         Q_EMIT doubleValueChanged(doubleValue());
+}
+
+void FloatSpinBox::textEdited()
+{
+    m_isBeingTyped = true;
+    if (keyboardTracking())
+        forgetGiven();
+}
+
+void FloatSpinBox::textCounts()
+{
+    if (std::exchange(m_isBeingTyped, false))
+        forgetGiven();
 }
 
 void FloatSpinBox::forgetGiven()

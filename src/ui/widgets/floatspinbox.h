@@ -31,6 +31,9 @@ public:
     /// `singleStep` is 1. Must be above 0. Limits and number stay.
     void setDoubleLineStep(double step);
 
+    /// True, without keyboard tracking, from the first key of a text to the moment at which it counts.
+    bool isBeingTyped() const { return m_isBeingTyped; }
+
 public Q_SLOTS:
     void setDoubleValue(double number);
 
@@ -48,6 +51,8 @@ private:
     int decimals() const;
     QString bareText(const QString& text) const;
     void useIntegers(double number);
+    void textEdited();
+    void textCounts();
     void forgetGiven();
 
     double m_minimum = 0;
@@ -55,6 +60,7 @@ private:
     double m_lineStep = 1;
     /// The number set from outside, which counts while the integer is the one next to it.
     std::optional<double> m_given;
+    bool m_isBeingTyped = false;
 };
 
 } // namespace tirn

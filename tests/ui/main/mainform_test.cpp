@@ -1,9 +1,12 @@
 // The main window, driven in the whole program.
 
+#include <QDialogButtonBox>
 #include <QDropEvent>
 #include <QLabel>
+#include <QListWidget>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QPushButton>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTest>
@@ -84,6 +87,12 @@ protected:
                          });
     }
     QSettings store() { return {QSettings::IniFormat, QSettings::UserScope, "Tirn", "Tirn2"}; }
+
+    void changePalette(std::size_t index)
+    {
+        app().model().edit(Change::Colours,
+                           [index](Scene& scene) { scene.palettes[index]->setRgb(7, 1, 2, 3, 4); });
+    }
 
     std::vector<RecentStack> wanted;
 };
@@ -295,47 +304,102 @@ TEST_F(MainWindow, WhatIsNoFileIsNotTaken)
     EXPECT_FALSE(drop(remote));
 }
 
-TEST_F(MainWindow, ClosingAsksAboutAnUntitledPalette)
+TEST_F(MainWindow, PalettesThatNobodyTouchedAreNotAskedAbout)
 {
-    load({picFile("a.pic")});
+    load({picFile("a.pic"), picFile("b.pic")});
+    ASSERT_EQ(app().scene().palettes.size(), 2U);
+    test::ModalAnswers answers;
+    EXPECT_TRUE(form().close());
+    EXPECT_TRUE(answers.shown().isEmpty());
+}
+
+TEST_F(MainWindow, ClosingAsksOnceAboutAllThatWasChanged)
+{
+    load({picFile("a.pic"), picFile("b.pic")});
     changeView([](ViewState& view) { view.spinY = 2; });
-    const QString question =
-        "Unsaved Palettes: Do you want to save the changes to " + app().palette(0)->name() + "?";
+    changePalette(0);
+    changePalette(1);
+    app().mainForm().action("invertAction")->trigger();
+    app().jobs().filterThread().wait();
+    settle();
+    const QStringList names = {"palette " + app().palette(0)->name(), "palette " + app().palette(1)->name(),
+                               "stack a.pic ... b.pic (inversion)"};
     {
         test::ModalAnswers answers;
-        answers.press("Cancel");
+        answers.add([&](QDialog& dialog) {
+            EXPECT_EQ(dialog.findChild<QLabel*>("lblQuestion")->text(),
+                      "Do you want to save the changes to these?");
+            const auto* list = dialog.findChild<QListWidget*>("lstUnsaved");
+            ASSERT_EQ(list->count(), 3);
+            for (int i = 0; i < 3; ++i) {
+                EXPECT_EQ(list->item(i)->text(), names[i]);
+                EXPECT_EQ(list->item(i)->checkState(), Qt::Checked);
+            }
+            dialog.reject();
+        });
         EXPECT_FALSE(form().close());
-        EXPECT_EQ(answers.shown(), QStringList(question));
+        EXPECT_EQ(answers.shown().size(), 1);
     }
     EXPECT_TRUE(form().isVisible());
     // The window that was covered may still be drawn once more; a spin would never come to its end.
     EXPECT_TRUE(QTest::qWaitFor([this] { return !widget().renderThread().isRunning(); }));
     EXPECT_EQ(view().spinY, 0);
     test::ModalAnswers answers;
-    answers.press("No");
+    answers.press("Discard");
     EXPECT_TRUE(form().close());
-    EXPECT_EQ(answers.shown(), QStringList(question));
+    EXPECT_EQ(answers.shown(), QStringList("Unsaved Changes"));
 }
 
-TEST_F(MainWindow, APaletteThatIsSavedOnClosingStandsInItsFile)
+TEST_F(MainWindow, WhatIsCheckedIsSavedOnClosing)
 {
-    load({picFile("a.pic")});
+    load({picFile("a.pic"), picFile("b.pic")});
+    changePalette(0);
+    changePalette(1);
+    const QString left = app().palette(1)->name();
+    app().mainForm().action("flipXAction")->trigger();
+    app().jobs().filterThread().wait();
+    settle();
     test::ModalAnswers answers;
-    answers.press("Yes");
+    answers.add([](QDialog& dialog) {
+        dialog.findChild<QListWidget*>("lstUnsaved")->item(1)->setCheckState(Qt::Unchecked);
+        dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save)->click();
+    });
     answers.choose(path("mine"));
+    answers.choose(path("flipped"));
     EXPECT_TRUE(form().close());
-    EXPECT_EQ(answers.shown().value(1), "Save Palette");
+    EXPECT_EQ(answers.shown(), (QStringList{"Unsaved Changes", "Save Palette", "Export stack"}));
     EXPECT_TRUE(QFileInfo::exists(path("mine.map")));
     EXPECT_EQ(app().palette(0)->name(), "mine.map");
+    EXPECT_EQ(app().palette(1)->name(), left);
+    EXPECT_TRUE(QFileInfo::exists(path("flipped_c00.pic")));
+    EXPECT_TRUE(QFileInfo::exists(path("flipped_c01.pic")));
 }
 
-TEST_F(MainWindow, LeavingTheSaveDialogKeepsTheProgramOpen)
+TEST_F(MainWindow, LeavingASaveDialogKeepsTheProgramOpen)
 {
     load({picFile("a.pic")});
+    changePalette(0);
     test::ModalAnswers answers;
-    answers.press("Yes");
+    answers.press("Save");
     EXPECT_FALSE(form().close());
     EXPECT_EQ(answers.shown().size(), 2);
+}
+
+TEST_F(MainWindow, AChangeThatWasTakenBackIsNoChange)
+{
+    load({picFile("a.pic")});
+    const PaletteValues before = app().palette(0)->values();
+    changePalette(0);
+    app().model().edit(Change::Colours, [&](Scene& scene) { scene.palettes[0]->setValues(before); });
+    app().mainForm().action("flipXAction")->trigger();
+    app().jobs().filterThread().wait();
+    settle();
+    app().mainForm().action("editUndoAction")->trigger();
+    app().jobs().filterThread().wait();
+    settle();
+    test::ModalAnswers answers;
+    EXPECT_TRUE(form().close());
+    EXPECT_TRUE(answers.shown().isEmpty());
 }
 
 TEST_F(MainWindow, APaletteInItsFileIsNotAskedAbout)

@@ -106,6 +106,18 @@ TEST_F(StackOpen, AFileOfNoKnownTypeIsTold)
     EXPECT_EQ(seenBox(), warning("Unknown file type", path(".") + text));
 }
 
+TEST_F(StackOpen, AFileThatCannotBeReadSaysWhy)
+{
+    test::TiffPage page{.x = 8, .y = 6};
+    page.fields = {{259, 3, {5}, {}}};
+    const QString name = test::TiffFile{{page, page}}.save(path("packed.tif"));
+    setUpFor(name);
+    EXPECT_EQ(seenBox(),
+              warning("Unknown file type",
+                      name + " does not appear to be any image file format recognized by Tirn. You "
+                             "may want to try Import Raw Stack.\nLZW compression is not supported"));
+}
+
 TEST_F(StackOpen, ASingleTiffBelongsToTheOtherForm)
 {
     const QString name = tiff("a.tif", 1, 1);

@@ -68,6 +68,7 @@ TEST_F(Preferences, ListsHaveTheirItems)
     EXPECT_EQ(items("cboEncode"), (QStringList{"2D Texmaps", "3D Texmaps"}));
     EXPECT_EQ(items("cbo4DEncode"), (QStringList{"2D Texmaps", "3D Texmaps"}));
     EXPECT_EQ(items("cboUsePBuffers"), (QStringList{"Yes", "No"}));
+    EXPECT_EQ(items("cboDrawing"), (QStringList{"Automatic", "Graphics card", "Processor"}));
     EXPECT_EQ(items("cbo2DLimit"), textureLimits(app().card().maxTexture2D));
     EXPECT_EQ(items("cbo3DLimit"),
               textureLimits(app().card().maxTexture3D) + QStringList{"Disable blocking"});
@@ -84,6 +85,8 @@ TEST_F(Preferences, OkUsesAndStoresThem)
     combo("cbo2DLimit").setCurrentText("128");
     combo("cbo3DLimit").setCurrentText("Disable blocking");
     combo("cboUsePBuffers").setCurrentText("No");
+    EXPECT_EQ(app().scene().settings.drawing, Drawing::Automatic);
+    combo("cboDrawing").setCurrentText("Processor");
     find<QSpinBox>("spnFlashRate").setValue(120);
     pressOk();
     settle();
@@ -92,6 +95,7 @@ TEST_F(Preferences, OkUsesAndStoresThem)
     EXPECT_EQ(app().scene().settings.texLimit2D, 128);
     EXPECT_EQ(app().scene().settings.texLimit3D, kNoTextureBlocking);
     EXPECT_EQ(app().scene().settings.flashRate, 120);
+    EXPECT_EQ(app().scene().settings.drawing, Drawing::Processor);
     EXPECT_FALSE(app().pictures().canDrawOffScreen());
     EXPECT_EQ(app().scene().watermark, "Lab 5");
     EXPECT_EQ(stored("WatermarkText"), "Lab 5");
@@ -102,6 +106,7 @@ TEST_F(Preferences, OkUsesAndStoresThem)
     restart();
     EXPECT_EQ(combo("cboPaletteGeneration").currentText(), "Red/Green/Blue");
     EXPECT_EQ(combo("cbo3DLimit").currentText(), "Disable blocking");
+    EXPECT_EQ(combo("cboDrawing").currentText(), "Processor");
     EXPECT_EQ(find<QLineEdit>("txtWatermark").text(), "Lab 5");
 }
 

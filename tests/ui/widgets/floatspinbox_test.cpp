@@ -73,6 +73,30 @@ TEST_F(FloatSpinBoxTest, TypingTheSameTextIsAnEdit)
     EXPECT_EQ(box.doubleValue(), 0.0645);
 }
 
+TEST_F(FloatSpinBoxTest, WithoutTrackingATextCountsWhenItIsComplete)
+{
+    box.setDoubleLineStep(0.01);
+    box.setKeyboardTracking(false);
+    box.setDoubleValue(0.333);
+    QSignalSpy changed(&box, &FloatSpinBox::doubleValueChanged);
+    EXPECT_FALSE(box.isBeingTyped());
+    box.selectAll();
+    QTest::keyClicks(&box, "0.33");
+    EXPECT_TRUE(box.isBeingTyped());
+    EXPECT_EQ(box.doubleValue(), 0.333);
+    EXPECT_EQ(changed.count(), 0);
+    // The text that already stood there is a number of its own.
+    QTest::keyClick(&box, Qt::Key_Return);
+    EXPECT_FALSE(box.isBeingTyped());
+    EXPECT_EQ(box.doubleValue(), 0.33);
+    EXPECT_EQ(changed.count(), 1);
+    box.selectAll();
+    QTest::keyClicks(&box, "5.25");
+    QTest::keyClick(&box, Qt::Key_Return);
+    EXPECT_EQ(box.doubleValue(), 5.25);
+    EXPECT_EQ(changed.count(), 2);
+}
+
 TEST_F(FloatSpinBoxTest, AnArrowLeavesTheNumberThatWasSet)
 {
     box.setDoubleLineStep(0.1);
