@@ -296,6 +296,7 @@ TEST_F(Renderer, ASessionThatAsksForStereoWithoutAWindowForItKeepsTheMode)
 TEST_F(Renderer, TheWheelStopsBeforeTheEyesEnterTheVolume)
 {
     load({picFile("a.pic", 16, 16, 16)});
+    changeView([](ViewState& state) { state.zoom = 1; });
     form();
     pick("cboRenderMode", 1);
     const auto notches = [&](int count, int delta) {

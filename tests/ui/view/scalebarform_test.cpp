@@ -155,6 +155,7 @@ TEST_F(ScaleBarProperties, SizesOutOfRangeChangeNothing)
 TEST_F(ScaleBarProperties, ShowTheLengthThatStandsInThePicture)
 {
     load({picFile("a.pic")});
+    changeView([](ViewState& state) { state.zoom = 1; });
     app().model().edit(Change::Voxels, [](Scene& scene) { scene.current()->stack().dimX = 0.5; });
     // 16 * 0.15 * 0.5 = 1.2 microns, of which a round bar shows 1.
     EXPECT_EQ(part<QLabel>("lblLength").text(), QStringLiteral("1 \u00b5m"));
