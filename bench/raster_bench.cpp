@@ -2,6 +2,7 @@
 // y. The bare limit is the same number of bytes read and written.
 
 #include <cmath>
+#include <memory>
 #include <numbers>
 #include <random>
 
@@ -127,7 +128,10 @@ void layer(benchmark::State& state, Look look, Size size, int channels, RasterBl
         sets.push_back(std::make_unique<SliceSet>(
             VoxelSource{voxels.data(), 1, 1, 0, {size.across, size.across, size.planes}}, 2));
         lookups.emplace_back(ramp(c));
-        frame.channels.push_back({sets.back().get(), &lookups.back()});
+        RasterChannel channel;
+        channel.slices = sets.back().get();
+        channel.colours = &lookups.back();
+        frame.channels.push_back(channel);
     }
     RasterLayer made;
     for (auto _ : state)

@@ -9,6 +9,9 @@ namespace tirn {
 /// Whose colour vision a picture is shown with. The numbers are positions in lists.
 enum class ColorVision { Normal = 0, Protan = 1, Deutan = 2, Tritan = 3 };
 
+/// Their names in these lists.
+inline constexpr const char* kColorVisionNames[] = {"Normal", "Protan", "Deutan", "Tritan"};
+
 using ColorMatrix = std::array<std::array<double, 3>, 3>;
 
 /// What becomes of linear red, green and blue for people who lack one kind of cones: the matrices for full

@@ -6,15 +6,16 @@ namespace tirn {
 
 namespace {
 
-/// A place may be rounded to the next one.
-constexpr int kPlaceSlack = 1;
+/// By how much numbers with fractions may be off, in places.
+constexpr float kPlaceSlack = 0.01F;
 
-int placeOf(const TileChannel& channel, int value)
+/// The place of a sample, or of one that is that much off.
+int placeOf(const TileChannel& channel, int value, float slack)
 {
     if (channel.isPlain)
         return bytePlace(value * 128);
     const float stretched = static_cast<float>(value) * channel.unit * channel.stretch;
-    return static_cast<int>(widePlace(std::min(stretched, 1.0F), channel.entries));
+    return static_cast<int>(widePlace(std::min(stretched, 1.0F), channel.entries) + 0.5F + slack);
 }
 
 } // namespace
@@ -26,8 +27,8 @@ ClearRanges::ClearRanges(const TileChannel& channel, const ColourLookup& colours
     const int steps = (m_most >> m_shift) + 1;
     const auto isClear = [&](int first, int last) {
         const int most = (last << m_shift) + (1 << m_shift) - 1;
-        return colours.isClear(placeOf(channel, first << m_shift) - kPlaceSlack,
-                               placeOf(channel, most) + 1 + kPlaceSlack);
+        return colours.isClear(placeOf(channel, first << m_shift, -kPlaceSlack),
+                               placeOf(channel, most, kPlaceSlack));
     };
     m_lastClear.resize(static_cast<std::size_t>(steps));
     for (int step = steps - 1; step >= 0; --step) {

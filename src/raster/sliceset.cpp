@@ -54,7 +54,9 @@ SliceSet::SliceSet(const VoxelSource& source, int axis)
 {
     const std::size_t around =
         std::size_t{kRowsBefore + kRowsBehind + 1} * static_cast<std::size_t>(m_stride);
-    m_texels.resize((m_planeTexels * static_cast<std::size_t>(m_planes) + around) * bytes());
+    // Rows of few texels are read beyond their end, too.
+    constexpr std::size_t longestRead = 64;
+    m_texels.resize((m_planeTexels * static_cast<std::size_t>(m_planes) + around) * bytes() + longestRead);
     for (Grid* grid : {&m_fine, &m_coarse}) {
         grid->shift = grid == &m_fine ? kFineShift : kCoarseShift;
         grid->width = cellsFor(m_width, grid->shift);

@@ -264,6 +264,21 @@ TEST(Compositing, NothingToDrawIsAnEmptyLayer)
     EXPECT_TRUE(composite(rig.frame).isEmpty());
 }
 
+TEST(Compositing, SmallStacksAreExact)
+{
+    for (const std::array<int, 3>& size : {std::array{1, 1, 1}, std::array{1, 7, 3}, std::array{5, 1, 2}}) {
+        for (int axis = 0; axis < 3; ++axis) {
+            for (const double zoom : {0.1, 0.6}) {
+                const PlainStack stack = denseStack(size[0], size[1], size[2]);
+                const std::array<double, 3> facing = {axis == 1 ? 90.0 : 10.0, axis == 0 ? 80.0 : 15.0, 5.0};
+                RasterRig rig(stack, {rampTable(256, {1, 0.5, 0.2}, 0.3)}, axis,
+                              slowFrame(stack, axis, {.degrees = facing, .zoom = zoom}));
+                expectExact(rig, 0);
+            }
+        }
+    }
+}
+
 TEST(Compositing, MagnifiedAndMinifiedSlicesAreExact)
 {
     for (const double zoom : {0.08, 0.4, 6.0}) {

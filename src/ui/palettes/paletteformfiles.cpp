@@ -109,31 +109,23 @@ QMenu* PaletteForm::buildKindsMenu()
 
 QMenu* PaletteForm::buildVisionMenu()
 {
-    struct Row
-    {
-        const char* text;
-        const char* note;
-        ColorVision vision;
-    };
-    static constexpr Row rows[] = {
-        {"Normal", "The picture as it is.", ColorVision::Normal},
-        {"Protan", "As people without red cones see it.", ColorVision::Protan},
-        {"Deutan", "As people without green cones see it.", ColorVision::Deutan},
-        {"Tritan", "As people without blue cones see it.", ColorVision::Tritan},
-    };
+    constexpr const char* notes[] = {"The picture as it is.", "As people without red cones see it.",
+                                     "As people without green cones see it.",
+                                     "As people without blue cones see it."};
     auto* menu = new QMenu(tr("Colour Vision"), this);
     menu->setObjectName("visionMenu");
     menu->setToolTipsVisible(true);
     auto* group = new QActionGroup(menu);
-    for (const Row& row : rows) {
-        QAction* action = menu->addAction(tr(row.text));
-        action->setToolTip(tr(row.note));
+    for (int vision = 0; vision < static_cast<int>(std::size(kColorVisionNames)); ++vision) {
+        QAction* action = menu->addAction(tr(kColorVisionNames[vision]));
+        action->setToolTip(tr(notes[vision]));
         action->setCheckable(true);
-        action->setData(static_cast<int>(row.vision));
+        action->setData(vision);
         group->addAction(action);
-        connect(action, &QAction::triggered, this, [this, vision = row.vision] {
-            services().model.editUndoably(tr("colour vision"), 0, Change::Look,
-                                          [vision](Scene& shown) { shown.view.colorVision = vision; });
+        connect(action, &QAction::triggered, this, [this, vision] {
+            services().model.editUndoably(tr("colour vision"), 0, Change::Look, [vision](Scene& shown) {
+                shown.view.colorVision = static_cast<ColorVision>(vision);
+            });
         });
     }
     connect(menu, &QMenu::aboutToShow, menu, [this, menu] {

@@ -230,6 +230,17 @@ QWidget* ViewForm::buildLook()
                    [=](Scene& scene) { scene.view.backgroundColor = colour; });
     });
     connect(m_bar, &QPushButton::clicked, this, &ViewForm::changeScaleBar);
+    auto* visionLabel = new QLabel(tr("Colour Vision"), group);
+    m_vision = new QComboBox(group);
+    m_vision->setObjectName("cboColorVision");
+    for (const char* name : kColorVisionNames)
+        m_vision->addItem(tr(name));
+    m_vision->setToolTip(tr("Show the picture as people without red, green or blue cones see it."));
+    visionLabel->setBuddy(m_vision);
+    connect(m_vision, qOverload<int>(&QComboBox::currentIndexChanged), this, [this](int vision) {
+        changeView(tr("colour vision"), Change::Look,
+                   [=](Scene& scene) { scene.view.colorVision = static_cast<ColorVision>(vision); });
+    });
     auto* layout = new QGridLayout(group);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_showBox, 0, 0);
@@ -237,6 +248,8 @@ QWidget* ViewForm::buildLook()
     layout->addWidget(m_showBar, 1, 0);
     layout->addWidget(m_bar, 1, 1);
     layout->addWidget(m_background, 2, 1);
+    layout->addWidget(visionLabel, 3, 0);
+    layout->addWidget(m_vision, 3, 1);
     layout->setColumnStretch(1, 1);
     return group;
 }
@@ -378,6 +391,7 @@ void ViewForm::showLook(const ViewState& view)
     m_showBar->setChecked(view.showScaleBar);
     m_boxColour->setColour(view.boxColor);
     m_background->setColour(view.backgroundColor);
+    m_vision->setCurrentIndex(static_cast<int>(view.colorVision));
 }
 
 void ViewForm::saveSession(QDomElement& element) const

@@ -85,6 +85,7 @@ private:
     QCheckBox* m_showBar;
     QPushButton* m_bar;
     ColourButton* m_background;
+    QComboBox* m_vision;
     int m_gesture;
 };
 

@@ -46,6 +46,7 @@ protected:
         m_stereoForm = std::make_unique<RendererForm>(FormServices{.model = app().model(),
                                                                    .loads = app().loads(),
                                                                    .stacks = app().stacks(),
+                                                                   .palettes = app().stacks(),
                                                                    .jobs = app().jobs(),
                                                                    .pictures = app().pictures(),
                                                                    .window = m_window,
@@ -53,7 +54,8 @@ protected:
                                                                    .settings = m_settings,
                                                                    .card = m_card,
                                                                    .storePreferences = {},
-                                                                   .form = {}},
+                                                                   .form = {},
+                                                                   .help = {}},
                                                       nullptr);
         m_stereoForm->show();
     }

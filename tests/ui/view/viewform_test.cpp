@@ -7,6 +7,7 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QColorDialog>
+#include <QComboBox>
 #include <QGroupBox>
 #include <QLabel>
 #include <QSignalSpy>
@@ -447,6 +448,16 @@ TEST_F(View, ColoursAreAskedForWithTheirTitles)
     EXPECT_EQ(view().boxColor, QColor(Qt::yellow));
     EXPECT_EQ(view().backgroundColor, QColor(Qt::gray));
     EXPECT_EQ(find<ColourButton>("btnBackgroundColor").colour(), QColor(Qt::gray));
+}
+
+TEST_F(View, ColourVisionIsChosenAndFollowed)
+{
+    find<QComboBox>("cboColorVision").setCurrentIndex(2);
+    EXPECT_EQ(view().colorVision, ColorVision::Deutan);
+    app().model().undoStack().undo();
+    EXPECT_EQ(find<QComboBox>("cboColorVision").currentText(), "Normal");
+    changeView([](ViewState& state) { state.colorVision = ColorVision::Tritan; });
+    EXPECT_EQ(find<QComboBox>("cboColorVision").currentText(), "Tritan");
 }
 
 TEST_F(View, ScaleChangedStoresTheScale)
