@@ -107,9 +107,8 @@ bool ProcessorDrawing::isWanted(const FrameState& frame)
     if (frame.drawing == Drawing::Automatic && !isSoftwareCard())
         return false;
     // There lines and slices hide each other by their depth.
-    const bool isStereo = frame.view.renderMode == RenderMode::Anaglyph ||
-                          frame.view.renderMode == RenderMode::FullscreenStereo;
-    return !isStereo || !frame.view.showBoundingBox;
+    const bool hasLines = frame.view.showBoundingBox || frame.view.drawCutBox;
+    return !isStereo(frame.view.renderMode) || !hasLines;
 }
 
 bool ProcessorDrawing::prepare(const FrameState& frame, const Scene& scene)

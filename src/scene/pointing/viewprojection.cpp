@@ -108,15 +108,13 @@ Matrix ortho(const OrthoBounds& b)
     return m;
 }
 
-bool isFlat(RenderMode mode) { return mode == RenderMode::Normal || mode == RenderMode::FourViews; }
-
 /// From where the turned volume is seen.
 Matrix viewer(const ViewState& view)
 {
     if (view.renderMode == RenderMode::FourViews)
         return translation(kSolidViewX, kSolidViewY, 0) *
                scaling(kSolidViewScale, kSolidViewScale, kSolidViewScale);
-    if (isFlat(view.renderMode))
+    if (!isStereo(view.renderMode))
         return kIdentity;
     return lookAtMatrix(view.camera.vpos, eyeSetup(view.camera).focus, view.camera.vup);
 }
@@ -147,8 +145,8 @@ SquareViewport squareViewport(QSize size)
 ViewProjection::ViewProjection(const ViewState& view, const AxisScale& scale, QSize size,
                                const FlatView* flat)
     : m_modelView(modelView(view, scale, flat)),
-      m_projection(isFlat(view.renderMode) ? ortho(widenedBounds(view, scale))
-                                           : perspectiveMatrix(60, 1, 0.1, 10000)),
+      m_projection(isStereo(view.renderMode) ? perspectiveMatrix(kStereoAngle, 1, kStereoNear, kStereoFar)
+                                             : ortho(widenedBounds(view, scale))),
       m_inverse(inverted(m_projection * m_modelView)), m_size(size), m_square(squareViewport(size)),
       m_orientation(flat != nullptr ? flat->orientation
                                     : orientationOf(rotationMatrix(view.rotX, view.rotY, view.rotZ)))

@@ -129,6 +129,21 @@ TEST(ProcessorDrawing, AllModesLookAlike)
     }
 }
 
+TEST(ProcessorDrawing, LeavesLinesThatSlicesHideInStereoToTheCard)
+{
+    TwoWays ways(denseStack(32, 16, 16));
+    ViewState& view = ways.rig.scene.view;
+    view.renderMode = RenderMode::Anaglyph;
+    ways.drawn(Drawing::Processor);
+    EXPECT_TRUE(ways.isOnProcessor());
+    for (bool ViewState::*lines : {&ViewState::showBoundingBox, &ViewState::drawCutBox}) {
+        view.*lines = true;
+        ways.drawn(Drawing::Processor);
+        EXPECT_FALSE(ways.isOnProcessor());
+        view.*lines = false;
+    }
+}
+
 TEST(ProcessorDrawing, WhatStandsOverAndUnderTheVolumeStays)
 {
     TwoWays ways(denseStack(32, 16, 16));
