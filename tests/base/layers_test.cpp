@@ -25,7 +25,9 @@ const std::map<QString, Layer>& layers()
 {
     static const std::map<QString, Layer> all = {
         {"core",
-         {{"base", "image", "formats", "palettes", "depth", "movies", "mesh", "pictures", "raster", "session"}, {}}},
+         {{"base", "image", "formats", "palettes", "depth", "movies", "mesh", "pictures", "raster",
+           "session"},
+          {}}},
         {"gl", {{"gl", "volume", "scene", "render"}, {"core"}}},
         {"app", {{"threads", "ui", "app"}, {"core", "gl"}}},
         {"cli", {{"cli"}, {"core", "gl"}}},

@@ -37,7 +37,8 @@ struct RasterDifference
 {
     double mean = 0;
     double largest = 0;
-    /// The share of pixels that something is drawn to, and of those that rounding decides, which do not count.
+    /// The share of pixels that something is drawn to, and of those that rounding decides, which do not
+    /// count.
     double covered = 0;
     double undecided = 0;
 };
