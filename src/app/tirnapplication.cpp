@@ -39,6 +39,8 @@ TirnApplication::~TirnApplication()
     // Events still on their way may hold a volume, which must go while the card is there.
     removePostedEvents(this);
     m_pointing.reset();
+    // Its commands know the jobs.
+    m_model.undoStack().clear();
     m_jobs.reset();
     m_forms.reset();
     m_mainForm.reset();

@@ -7,7 +7,7 @@
 #include "app/jobs.h"
 #include "app/loads.h"
 #include "app/pictures.h"
-#include "app/pointing.h"
+#include "app/pointing/pointingtools.h"
 #include "app/preferences.h"
 #include "app/rendereventposter.h"
 #include "app/stacklist.h"

@@ -482,6 +482,7 @@ TEST_F(DrawnOverlays, AFrameThatIsGrabbedHasNoHandlesAndTheWindowHasThemAgain)
     EXPECT_EQ(inkIn(rig->thread().grabNextFrame()).pixels, 0);
     rig->surface().waitForFrames(2);
     rig->thread().stopAndWait();
+    rig->makeCurrent();
     EXPECT_GT(inkIn(rig->surface().image()).pixels, 0);
 }
 

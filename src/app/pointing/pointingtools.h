@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/rulertool.h"
-#include "app/voxelreadout.h"
+#include "app/pointing/rulertool.h"
+#include "app/pointing/voxelreadout.h"
 #include "render/tirnwidget.h"
 #include "ui/main/mainform.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/voxelreadout.h"
+#include "app/pointing/voxelreadout.h"
 
 namespace tirn {
 

@@ -1,4 +1,4 @@
-#include "app/pointing.h"
+#include "app/pointing/pointingtools.h"
 
 namespace tirn {
 

@@ -1,4 +1,4 @@
-#include "app/rulertool.h"
+#include "app/pointing/rulertool.h"
 
 namespace tirn {
 

@@ -1,4 +1,4 @@
-#include "app/voxelreadout.h"
+#include "app/pointing/voxelreadout.h"
 
 namespace tirn {
 
