@@ -196,6 +196,7 @@ TEST_P(EveryForm, IsUsedWhileTheVolumeSpinsAndTheLastChangeIsDrawn)
     changeView([](ViewState& state) {
         state.renderMode = RenderMode::Normal;
         state.spinX = state.spinY = state.spinZ = 0;
+        state.colorVision = ColorVision::Normal;
         state.backgroundColor = QColor(10, 200, 30);
     });
     const auto corner = [this] {

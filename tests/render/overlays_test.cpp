@@ -482,7 +482,8 @@ TEST_F(DrawnOverlays, AFrameThatIsGrabbedHasNoHandlesAndTheWindowHasThemAgain)
     EXPECT_EQ(inkIn(rig->thread().grabNextFrame()).pixels, 0);
     rig->surface().waitForFrames(2);
     rig->thread().stopAndWait();
-    rig->makeCurrent();
+    rig->surface().makeCurrent();
+    EXPECT_EQ(rig->surface().frames(), 2);
     EXPECT_GT(inkIn(rig->surface().image()).pixels, 0);
 }
 

@@ -90,8 +90,9 @@ protected:
 
     void changePalette(std::size_t index)
     {
-        app().model().edit(Change::Colours,
-                           [index](Scene& scene) { scene.palettes[index]->setRgb(7, 1, 2, 3, 4); });
+        PaletteValues values = app().scene().palettes[index]->values();
+        values.red[7] = values.red[7] < 100 ? 200 : 50;
+        app().model().edit(Change::Colours, [&](Scene& scene) { scene.palettes[index]->setValues(values); });
     }
 
     std::vector<RecentStack> wanted;

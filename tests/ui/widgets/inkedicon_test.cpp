@@ -5,12 +5,15 @@
 #include <QPalette>
 #include <QStyle>
 
-#include <gtest/gtest.h>
+#include "uisupport/apptest.h"
 
 namespace tirn {
 namespace {
 
-TEST(InkedIcon, HasTheColoursOfTextOnButtons)
+class InkedIcon : public test::AppTest
+{};
+
+TEST_F(InkedIcon, HasTheColoursOfTextOnButtons)
 {
     QPalette dark;
     dark.setColor(QPalette::Active, QPalette::ButtonText, QColor(250, 240, 230));
