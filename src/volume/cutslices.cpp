@@ -9,7 +9,9 @@ namespace {
 /// How far apart the bounds stay: never more than the limits allow.
 int spread(int interval, const SliceRange& limits)
 {
-    return std::clamp(interval - 1, 0, std::max(0, limits.high - limits.low));
+    // Whatever numbers come, none of them overflows.
+    const std::int64_t widest = std::max<std::int64_t>(0, std::int64_t{limits.high} - limits.low);
+    return static_cast<int>(std::clamp<std::int64_t>(std::int64_t{interval} - 1, 0, widest));
 }
 
 /// The drawn slice that lies at a slice of the stack.
