@@ -8,6 +8,7 @@
 
 #include "ui/widgets/floatspinbox.h"
 #include "uisupport/apptest.h"
+#include "uisupport/typednumber.h"
 
 namespace tirn {
 namespace {
@@ -103,10 +104,10 @@ TEST_F(Lighting, EachBoxOfTheLightGoesToItsNumber)
                             static_cast<float>(colour * 4 + int(part) + 10) / 100);
         }
     }
-    enter("LightPosX", "-2.5");
+    enter("LightPosX", test::typedNumber("-2.5"));
     enter("LightPosY", "4");
-    enter("LightPosZ", "0.25");
-    enter("LightAttenuation", "1.5");
+    enter("LightPosZ", test::typedNumber("0.25"));
+    enter("LightAttenuation", test::typedNumber("1.5"));
     EXPECT_EQ(light().position, (std::array<float, 4>{-2.5F, 4, 0.25F, 0})) << "w is left alone";
     EXPECT_FLOAT_EQ(light().attenuation, 1.5F);
 }
@@ -114,10 +115,10 @@ TEST_F(Lighting, EachBoxOfTheLightGoesToItsNumber)
 TEST_F(Lighting, EachBoxOfTheMaterialGoesToItsNumber)
 {
     addSurface();
-    enter("MatAmbientRed", "0.11");
-    enter("MatAmbientAlpha", "0.12");
-    enter("MatSpecularGreen", "0.13");
-    enter("MatEmissionBlue", "0.14");
+    enter("MatAmbientRed", test::typedNumber("0.11"));
+    enter("MatAmbientAlpha", test::typedNumber("0.12"));
+    enter("MatSpecularGreen", test::typedNumber("0.13"));
+    enter("MatEmissionBlue", test::typedNumber("0.14"));
     enter("MatShininess", "64");
     EXPECT_EQ(material().ambientAndDiffuse, (std::array<float, 4>{0.11F, 0, 0.75F, 0.12F}));
     EXPECT_EQ(material().specular, (std::array<float, 4>{0.25F, 0.13F, 0.25F, 1}));

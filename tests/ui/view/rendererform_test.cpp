@@ -9,6 +9,7 @@
 
 #include "ui/widgets/floatspinbox.h"
 #include "uisupport/apptest.h"
+#include "uisupport/typednumber.h"
 
 namespace tirn {
 namespace {
@@ -225,7 +226,7 @@ TEST_F(Renderer, FilterEyesAndFocusGoToTheView)
     }
     eyes().setFocus();
     eyes().selectAll();
-    QTest::keyClicks(&eyes(), "0.125");
+    QTest::keyClicks(&eyes(), test::typedNumber("0.125"));
     QTest::keyClick(&eyes(), Qt::Key_Return);
     EXPECT_EQ(view().camera.eyesep, 0.125);
     for (const char* text : {"2", "-1", "1.5", "", "x"}) {

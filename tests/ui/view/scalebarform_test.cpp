@@ -8,6 +8,7 @@
 
 #include "ui/view/viewformtest.h"
 #include "uisupport/modalanswers.h"
+#include "uisupport/typednumber.h"
 
 namespace tirn {
 namespace {
@@ -81,7 +82,7 @@ TEST_F(ScaleBarProperties, AreShownWhileTheyAreChosenAndTakenBackAsOne)
     EXPECT_TRUE(view().showScaleBar);
     part<QAbstractButton>("rdUR").click();
     EXPECT_EQ(view().scaleBarLocation, ScaleBarLocation::TopRight);
-    typeSize("0.85");
+    typeSize(test::typedNumber("0.85"));
     EXPECT_EQ(view().scaleBarSize, 0.85);
     EXPECT_EQ(bar().getSize(), 0.85);
     const int before = steps();
@@ -102,7 +103,7 @@ TEST_F(ScaleBarProperties, CancelAndClosingRestoreWhatWasThere)
     for (const bool closes : {false, true}) {
         part<QAbstractButton>("rdUL").click();
         part<QAbstractButton>("chkRound").click();
-        typeSize("1.7");
+        typeSize(test::typedNumber("1.7"));
         // What is changed elsewhere meanwhile stays.
         changeView([closes](ViewState& state) { state.showBoundingBox = closes; });
         if (closes)
@@ -118,7 +119,7 @@ TEST_F(ScaleBarProperties, CancelAndClosingRestoreWhatWasThere)
 
 TEST_F(ScaleBarProperties, EnterInAFieldIsOk)
 {
-    enter(part<FloatSpinBox>("fspnSize"), "0.5");
+    enter(part<FloatSpinBox>("fspnSize"), test::typedNumber("0.5"));
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(form().findChild<ScaleBarForm*>(), nullptr);
     EXPECT_EQ(view().scaleBarSize, 0.5);

@@ -15,6 +15,7 @@
 
 #include "ui/widgets/colourbutton.h"
 #include "uisupport/modalanswers.h"
+#include "uisupport/typednumber.h"
 
 namespace tirn {
 namespace {
@@ -146,11 +147,11 @@ TEST_F(View, ScaleNeedsAStack)
 TEST_F(View, ANumberThatIsTypedCountsWithEnter)
 {
     load({picFile("a.pic")});
-    enter(box("ScaleZ"), "2.5");
+    enter(box("ScaleZ"), test::typedNumber("2.5"));
     EXPECT_EQ(scale(), (AxisScale{1, 1, 2.5}));
-    enter(box("RotationY"), "33.5");
+    enter(box("RotationY"), test::typedNumber("33.5"));
     expectAngles(0, 33.5, 0);
-    enter(box("TranslationX"), "-1.25");
+    enter(box("TranslationX"), test::typedNumber("-1.25"));
     EXPECT_EQ(view().transX, -1.25);
     write(box("TranslationX"), "7");
     EXPECT_EQ(view().transX, -1.25) << "not before it is complete";
