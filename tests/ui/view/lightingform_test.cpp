@@ -99,7 +99,7 @@ TEST_F(Lighting, EachBoxOfTheLightGoesToItsNumber)
     for (int colour = 0; colour < 3; ++colour) {
         for (std::size_t part = 0; part < 4; ++part) {
             enter(QString("Light") + colours[colour] + parts[part],
-                  QString("0.%1").arg(colour * 4 + int(part) + 10));
+                  test::typedNumber(QString("0.%1").arg(colour * 4 + int(part) + 10)));
             EXPECT_FLOAT_EQ((light().*members[colour])[part],
                             static_cast<float>(colour * 4 + int(part) + 10) / 100);
         }
